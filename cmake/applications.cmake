@@ -1,0 +1,12 @@
+# watch_application(TARGET ID): links TARGET with the id that it has on the bus. The id is part
+# of the executable, so no caller can make a program speak as another application.
+function(watch_application target id)
+  set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}-application-id.cpp)
+  file(CONFIGURE OUTPUT ${source} CONTENT
+"extern \"C\" {
+extern const char kEmbeddedApplicationId[];
+const char kEmbeddedApplicationId[] = \"${id}\";
+}
+" @ONLY)
+  target_sources(${target} PRIVATE ${source})
+endfunction()
