@@ -1,0 +1,161 @@
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "file-replacement-posix.h"
+#include "files.h"
+#include "platform-log.h"
+
+namespace {
+
+using Platform::UniqueFd;
+
+constexpr off_t kLongestCopy = off_t{32} << 20;
+constexpr int kDeepestRemoval = 64;
+
+struct DirCloser {
+    void operator()(DIR* d) const { closedir(d); }
+};
+using DirPtr = std::unique_ptr<DIR, DirCloser>;
+
+bool IsDots(const char* name) { return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0; }
+
+std::vector<std::string> NamesIn(DIR* dir)
+{
+    std::vector<std::string> names;
+    while (const dirent* entry = readdir(dir)) {
+        if (!IsDots(entry->d_name)) names.emplace_back(entry->d_name);
+    }
+    return names;
+}
+
+// Removes `name` below `parent` with all it holds; links are removed, never followed.
+bool RemoveTree(int parent, const std::string& name, int depth)
+{
+    if (unlinkat(parent, name.c_str(), 0) == 0) return true;
+    if (errno != EISDIR && errno != EPERM) return false;
+    UniqueFd fd(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!fd || depth == 0) return false;
+    const DirPtr dir(fdopendir(fd.Get()));
+    if (!dir) return false;
+    const int self = fd.Release();  // now the DIR's
+    bool all = true;
+    for (const std::string& entry : NamesIn(dir.get())) all = RemoveTree(self, entry, depth - 1) && all;
+    return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0 && all;
+}
+
+bool MakeArea(const std::string& area)
+{
+    std::error_code error;
+    std::filesystem::create_directories(area, error);
+    if (error) PLATFORM_FAULT("could not make [%s]: %s", area.c_str(), error.message().c_str());
+    return !error;
+}
+
+bool CopyBytes(int from, Platform::FileReplacement& to)
+{
+    if (ioctl(to.Fd(), FICLONE, from) == 0) return true;
+    off_t copied = 0;
+    while (copied <= kLongestCopy) {
+        const ssize_t n = copy_file_range(from, nullptr, to.Fd(), nullptr, 1 << 20, 0);
+        if (n == 0) return true;
+        if (n < 0 && copied == 0) break;
+        if (n < 0) return false;
+        copied += n;
+    }
+    char buffer[1 << 16];
+    for (;;) {
+        const ssize_t n = read(from, buffer, sizeof buffer);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return n == 0;
+        copied += n;
+        if (copied > kLongestCopy || !to.Write({buffer, static_cast<std::size_t>(n)})) return false;
+    }
+}
+
+UniqueFd OpenRegular(const std::string& path)
+{
+    UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat info {};
+    if (!fd || fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLongestCopy) return {};
+    return fd;
+}
+
+}  // namespace
+
+Eina_Bool ecore_file_mkpath(const char* path)
+{
+    const auto split = Platform::SplitWritable(path ? path : "", Platform::PathRule::kPlain, "making a folder");
+    if (!split || !MakeArea(split->area)) return 0;
+    UniqueFd at(open(split->area.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (const std::string& part : split->components) {
+        if (!at || (mkdirat(at.Get(), part.c_str(), 0755) != 0 && errno != EEXIST)) return 0;
+        at = Platform::OpenFolderBeneath(at.Get(), part);
+    }
+    return static_cast<bool>(at);
+}
+
+Eina_Bool ecore_file_recursive_rm(const char* path)
+{
+    const auto target =
+        Platform::OpenWritable(path ? path : "", Platform::PathRule::kRecursive, "recursive removal");
+    return target && RemoveTree(target->parent.Get(), target->name, kDeepestRemoval);
+}
+
+Eina_Bool ecore_file_remove(const char* path)
+{
+    const auto target = Platform::OpenWritable(path ? path : "", Platform::PathRule::kPlain, "removal");
+    return target && unlinkat(target->parent.Get(), target->name.c_str(), 0) == 0;
+}
+
+Eina_Bool ecore_file_exists(const char* path) { return path && access(path, F_OK) == 0; }
+
+Eina_Bool ecore_file_is_dir(const char* path)
+{
+    struct stat info {};
+    return path && stat(path, &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+Eina_List* ecore_file_ls(const char* directory)
+{
+    const DirPtr dir(directory ? opendir(directory) : nullptr);
+    if (!dir) return nullptr;
+    std::vector<std::string> names = NamesIn(dir.get());
+    std::erase_if(names, [](const std::string& name) { return name.starts_with(Platform::kUnfinishedPrefix); });
+    std::sort(names.begin(), names.end(), std::greater<>());
+    Eina_List* list = nullptr;  // built from the back, so that the greatest name is the first to be put in
+    for (const std::string& name : names) {
+        auto* node = static_cast<Eina_List*>(malloc(sizeof(Eina_List)));
+        if (!node) break;
+        *node = {strdup(name.c_str()), list};
+        list = node;
+    }
+    return list;
+}
+
+const char* ecore_file_file_get(const char* path)
+{
+    if (!path) return nullptr;
+    const char* slash = std::strrchr(path, '/');
+    return slash ? slash + 1 : path;
+}
+
+bool CommonUtilFile::Exists(const std::string& path) { return ecore_file_exists(path.c_str()); }
+
+bool CommonUtilFile::Copy(const std::string& from, const std::string& to)
+{
+    const UniqueFd source = OpenRegular(from);
+    if (!source) return false;
+    auto replacement = Platform::FileReplacement::Begin(to, "copying");
+    return replacement && CopyBytes(source.Get(), *replacement) && replacement->Commit();
+}
