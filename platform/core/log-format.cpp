@@ -3,26 +3,11 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "utf8.h"
+
 namespace Platform {
 
 namespace {
-
-// The length of the well-formed UTF-8 sequence at the start of `text`, or 0.
-std::size_t SequenceLength(std::string_view text)
-{
-    const auto byte = [&](std::size_t i) { return static_cast<uint8_t>(text[i]); };
-    const uint8_t first = byte(0);
-    if (first < 0x80) return 1;
-    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    if (first < 0xC2 || first > 0xF4 || text.size() < length) return 0;
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80) return 0;
-    }
-    const uint8_t second = byte(1);
-    if ((first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F)) return 0;  // overlong, surrogates
-    if ((first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F)) return 0;  // out of range
-    return length;
-}
 
 // U+0080 to U+009F are control characters too.
 bool IsControl(std::string_view sequence)
@@ -48,7 +33,7 @@ std::string LogText(std::string_view raw)
     std::string out;
     std::size_t at = 0;
     while (at < raw.size()) {
-        const std::size_t length = SequenceLength(raw.substr(at));
+        const std::size_t length = Utf8SequenceLength(raw.substr(at));
         const std::string_view piece = raw.substr(at, length ? length : 1);
         std::string shown;
         if (length == 0 || IsControl(piece)) {

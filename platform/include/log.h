@@ -24,7 +24,7 @@ typedef enum { LOG_ID_MAIN = 0, LOG_ID_RADIO, LOG_ID_SYSTEM, LOG_ID_APPS } log_i
 // `\xHH`, and a line is cut at 4 KiB. May be called on any thread. Returns the number of bytes written,
 // 0 when the line was filtered, or a negative number.
 int __dlog_print(log_id_t id, int priority, const char* tag, const char* format, ...)
-    __attribute__((format(printf, 4, 5)));
+    __attribute__((format(printf, 4, 5), visibility("default")));
 
 #ifdef __cplusplus
 }
