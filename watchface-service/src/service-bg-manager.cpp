@@ -1,0 +1,7 @@
+#include "service-bg-manager.h"
+
+namespace WatchfaceService {
+
+BgManager::BgManager() = default;
+
+}  // namespace WatchfaceService

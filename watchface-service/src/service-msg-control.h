@@ -1,0 +1,98 @@
+// The service's conversation with its peers: one trusted port, on which requests arrive and from which
+// replies and notices leave. Kinds, keys and peers are in message-vocabulary.h.
+//
+// Normal flow: a message arrives at OnIPCMessageReceived(), is checked (a bundle, a type, an allowed sender)
+// and handed to the handler of its type, which works on the watch faces, replies to the sender and tells
+// others. A *reply* is a copy of the request with "status"; a *notice* is a bundle of its own. A *local
+// editor* is a peer on the watch whose changes the manager on the phone (the WMS) is told of.
+//
+// Everything runs on the main loop's thread, one message at a time. No send is checked: a peer that is not
+// there misses the message.
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "bundle.h"
+#include "common-util-ipc-control.h"
+#include "service-bg-manager.h"
+#include "service-preview-check.h"
+
+namespace WatchfaceService {
+
+class WatchfaceManager;
+
+class MsgControl {
+public:
+    explicit MsgControl(std::shared_ptr<WatchfaceManager> manager);
+    MsgControl(const MsgControl&) = delete;
+    MsgControl& operator=(const MsgControl&) = delete;
+
+    void OnIPCMessageReceived(int localPortId, const std::string& remoteAppId, const std::string& remotePort,
+                              bool trustedRemotePort, bundle* message);
+
+    // Sends `message`, which stays the caller's, to an addressable peer; to nobody else.
+    void SendMessage(const std::string& remoteAppId, bundle* message);
+
+    // Replies to `message`: a copy without its XML, with the status and, unless empty, the icon path. The
+    // port of the reply follows from the sender's id; the sender's own port is not used.
+    void SendReplyWithIconPath(bundle* message, const std::string& remoteAppId, const std::string& remotePort,
+                               bool success);
+    void SendReplyWithIconPath(bundle* message, const std::string& remoteAppId, const std::string& remotePort,
+                               bool success, const std::string& iconPath);
+
+    // Notices to the WMS.
+    void SendMessageToWms(const std::string& messageType, const std::string& watchName);
+    void SendIcuRequestReplyToWms(const std::string& messageType, const std::string& formattedString);
+    // Of `iconPath` only counts whether there is one; the path that is sent is that of the service's own
+    // preview.
+    void SendWatchfaceUpdateToWms(const std::string& messageType, const std::string& watchName,
+                                  const std::string& label, const std::string& resultXml,
+                                  const std::string& iconPath);
+
+    // A notice to editor, settings list and home, each where its port is up.
+    void SendMessageToEditor(const std::string& messageType, const std::string& watchName);
+
+    // The variant of a gallery background type in upper case: "U1" of "watch-bg-gallery-u1"; else empty.
+    std::string GetBgTypePrefix(const std::string& bgType);
+
+    // The backup agent's messages. Not working yet: nothing is backed up or restored.
+    bool BackupAndRestore(bundle* message);
+
+private:
+    // One received message.
+    struct Request {
+        const std::string& remoteAppId;
+        const std::string& remotePort;
+        const std::string& type;
+        const std::string& watchName;
+        bundle* message;
+    };
+
+    struct Handler {
+        const char* type;
+        void (MsgControl::*handle)(const Request&);
+    };
+
+    // One row per message kind, in the order of comparison.
+    static const Handler kHandlers[];
+
+    void OnIdleChanged(const Request& request);
+    void OnInstallOrUpdate(const Request& request);
+    void OnCaptureFinished(const Request& request);
+
+    void Reply(const Request& request, bool success);
+    void TellOthersOfUpdate(const Request& request, const std::string& label, const std::string& resultXml,
+                            const std::string& iconPath);
+    void SendUpdateToEditor(const Request& request);
+    void SendToWms(bundle* message);
+
+    std::shared_ptr<WatchfaceManager> mWatchfaceManager;
+    CommonUtilIPCControl mIpcControl;  // its callback is bound to this object
+    BgManager mBgManager;
+    [[maybe_unused]] int restoreState = 0;  // how far a restore has come
+    PreviewCheck mPreviewCheck;
+};
+
+}  // namespace WatchfaceService
