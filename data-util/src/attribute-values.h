@@ -1,0 +1,85 @@
+// The kinds of values that attributes have: what is accepted, and the one way each value is written.
+//
+// Values are kept as canonical text from here on ("012.50" becomes "12.5", "#abcdef" becomes "#ABCDEF"), so
+// equal documents flatten to equal bytes, whatever the locale.
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace DataUtil {
+
+enum class ValueKind {
+    kFormat,      // the format's version
+    kVersion,     // the author's version
+    kCanvas,      // a side of the canvas
+    kCoordinate,  // a place, in canvas units
+    kLength,      // a length, in canvas units, from 0
+    kDegrees,     // an angle, -360 to 360
+    kShare,       // 0 to 1
+    kFontSize,
+    kWeight,
+    kBlur,
+    kCount,    // of ticks
+    kSkip,     // of ticks
+    kIndices,  // of ticks
+    kColor,    // #RRGGBB, #RRGGBBAA, none or a role
+    kLiteralColor,
+    kChoice,  // one of the rule's choices
+    kSlug,
+    kRoleName,
+    kStringKey,
+    kLanguage,
+    kFaceId,
+    kTime,
+    kSkeleton,
+    kAsset,
+    kCondition,
+    kPoints,
+    kLabels,
+    kSource,
+    kSourceOrEmpty,
+    kPickedName,  // written by an editor; what it names is looked up, not required to exist
+};
+
+// `default` of an attribute that must be there.
+inline constexpr const char* kRequired = "(required)";
+
+struct AttributeRule {
+    const char* name;
+    ValueKind kind;
+    const char* fallback = nullptr;  // canonical default, kRequired, or null for none
+    const char* choices = "";        // of kChoice, separated by spaces
+};
+
+// `raw` in canonical form, or nothing; then `problem` says what the value should be.
+std::optional<std::string> CanonicalValue(const AttributeRule& rule, std::string_view raw,
+                                          std::string& problem);
+
+// A decimal number in thousandths, at most five digits before and three after the point.
+std::optional<int> ParseThousandths(std::string_view text);
+
+std::vector<std::string_view> SplitAtSpaces(std::string_view text);
+
+// One condition of a `when`: the group or slot `subject` shows (or does not show) `value`.
+struct Term {
+    std::string subject;
+    std::string value;
+    bool negated = false;
+};
+
+// The terms of a `when` in order; nothing when it is malformed.
+std::optional<std::vector<Term>> ParseCondition(std::string_view text);
+
+// What complications can show.
+struct Source {
+    const char* name;
+    bool hasShare;  // can be drawn as an arc
+};
+extern const std::vector<Source> kSources;
+const Source* FindSource(std::string_view name);
+
+}  // namespace DataUtil

@@ -1,0 +1,131 @@
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "face-checks.h"
+#include "nearest-name.h"
+
+namespace DataUtil {
+
+namespace {
+
+class ConditionChecks {
+public:
+    ConditionChecks(const FaceDocument& document, Findings& findings)
+        : mDocument(document), mFindings(findings)
+    {
+        for (const Group& group : document.groups) {
+            for (const Option& option : group.options) mValues[group.id].emplace_back(option.id);
+            mWhen[group.id] = {&group.when, &group.place};
+        }
+        for (const Slot& slot : document.slots) {
+            auto& values = mValues[slot.name];
+            values.assign(slot.offers.begin(), slot.offers.end());
+            values.emplace_back("empty");
+            mWhen[slot.name] = {&slot.when, &slot.place};
+        }
+        for (const auto& [subject, values] : mValues) mSubjects.emplace_back(subject);
+    }
+
+    void Run()
+    {
+        CheckReferences(mDocument.root);
+        for (const auto& [subject, when] : mWhen) CheckCircle(subject);
+        for (const Group& group : mDocument.groups) {
+            if (group.kind != GroupKind::kPalette) CheckUse(group);
+        }
+    }
+
+private:
+    struct When {
+        const std::vector<Term>* terms;
+        const Place* place;
+    };
+    enum class Visit { kNone, kOpen, kDone };
+
+    void CheckReferences(const Node& node)
+    {
+        if (node.Has("when") && !mFindings.IsFull()) {
+            const Place place = node.PlaceOf("when");
+            const auto terms = ParseCondition(node.Get("when"));
+            for (const Term& term : terms.value_or(std::vector<Term>())) CheckTerm(term, place);
+        }
+        for (const Node& child : node.children) CheckReferences(child);
+    }
+
+    void CheckTerm(const Term& term, const Place& place)
+    {
+        const auto values = mValues.find(term.subject);
+        if (values == mValues.end()) {
+            mFindings.Add(
+                "E-REF-UNKNOWN", place,
+                "there is no group or slot " + Quoted(term.subject) + Suggestion(term.subject, mSubjects));
+            return;
+        }
+        mMentioned[term.subject].insert(term.value);
+        const auto& known = values->second;
+        if (std::find(known.begin(), known.end(), term.value) == known.end()) {
+            mFindings.Add(
+                "E-REF-UNKNOWN", place,
+                Quoted(term.subject) + " has no " + Quoted(term.value) + Suggestion(term.value, known));
+        }
+    }
+
+    // Depth first; an open subject that is met again closes a circle. At most kMostGroups + kMostSlots deep
+    // in a document within its limits, and never deeper than the number of distinct ids.
+    void CheckCircle(const std::string& subject)
+    {
+        const auto when = mWhen.find(subject);
+        Visit& visit = mVisits[subject];
+        if (when == mWhen.end() || visit == Visit::kDone) return;
+        if (visit == Visit::kOpen) {
+            mFindings.Add("E-CIRCLE", *when->second.place,
+                          "the conditions of " + Quoted(subject) + " depend on itself; break the circle");
+            return;
+        }
+        visit = Visit::kOpen;
+        for (const Term& term : *when->second.terms) CheckCircle(term.subject);
+        visit = Visit::kDone;
+    }
+
+    // Options that no condition names look alike: one is fine (it stands for "nothing"), two are a slip.
+    void CheckUse(const Group& group)
+    {
+        const std::set<std::string>& mentioned = mMentioned[group.id];
+        if (mentioned.empty()) {
+            mFindings.Add(
+                "W-UNUSED", group.place,
+                "no condition depends on " + Quoted(group.id) + "; use it in a \"when\" or remove it");
+            return;
+        }
+        if (group.kind == GroupKind::kSwitch) return;
+        const Option* first = nullptr;
+        for (const Option& option : group.options) {
+            if (mentioned.count(option.id) != 0) continue;
+            if (first == nullptr) {
+                first = &option;
+            } else {
+                mFindings.Add("W-SAME", option.place,
+                              "no condition tells the options " + Quoted(first->id) + " and " +
+                                  Quoted(option.id) + " apart");
+            }
+        }
+    }
+
+    const FaceDocument& mDocument;
+    Findings& mFindings;
+    std::map<std::string, std::vector<std::string_view>> mValues;  // group or slot -> options or sources
+    std::map<std::string, When> mWhen;
+    std::map<std::string, Visit> mVisits;
+    std::map<std::string, std::set<std::string>> mMentioned;
+    std::vector<std::string_view> mSubjects;
+};
+
+}  // namespace
+
+void CheckConditions(const FaceDocument& document, Findings& findings)
+{
+    ConditionChecks(document, findings).Run();
+}
+
+}  // namespace DataUtil

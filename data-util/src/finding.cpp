@@ -1,0 +1,67 @@
+#include "finding.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+namespace DataUtil {
+
+namespace {
+
+Severity SeverityOf(std::string_view code)
+{
+    switch (code.front()) {
+        case 'E':
+            return Severity::kError;
+        case 'W':
+            return Severity::kWarning;
+        default:
+            return Severity::kNote;
+    }
+}
+
+// Messages quote the document; a quoted control character must not break the line.
+std::string OneLine(std::string message)
+{
+    for (char& c : message) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
+    }
+    return message;
+}
+
+}  // namespace
+
+void Findings::Add(std::string_view code, const Place& place, std::string message)
+{
+    const Severity severity = SeverityOf(code);
+    if (severity == Severity::kError) ++mErrors;
+    if (IsFull()) {
+        ++mDropped;
+        return;
+    }
+    mFindings.push_back(
+        {severity, std::string(code), place.line, place.column, place.path, OneLine(std::move(message))});
+}
+
+std::vector<Finding> Findings::Take()
+{
+    std::stable_sort(mFindings.begin(), mFindings.end(), [](const Finding& a, const Finding& b) {
+        return std::tie(a.line, a.column) < std::tie(b.line, b.column);
+    });
+    if (mDropped != 0) {
+        mFindings.push_back({Severity::kNote, "N-MORE", 0, 0, "",
+                             std::to_string(mDropped) + " more findings are not listed"});
+        mDropped = 0;
+    }
+    return std::exchange(mFindings, {});
+}
+
+std::string FormatFinding(const Finding& finding)
+{
+    std::string text = std::to_string(finding.line) + ":" + std::to_string(finding.column) + ": " +
+                       finding.code + ": " + finding.message;
+    if (!finding.path.empty()) text += " [" + finding.path + "]";
+    return text;
+}
+
+}  // namespace DataUtil

@@ -1,0 +1,57 @@
+// What checking a face document finds.
+//
+// A *finding* is one fault, doubt or remark, with a code that never changes its meaning, the place and
+// what to do about it. Errors refuse the document, warnings and notes do not.
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace DataUtil {
+
+enum class Severity { kError, kWarning, kNote };
+
+struct Finding {
+    Severity severity = Severity::kError;
+    std::string code;     // "E-...", "W-..." or "N-..."; listed in docs/face-format.md
+    int line = 0;         // from 1; 0 when the finding has no place in the text
+    int column = 0;       // from 1, in characters
+    std::string path;     // as "/face-result/options/style[dial]/option[roman]"
+    std::string message;  // what is wrong and what to do; one line
+};
+
+// A place in a document that findings refer to.
+struct Place {
+    int line = 0;
+    int column = 0;
+    std::string path;
+};
+
+// Collects findings in the order of their discovery. A hostile document can have very many of them, so only
+// the first `kMostFindings` are kept, and the last says how many more there were.
+class Findings {
+public:
+    static constexpr std::size_t kMostFindings = 1000;
+
+    // The severity follows from the code's first letter.
+    void Add(std::string_view code, const Place& place, std::string message);
+
+    bool HasErrors() const { return mErrors != 0; }
+    // True when nothing more is kept, so that callers need not spend time on a good message.
+    bool IsFull() const { return mFindings.size() >= kMostFindings; }
+    // All findings, sorted by place.
+    std::vector<Finding> Take();
+
+private:
+    std::vector<Finding> mFindings;
+    std::size_t mErrors = 0;
+    std::size_t mDropped = 0;
+};
+
+// "LINE:COL: CODE: message", the form used in the log and, after "file:", on terminals.
+std::string FormatFinding(const Finding& finding);
+
+}  // namespace DataUtil

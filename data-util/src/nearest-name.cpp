@@ -1,0 +1,67 @@
+#include "nearest-name.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+
+namespace DataUtil {
+
+namespace {
+
+constexpr std::size_t kLongestName = 64;
+constexpr std::size_t kFewCandidates = 16;
+
+// Levenshtein distance: single-character insertions, deletions and replacements.
+std::size_t Distance(std::string_view a, std::string_view b)
+{
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({row[j] + 1, row[j + 1] + 1, replaced});
+        }
+    }
+    return row.back();
+}
+
+}  // namespace
+
+std::string_view NearestName(std::string_view name, const std::vector<std::string_view>& candidates)
+{
+    if (name.empty() || name.size() > kLongestName) return {};
+    std::string_view nearest;
+    std::size_t least = std::max<std::size_t>(1, name.size() / 3) + 1;
+    for (const std::string_view candidate : candidates) {
+        if (candidate.size() > kLongestName) continue;
+        const std::size_t distance = Distance(name, candidate);
+        if (distance < least) {
+            least = distance;
+            nearest = candidate;
+        }
+    }
+    return nearest;
+}
+
+std::string Suggestion(std::string_view name, const std::vector<std::string_view>& candidates)
+{
+    const std::string_view nearest = NearestName(name, candidates);
+    if (!nearest.empty()) return "; did you mean \"" + std::string(nearest) + "\"?";
+    if (candidates.empty() || candidates.size() > kFewCandidates) return "";
+    std::string text = "; known:";
+    for (const std::string_view candidate : candidates) text += " " + std::string(candidate);
+    return text;
+}
+
+std::string Quoted(std::string_view text)
+{
+    if (text.size() <= kLongestName) return "\"" + std::string(text) + "\"";
+    std::size_t end = kLongestName;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+    return "\"" + std::string(text.substr(0, end)) + "...\"";
+}
+
+}  // namespace DataUtil
