@@ -207,7 +207,7 @@ public:
     //   send APP P {...} | send-open APP P {...}
     //   job start | idler start | timer start 0.5 | timer stop
     //   mkpath PATH | recursive_rm PATH | remove PATH | ls PATH | exists PATH | is_dir PATH
-    //   copy FROM -> TO | open PATH | close PATH | lock PATH 3 | unlock PATH
+    //   xml PATH | copy FROM -> TO | open PATH | close PATH | lock PATH 3 | unlock PATH
     //   usleep 200000
     //   app_control_create | app_control_clone | app_control_set_app_id APP | app_control_destroy
     //   launch APP {...} | launch reply 0 {...}

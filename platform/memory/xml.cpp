@@ -1,0 +1,76 @@
+#include <pugixml.hpp>
+
+#include "common-util-xml.h"
+#include "platform-state.h"
+
+namespace {
+
+pugi::xml_node Node(const void* node)
+{
+    // pugixml's nodes are handles onto one pointer.
+    return pugi::xml_node(static_cast<pugi::xml_node_struct*>(const_cast<void*>(node)));
+}
+
+}  // namespace
+
+std::vector<CommonUtilXmlNode>::const_iterator CommonUtilXmlNodeRange::begin() const
+{
+    return mNodes.begin();
+}
+std::vector<CommonUtilXmlNode>::const_iterator CommonUtilXmlNodeRange::end() const
+{
+    return mNodes.end();
+}
+
+CommonUtilXmlNodeRange CommonUtilXmlNodeRange::GetChildren(const CommonUtilXmlNode& node)
+{
+    CommonUtilXmlNodeRange range;
+    for (const pugi::xml_node child : Node(node.mNode).children()) {
+        if (child.type() != pugi::node_element) continue;
+        range.mNodes.emplace_back().mNode = child.internal_object();
+    }
+    return range;
+}
+
+CommonUtilXmlNodeRange CommonUtilXmlNodeRange::GetChildren(const CommonUtilXmlNode& node,
+                                                           const std::string& name)
+{
+    CommonUtilXmlNodeRange range = GetChildren(node);
+    std::erase_if(range.mNodes, [&](const CommonUtilXmlNode& child) { return child.GetName() != name; });
+    return range;
+}
+
+bool CommonUtilXmlNode::IsValid() const
+{
+    return mNode != nullptr;
+}
+std::string CommonUtilXmlNode::GetName() const
+{
+    return Node(mNode).name();
+}
+
+std::string CommonUtilXmlNode::GetAttribute(const std::string& name) const
+{
+    return Node(mNode).attribute(name.c_str()).value();
+}
+
+class CommonUtilXmlParser::Impl {
+public:
+    pugi::xml_document document;
+    bool wellFormed = false;
+};
+
+CommonUtilXmlParser::CommonUtilXmlParser(const std::string& path) : mImpl(std::make_unique<Impl>())
+{
+    MemoryPlatform::Note("xml " + MemoryPlatform::Shown(path));
+    mImpl->wellFormed = static_cast<bool>(mImpl->document.load_file(path.c_str()));
+}
+
+CommonUtilXmlParser::~CommonUtilXmlParser() = default;
+
+CommonUtilXmlNode CommonUtilXmlParser::GetRoot() const
+{
+    CommonUtilXmlNode root;
+    if (mImpl->wellFormed) root.mNode = mImpl->document.document_element().internal_object();
+    return root;
+}
