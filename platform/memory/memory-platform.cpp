@@ -282,6 +282,11 @@ Strings Platform::PrintedLog() const
     return lines;
 }
 
+void Platform::ScriptAreaPath(const std::string& function, const std::string& path)
+{
+    mState->areaPaths[function] = path;
+}
+
 void Platform::Fail(const std::string& function, Failure failure)
 {
     mState->record->Fail(function, failure);

@@ -245,6 +245,8 @@ public:
     // A failed app_control_destroy releases the handle all the same. An unknown name throws.
     void Fail(const std::string& function, Failure failure = {});
     int Uses(const std::string& function) const;  // so far, failed ones included
+    // What app_manager_get_shared_..._path gives from here on instead of the area, as it stands.
+    void ScriptAreaPath(const std::string& function, const std::string& path);
 
     // Blocks workers (never main) when they enter this function, until Release().
     void Hold(const std::string& function);

@@ -58,6 +58,7 @@ struct State {
     VirtualLoop loop;
     std::string root, resources;
     std::string logFilter = "info";
+    std::map<std::string, std::string> areaPaths;  // function to path
 
     std::set<std::pair<std::string, std::string>> portsUp;
     std::vector<SentMessage> sent;
