@@ -1,0 +1,218 @@
+#include "value-store-sqlite.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <limits>
+
+#include "areas.h"
+#include "platform-log.h"
+#include "unique-fd.h"
+
+namespace Platform {
+
+namespace {
+
+constexpr int kBusyMilliseconds = 2000;
+
+// Kept in the file; do not renumber.
+enum StoredType { kString = 0, kInteger = 1, kBool = 2 };
+
+constexpr char kSetUp[] =
+    "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL;"
+    "CREATE TABLE IF NOT EXISTS value"
+    "(key BLOB PRIMARY KEY NOT NULL, type INTEGER NOT NULL, value NOT NULL) WITHOUT ROWID;";
+
+bool IsDamage(int code) { return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB; }
+
+uint64_t InodeOf(const std::string& path)
+{
+    struct stat info {};
+    return stat(path.c_str(), &info) == 0 ? info.st_ino : 0;
+}
+
+void BindBytes(sqlite3_stmt* statement, int index, const std::string& bytes)
+{
+    sqlite3_bind_blob64(statement, index, bytes.data(), bytes.size(), SQLITE_STATIC);
+}
+
+std::string ColumnBytes(sqlite3_stmt* statement, int column)
+{
+    const void* data = sqlite3_column_blob(statement, column);
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+    return data ? std::string(static_cast<const char*>(data), size) : std::string();
+}
+
+std::optional<StoredValue> ColumnValue(sqlite3_stmt* statement, int typeColumn, int valueColumn)
+{
+    switch (sqlite3_column_int(statement, typeColumn)) {
+        case kString: return ColumnBytes(statement, valueColumn);
+        case kInteger: return int64_t{sqlite3_column_int64(statement, valueColumn)};
+        case kBool: return sqlite3_column_int(statement, valueColumn) != 0;
+        default: return std::nullopt;
+    }
+}
+
+void BindValue(sqlite3_stmt* statement, const StoredValue& value)
+{
+    sqlite3_bind_int(statement, 2, static_cast<int>(value.index()));
+    if (const auto* text = std::get_if<std::string>(&value)) BindBytes(statement, 3, *text);
+    if (const auto* number = std::get_if<int64_t>(&value)) sqlite3_bind_int64(statement, 3, *number);
+    if (const auto* flag = std::get_if<bool>(&value)) sqlite3_bind_int(statement, 3, *flag);
+}
+
+}  // namespace
+
+void ValueStore::Closer::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+void ValueStore::Finalizer::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+
+ValueStore::ValueStore(std::string path, unsigned mode) : mPath(std::move(path)), mMode(mode) {}
+ValueStore::~ValueStore() = default;
+
+int ValueStore::Prepare(const char* sql, Statement* statement)
+{
+    sqlite3_stmt* raw = nullptr;
+    const int code = sqlite3_prepare_v3(mDatabase.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &raw, nullptr);
+    statement->reset(raw);
+    return code;
+}
+
+int ValueStore::OpenOnce()
+{
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(mPath).parent_path(), error);
+    // The mode of a new file is ours, not SQLite's.
+    const UniqueFd file(open(mPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mMode));
+    if (!file) return SQLITE_CANTOPEN;
+    sqlite3* raw = nullptr;
+    int code = sqlite3_open_v2(mPath.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    mDatabase.reset(raw);
+    if (code == SQLITE_OK) code = sqlite3_busy_timeout(raw, kBusyMilliseconds);
+    if (code == SQLITE_OK) code = sqlite3_exec(raw, kSetUp, nullptr, nullptr, nullptr);
+    if (code == SQLITE_OK) code = Prepare("SELECT type, value FROM value WHERE key = ?1", &mGet);
+    if (code == SQLITE_OK) code = Prepare("INSERT OR REPLACE INTO value VALUES (?1, ?2, ?3)", &mSet);
+    if (code == SQLITE_OK) code = Prepare("DELETE FROM value WHERE key = ?1", &mUnset);
+    if (code == SQLITE_OK) code = Prepare("SELECT key, type, value FROM value ORDER BY key", &mList);
+    mInode = InodeOf(mPath);
+    if (code != SQLITE_OK) mDatabase.reset();
+    return code;
+}
+
+bool ValueStore::Open()
+{
+    CloseIfReplaced();
+    if (mDatabase) return true;
+    int code = OpenOnce();
+    if (IsDamage(code)) {
+        SetAside(code);
+        code = OpenOnce();
+    }
+    if (code != SQLITE_OK) PLATFORM_FAULT("could not open [%s]: %s", mPath.c_str(), sqlite3_errstr(code));
+    return code == SQLITE_OK;
+}
+
+// Another process may have set the file aside, or somebody removed it.
+void ValueStore::CloseIfReplaced()
+{
+    if (!mDatabase || InodeOf(mPath) == mInode) return;
+    for (Statement* statement : {&mGet, &mSet, &mUnset, &mList}) statement->reset();
+    mDatabase.reset();
+}
+
+void ValueStore::SetAside(int code)
+{
+    for (Statement* statement : {&mGet, &mSet, &mUnset, &mList}) statement->reset();
+    mDatabase.reset();
+    const UniqueFd lock(open((mPath + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mMode));
+    if (!lock || flock(lock.Get(), LOCK_EX) != 0) return;
+    // Whoever waited for the lock finds a new file and leaves it alone.
+    if (mInode != 0 && InodeOf(mPath) != mInode) return;
+    const std::string aside = mPath + ".damaged-" + std::to_string(std::time(nullptr));
+    for (const char* suffix : {"", "-wal", "-shm"}) rename((mPath + suffix).c_str(), (aside + suffix).c_str());
+    PLATFORM_FAULT("[%s] was damaged (%s); it is kept as [%s] and begun anew", mPath.c_str(), sqlite3_errstr(code),
+                   aside.c_str());
+}
+
+// Runs one statement; a database that turns out damaged is set aside and asked once more.
+int ValueStore::Run(Statement ValueStore::*statement, const std::function<int(sqlite3_stmt*)>& bindAndStep)
+{
+    int code = SQLITE_CANTOPEN;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (!Open()) return SQLITE_CANTOPEN;
+        sqlite3_stmt* raw = (this->*statement).get();
+        code = bindAndStep(raw);
+        sqlite3_reset(raw);
+        sqlite3_clear_bindings(raw);
+        if (!IsDamage(code)) break;
+        SetAside(code);
+    }
+    const bool done = code == SQLITE_DONE || code == SQLITE_ROW;
+    if (!done) PLATFORM_FAULT("[%s]: %s", mPath.c_str(), sqlite3_errstr(code));
+    return done ? SQLITE_OK : code;
+}
+
+std::optional<StoredValue> ValueStore::Get(const std::string& key)
+{
+    std::optional<StoredValue> value;
+    Run(&ValueStore::mGet, [&](sqlite3_stmt* statement) {
+        BindBytes(statement, 1, key);
+        const int code = sqlite3_step(statement);
+        if (code == SQLITE_ROW) value = ColumnValue(statement, 0, 1);
+        return code;
+    });
+    return value;
+}
+
+int ValueStore::Set(const std::string& key, const StoredValue& value)
+{
+    return Run(&ValueStore::mSet, [&](sqlite3_stmt* statement) {
+        BindBytes(statement, 1, key);
+        BindValue(statement, value);
+        return sqlite3_step(statement);
+    });
+}
+
+int ValueStore::Unset(const std::string& key)
+{
+    int changes = 0;
+    const int code = Run(&ValueStore::mUnset, [&](sqlite3_stmt* statement) {
+        BindBytes(statement, 1, key);
+        const int step = sqlite3_step(statement);
+        changes = sqlite3_changes(mDatabase.get());
+        return step;
+    });
+    if (code != SQLITE_OK) return code;
+    return changes > 0 ? SQLITE_OK : SQLITE_NOTFOUND;
+}
+
+std::vector<std::pair<std::string, StoredValue>> ValueStore::List()
+{
+    std::vector<std::pair<std::string, StoredValue>> all;
+    Run(&ValueStore::mList, [&](sqlite3_stmt* statement) {
+        all.clear();
+        int code = 0;
+        while ((code = sqlite3_step(statement)) == SQLITE_ROW) {
+            if (auto value = ColumnValue(statement, 1, 2)) all.emplace_back(ColumnBytes(statement, 0), *value);
+        }
+        return code;
+    });
+    return all;
+}
+
+std::string KeysPath() { return CurrentAreas().root + "/keys.db"; }
+std::string PreferencesPath(const std::string& appId) { return CurrentAreas().PrivateOf(appId) + "prefs.db"; }
+
+std::optional<int> GetAsInt(ValueStore& store, const std::string& key)
+{
+    const auto number = GetAs<int64_t>(store, key);
+    using Limits = std::numeric_limits<int>;
+    if (!number || *number < Limits::min() || *number > Limits::max()) return std::nullopt;
+    return static_cast<int>(*number);
+}
+
+}  // namespace Platform
