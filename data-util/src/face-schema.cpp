@@ -220,7 +220,7 @@ constexpr ChildRule kSceneChildren[] = {
     {E::kText}, {E::kTicks}, {E::kNumerals}, {E::kHand}, {E::kSlot},
 };
 constexpr ChildRule kHandChildren[] = {{E::kBar}, {E::kRect}, {E::kCircle}, {E::kPolygon}, {E::kLine}};
-constexpr ChildRule kClosedShapeChildren[] = {{E::kLinearGradient, 0, 1}, {E::kRadialGradient, 0, 1}};
+constexpr ChildRule kClosedShapeChildren[] = {{E::kLinearGradient}, {E::kRadialGradient}};  // one in all
 constexpr ChildRule kGradientChildren[] = {{E::kStop, 2, 16}};
 constexpr ChildRule kSlotChildren[] = {{E::kOffer, 1, 32}, {E::kFallback, 1, 32}};
 constexpr ChildRule kSelectionChildren[] = {{E::kPick, 0, 64}, {E::kPlace, 0, 64}};

@@ -11,18 +11,24 @@ namespace {
 constexpr std::size_t kLongestName = 64;
 constexpr std::size_t kFewCandidates = 16;
 
-// Levenshtein distance: single-character insertions, deletions and replacements.
+// Edit distance: insertions, deletions, replacements, and exchanges of neighbours, the most common slip of
+// typing.
 std::size_t Distance(std::string_view a, std::string_view b)
 {
+    std::vector<std::size_t> beforeLast(b.size() + 1);
+    std::vector<std::size_t> last(b.size() + 1);
     std::vector<std::size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
     for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = row[0];
+        beforeLast.swap(last);
+        last.swap(row);
         row[0] = i + 1;
         for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({row[j] + 1, row[j + 1] + 1, replaced});
+            const std::size_t replaced = last[j] + (a[i] == b[j] ? 0 : 1);
+            row[j + 1] = std::min({row[j] + 1, last[j + 1] + 1, replaced});
+            if (i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j]) {
+                row[j + 1] = std::min(row[j + 1], beforeLast[j - 1] + 1);
+            }
         }
     }
     return row.back();

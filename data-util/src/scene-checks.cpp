@@ -81,13 +81,13 @@ private:
 
     void CheckPaint(const Node& node)
     {
-        const Node* linear = node.Child(Element::kLinearGradient);
-        const Node* radial = node.Child(Element::kRadialGradient);
-        if (linear != nullptr && radial != nullptr) {
-            mFindings.Add("E-CHILD-COUNT", radial->place,
-                          "a shape takes one gradient; remove one of the two");
+        const Node* gradient = nullptr;
+        for (const Node& child : node.children) {
+            if (gradient != nullptr) {
+                mFindings.Add("E-CHILD-COUNT", child.place, "a shape takes one gradient; remove all but one");
+            }
+            gradient = &child;
         }
-        const Node* gradient = linear != nullptr ? linear : radial;
         if (gradient != nullptr && node.Has("fill")) {
             mFindings.Add("E-ATTRIBUTE-CHOICE", node.PlaceOf("fill"),
                           "the gradient is the fill; remove \"fill\" or the gradient");

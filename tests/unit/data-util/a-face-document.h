@@ -1,0 +1,36 @@
+// The fixture of the face documents' tests: a small document without any finding, into which a test plants
+// one fault.
+
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "face-document.h"
+
+class AFaceDocument : public testing::Test {
+protected:
+    AFaceDocument();
+
+    // Replaces the one place in the text that reads `from`.
+    void Replace(std::string_view from, std::string_view to);
+    // The number of the one line that holds `text`.
+    int LineOf(std::string_view text) const;
+
+    std::vector<DataUtil::Finding> Check() const;
+    std::vector<std::string> Codes() const;
+    // The flat document; the text must be free of errors.
+    std::string Flat() const;
+
+    // Exactly one finding, of this code, on the line that holds `where`, its message holding `says`.
+    void ExpectOnly(std::string_view code, std::string_view where, std::string_view says = "") const;
+
+    std::string mText;
+};
+
+// The text of a file, which must exist.
+std::string TextOf(const std::string& path);

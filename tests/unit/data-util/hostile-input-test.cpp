@@ -1,0 +1,168 @@
+// Texts that mean harm. Each is refused with one finding, quickly and without a half result.
+
+#include <chrono>
+
+#include "a-face-document.h"
+#include "xml-gate.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
+
+namespace {
+
+std::string Times(int count, std::string_view text)
+{
+    std::string all;
+    for (int i = 0; i < count; ++i) all += text;
+    return all;
+}
+
+}  // namespace
+
+TEST_F(AFaceDocument, refuses_a_doctype)
+{
+    Replace("<face-result", "<!DOCTYPE face-result>\n<face-result");
+    ExpectOnly("E-DOCTYPE", "<!DOCTYPE");
+}
+
+TEST_F(AFaceDocument, refuses_a_billion_laughs_at_the_doctype)
+{
+    Replace("<face-result",
+            "<!DOCTYPE lolz [<!ENTITY a \"lol\"><!ENTITY b \"&a;&a;&a;&a;\">]>\n<face-result");
+    Replace(">Dawn<", ">&b;<");
+    ExpectOnly("E-DOCTYPE", "<!DOCTYPE");
+}
+
+TEST_F(AFaceDocument, refuses_an_external_entity_at_the_doctype)
+{
+    Replace("<face-result", "<!DOCTYPE x [<!ENTITY e SYSTEM \"file:///etc/passwd\">]>\n<face-result");
+    ExpectOnly("E-DOCTYPE", "<!DOCTYPE");
+}
+
+TEST_F(AFaceDocument, refuses_an_undefined_entity)
+{
+    Replace(">Dawn<", ">D&auml;wn<");
+    ExpectOnly("E-SYNTAX", "&auml;", "&amp;");
+}
+
+TEST_F(AFaceDocument, refuses_a_duplicate_attribute)
+{
+    Replace("<switch id=\"seconds\"", "<switch id=\"seconds\" id=\"other\"");
+    ExpectOnly("E-SYNTAX", "<switch", "duplicate attribute");
+}
+
+TEST_F(AFaceDocument, refuses_two_roots)
+{
+    mText += "<face-result/>\n";
+    ExpectOnly("E-SYNTAX", "<face-result/>");
+}
+
+TEST_F(AFaceDocument, refuses_bytes_that_are_no_utf8)
+{
+    Replace(">Dawn<", ">D\xE4wn<");
+    ExpectOnly("E-SYNTAX", "<string key=\"title\">D");
+}
+
+TEST_F(AFaceDocument, refuses_overlong_utf8)
+{
+    Replace(">Dawn<",
+            ">\xC0\xBC"
+            "script<");
+    EXPECT_THAT(Codes(), ElementsAre("E-SYNTAX"));
+}
+
+TEST_F(AFaceDocument, refuses_another_encoding)
+{
+    Replace("encoding=\"UTF-8\"", "encoding=\"ISO-8859-1\"");
+    ExpectOnly("E-ENCODING", "<?xml");
+}
+
+TEST_F(AFaceDocument, accepts_its_encoding_in_small_letters)
+{
+    Replace("encoding=\"UTF-8\"", "encoding=\"utf-8\"");
+    EXPECT_THAT(Codes(), ElementsAre());
+}
+
+TEST_F(AFaceDocument, refuses_an_empty_text)
+{
+    mText.clear();
+    EXPECT_THAT(Codes(), ElementsAre("E-SYNTAX"));
+}
+
+TEST_F(AFaceDocument, refuses_a_cut_text_at_every_length)
+{
+    const std::string whole = mText;
+    const std::size_t end = whole.find("</face-result>");
+    for (std::size_t length = 0; length < end; length += 7) {
+        mText = whole.substr(0, length);
+        ASSERT_THAT(Codes(), ElementsAre("E-SYNTAX")) << length;
+    }
+}
+
+TEST_F(AFaceDocument, refuses_a_zero_byte)
+{
+    Replace(">Dawn<", std::string_view(">D\0wn<", 6));
+    EXPECT_THAT(Codes(), ElementsAre("E-SYNTAX"));
+}
+
+TEST_F(AFaceDocument, accepts_one_mebibyte_and_not_a_byte_more)
+{
+    mText.insert(mText.find("<scene>"),
+                 "<!--" + std::string(DataUtil::kMostBytes - mText.size() - 7, 'x') + "-->");
+    ASSERT_THAT(mText, SizeIs(DataUtil::kMostBytes));
+    EXPECT_THAT(Codes(), ElementsAre());
+    mText += "\n";
+    EXPECT_THAT(Codes(), ElementsAre("E-LIMIT-SIZE"));
+}
+
+TEST_F(AFaceDocument, refuses_elements_nested_too_deeply)
+{
+    // The root and the scene are two levels.
+    const std::string ok =
+        Times(13, "<layer>") + "<circle cx=\"1\" cy=\"1\" r=\"1\" fill=\"main\"/>" + Times(13, "</layer>");
+    Replace("  </scene>", ok + "</scene>");
+    EXPECT_THAT(Codes(), ElementsAre());
+    Replace(ok, "\n" + Times(200000 / 7, "<layer>"));
+    ExpectOnly("E-LIMIT-DEPTH", "<layer><layer><layer>", "16 levels");
+}
+
+TEST_F(AFaceDocument, refuses_too_many_elements)
+{
+    Replace("  </scene>", Times(8192, "<layer/>") + "</scene>");
+    ExpectOnly("E-LIMIT-COUNT", "<layer/>", "8192 elements");
+}
+
+TEST_F(AFaceDocument, refuses_too_many_attributes)
+{
+    std::string attributes;
+    for (int i = 0; i < 33; ++i) attributes += " a" + std::to_string(i) + "=\"1\"";
+    Replace("<scene>", "<scene" + attributes + ">");
+    ExpectOnly("E-LIMIT-COUNT", "<scene", "32 attributes");
+}
+
+TEST_F(AFaceDocument, lists_at_most_a_thousand_findings_and_says_how_many_more)
+{
+    Replace("  </scene>", Times(3000, "<nothing/>") + "</scene>");
+    const auto findings = Check();
+    EXPECT_THAT(findings,
+                SizeIs(DataUtil::Findings::kMostFindings + (findings.back().code == "N-MORE" ? 1U : 0U)));
+    EXPECT_FALSE(DataUtil::ParseFace(mText).document);
+}
+
+TEST_F(AFaceDocument, costs_little_time_however_many_faults_one_long_line_has)
+{
+    std::string line;
+    for (int i = 0; line.size() < 900000; ++i)
+        line += "<layer a" + std::string(100, 'x') + "=\"1\" opacity=\"2\"/>";
+    Replace("  </scene>", line + "</scene>");
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_FALSE(DataUtil::ParseFace(mText).document);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+}
+
+TEST_F(AFaceDocument, quotes_the_text_of_a_finding_on_one_line)
+{
+    Replace("value=\"#0000FF\"", "value=\"&#10;&#27;[31m\"");
+    EXPECT_EQ(DataUtil::FormatFinding(Check().at(0)).find_first_of("\n\x1b"), std::string::npos);
+}
