@@ -45,8 +45,8 @@ enum class ValueKind {
     kPickedName,  // written by an editor; what it names is looked up, not required to exist
 };
 
-// `default` of an attribute that must be there.
-inline constexpr const char* kRequired = "(required)";
+// The `fallback` of an attribute that must be there; recognised by its address.
+inline constexpr char kRequired[] = "(required)";
 
 struct AttributeRule {
     const char* name;
