@@ -136,7 +136,7 @@ private:
                 mFindings.Add("E-VALUE", stop.PlaceOf("offset"),
                               "the offsets of a gradient's stops may not fall");
             }
-            last = std::max(last, offset);
+            last = offset;
         }
     }
 

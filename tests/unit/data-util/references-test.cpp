@@ -158,6 +158,13 @@ TEST_F(AFaceDocument, refuses_a_chain_of_fallbacks_that_does_not_end_in_empty)
     ExpectOnly("E-FALLBACK", "<fallback source=\"battery\"/>");
 }
 
+TEST_F(AFaceDocument, refuses_a_chain_of_fallbacks_that_goes_on_after_empty)
+{
+    Replace("<fallback source=\"battery\"/>\n      <fallback source=\"empty\"/>",
+            "<fallback source=\"empty\"/>\n<fallback source=\"battery\"/>");
+    EXPECT_THAT(Codes(), testing::ElementsAre("E-FALLBACK", "E-FALLBACK"));
+}
+
 TEST_F(AFaceDocument, refuses_a_source_that_cannot_be_drawn_in_the_role)
 {
     Replace("<offer source=\"pedometer\"/>", "<offer source=\"alarm\"/>");
@@ -167,6 +174,12 @@ TEST_F(AFaceDocument, refuses_a_source_that_cannot_be_drawn_in_the_role)
 TEST_F(AFaceDocument, is_warned_of_a_slot_that_reaches_beyond_the_canvas)
 {
     Replace("x=\"150\" y=\"40\"", "x=\"320\" y=\"40\"");
+    ExpectOnly("W-OFF-CANVAS", "<slot");
+}
+
+TEST_F(AFaceDocument, is_warned_of_a_slot_that_begins_before_the_canvas)
+{
+    Replace("x=\"150\" y=\"40\"", "x=\"150\" y=\"-0.5\"");
     ExpectOnly("W-OFF-CANVAS", "<slot");
 }
 

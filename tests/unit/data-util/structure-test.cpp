@@ -88,6 +88,14 @@ TEST_F(AFaceDocument, refuses_a_second_scene)
     ExpectOnly("E-CHILD-COUNT", "<scene/>", "at most 1");
 }
 
+TEST_F(AFaceDocument, refuses_a_style_with_nothing_to_choose)
+{
+    Replace("<option id=\"dots\" label-key=\"dial.dots\"/>", "");
+    Replace("<ticks when=\"dial=dots\"", "<ticks");
+    Replace("<text text-key=\"title\"", "<text text-key=\"dial.dots\"");
+    ExpectOnly("E-CHILD-COUNT", "<style", "at least 2");
+}
+
 TEST_F(AFaceDocument, refuses_a_hand_without_a_shape)
 {
     Replace("<bar length=\"150\" width=\"2\" fill=\"main\"/>", "");
@@ -122,6 +130,14 @@ TEST_F(AFaceDocument, gives_the_column_in_characters_not_bytes)
     const auto findings = Check();
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].column, 36);
+}
+
+TEST_F(AFaceDocument, gives_the_column_in_a_line_of_many_thousand_characters)
+{
+    std::string korean;
+    for (int i = 0; i < 5000; ++i) korean += "각";
+    Replace("<string key=\"title\">Dawn</string>", "<string key=\"title\">" + korean + "</string><oops/>");
+    EXPECT_EQ(Check().at(0).column, 4 + 20 + 5000 + 9 + 1);
 }
 
 TEST_F(AFaceDocument, is_counted_without_its_byte_order_mark)
