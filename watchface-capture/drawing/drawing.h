@@ -1,0 +1,81 @@
+// Drawing a face: the text of a flat `watchface.xml` becomes a picture.
+//
+// A Renderer keeps open what is dear to open (fonts, date patterns) and opens it when the first text is
+// drawn; one Renderer serves any number of faces, one after the other, on one thread. What a document says is
+// foreign: its size, its elements, its numbers, its images and the work that it asks for are bounded (see
+// Limits), and whatever breaks the format ends the drawing with one Finding that has a line and a column.
+//
+// The same document, settings, assets and fonts give the same pixels.
+
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using cairo_surface_t = struct _cairo_surface;
+
+namespace Drawing {
+
+// What a document and its images may cost.
+struct Limits {
+    static constexpr int kLargestSide = 4096;               // pixels, of a picture and of an image asset
+    static constexpr int kLargestOwnSize = 1024;            // pixels, where the settings give no size
+    static constexpr size_t kLargestImageFile = 32u << 20;  // bytes
+    static constexpr double kWork = 400e6;                  // about one unit a pixel painted
+    static constexpr int kLayerDepth = 8;
+    static constexpr size_t kTextBytes = 512;  // of one line
+};
+
+struct Settings {
+    std::string language = "en_GB";
+    bool hours24 = true;
+    std::string timezone = "UTC";  // a zoneinfo path or id
+    int size = 0;                  // pixels of the longer side; 0: the canvas' own, at most kLargestOwnSize
+    std::vector<std::string> assetFolders;  // where `src` is looked up, in this order
+};
+
+// Something to say about a document. Lines and columns count from 1; 0 is the document as a whole.
+struct Finding {
+    int line = 0;
+    int column = 0;
+    std::string text;
+};
+
+// "file:line:column: text", without a position when there is none.
+std::string Describe(const std::string& file, const Finding& finding);
+
+struct ReleaseSurface {
+    void operator()(cairo_surface_t* surface) const;
+};
+using SurfacePtr = std::unique_ptr<cairo_surface_t, ReleaseSurface>;
+
+struct Result {
+    SurfacePtr picture;             // 32-bit ARGB; null when nothing was drawn
+    Finding error;                  // why there is no picture
+    std::vector<Finding> warnings;  // the picture lacks something: a glyph, an image
+};
+
+class Renderer {
+public:
+    Renderer();
+    ~Renderer();
+    Renderer(const Renderer&) = delete;
+    Renderer& operator=(const Renderer&) = delete;
+
+    Result Draw(std::string_view document, const Settings& settings);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> mImpl;
+};
+
+// The name that the document gives itself, or an empty one; for finding its folder before it is drawn.
+std::string NameOf(std::string_view document);
+
+// The picture as PNG: 8-bit RGBA, not premultiplied. Empty when memory is short.
+std::string EncodePng(cairo_surface_t* picture);
+
+}  // namespace Drawing

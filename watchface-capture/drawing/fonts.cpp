@@ -1,0 +1,151 @@
+#include "fonts.h"
+
+#include <pango/pangocairo.h>
+
+#include <cmath>
+#include <cstdio>
+
+namespace Drawing {
+namespace {
+
+// Above this size, glyphs are filled as outlines instead of being kept as pictures.
+constexpr double kLargestGlyphPicture = 200;  // pixels
+
+using DescriptionPtr = std::unique_ptr<PangoFontDescription, Releases<pango_font_description_free>>;
+using AttributesPtr = std::unique_ptr<PangoAttrList, Releases<pango_attr_list_unref>>;
+using OptionsPtr = std::unique_ptr<cairo_font_options_t, Releases<cairo_font_options_destroy>>;
+
+struct Family {
+    std::string_view font;
+    const char* names;
+};
+constexpr Family kFamilies[] = {
+    {"sans",  "sans-serif"},
+    {"serif", "serif"     },
+    {"mono",  "monospace" }
+};
+
+DescriptionPtr Describe(const TextStyle& style)
+{
+    DescriptionPtr description(pango_font_description_new());
+    for (const Family& family : kFamilies) {
+        if (family.font == style.font)
+            pango_font_description_set_family_static(description.get(), family.names);
+    }
+    pango_font_description_set_weight(description.get(), static_cast<PangoWeight>(style.weight));
+    pango_font_description_set_absolute_size(description.get(), style.size * PANGO_SCALE);
+    return description;
+}
+
+// Letters of these scripts join, and a distance between them would tear words apart.
+bool Joins(std::string_view text)
+{
+    for (const char* at = text.data(); at < text.data() + text.size(); at = g_utf8_next_char(at)) {
+        const gunichar c = g_utf8_get_char(at);
+        const GUnicodeScript script = c < 0x600 ? G_UNICODE_SCRIPT_LATIN : g_unichar_get_script(c);
+        if (script == G_UNICODE_SCRIPT_ARABIC || script == G_UNICODE_SCRIPT_SYRIAC ||
+            script == G_UNICODE_SCRIPT_DEVANAGARI || script == G_UNICODE_SCRIPT_BENGALI) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string MissingOf(PangoLayout* layout)
+{
+    std::string missing;
+    if (pango_layout_get_unknown_glyphs_count(layout) == 0) return missing;
+    const PangoLayoutLine* line = pango_layout_get_line_readonly(layout, 0);
+    const char* text = pango_layout_get_text(layout);
+    for (const GSList* run = line->runs; run; run = run->next) {
+        const auto* item = static_cast<const PangoLayoutRun*>(run->data);
+        for (int i = 0; i < item->glyphs->num_glyphs; ++i) {
+            if (!(item->glyphs->glyphs[i].glyph & PANGO_GLYPH_UNKNOWN_FLAG)) continue;
+            const char* at = text + item->item->offset + item->glyphs->log_clusters[i];
+            char name[16];
+            std::snprintf(name, sizeof name, "%sU+%04X", missing.empty() ? "" : " ", g_utf8_get_char(at));
+            missing += name;
+        }
+    }
+    return missing;
+}
+
+}  // namespace
+
+TextStyle StyleOf(const Element& element, double defaultSize, std::string_view language)
+{
+    return {std::string(element.Text("font")), element.NumberOr("size", defaultSize),
+            element.Integer("weight"), element.Number("spacing"), std::string(language)};
+}
+
+Fonts::Fonts() = default;
+Fonts::~Fonts() = default;
+
+void Fonts::Open(cairo_t* cr)
+{
+    if (!mContext) {
+        mContext.reset(pango_font_map_create_context(pango_cairo_font_map_get_default()));
+        const OptionsPtr options(cairo_font_options_create());
+        cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
+        cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
+        cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
+        pango_cairo_context_set_font_options(mContext.get(), options.get());
+        pango_cairo_context_set_resolution(mContext.get(), 96);
+        pango_context_set_round_glyph_positions(mContext.get(), FALSE);
+    }
+    pango_cairo_update_context(cr, mContext.get());
+}
+
+TextLine Fonts::Shape(const Painter& painter, std::string_view text, const TextStyle& style)
+{
+    Open(painter.cr);
+    pango_context_set_language(mContext.get(), pango_language_from_string(style.language.c_str()));
+    TextLine line;
+    line.layout.reset(pango_layout_new(mContext.get()));
+    pango_layout_set_single_paragraph_mode(line.layout.get(), TRUE);
+    pango_layout_set_font_description(line.layout.get(), Describe(style).get());
+    pango_layout_set_text(line.layout.get(), text.data(), static_cast<int>(text.size()));
+    if (style.spacing != 0 && !Joins(text)) {
+        const AttributesPtr attributes(pango_attr_list_new());
+        pango_attr_list_insert(
+            attributes.get(),
+            pango_attr_letter_spacing_new(static_cast<int>(std::lround(style.spacing * PANGO_SCALE))));
+        pango_layout_set_attributes(line.layout.get(), attributes.get());
+    }
+    PangoRectangle logical;
+    pango_layout_line_get_extents(pango_layout_get_line_readonly(line.layout.get(), 0), nullptr, &logical);
+    line.width = static_cast<double>(logical.width) / PANGO_SCALE;
+    line.size = style.size * painter.scale;
+    line.missing = MissingOf(line.layout.get());
+    return line;
+}
+
+double Fonts::DigitMiddle(const Painter& painter, const TextStyle& style)
+{
+    const auto key =
+        std::make_tuple(style.font, style.weight, static_cast<int>(std::lround(style.size * 1000)));
+    if (const auto known = mDigitMiddles.find(key); known != mDigitMiddles.end()) return known->second;
+    if (mDigitMiddles.size() > 256) mDigitMiddles.clear();
+    TextStyle plain = style;
+    plain.spacing = 0;
+    plain.language = "en";
+    const TextLine zero = Shape(painter, "0", plain);
+    PangoRectangle ink;
+    pango_layout_line_get_extents(pango_layout_get_line_readonly(zero.layout.get(), 0), &ink, nullptr);
+    return mDigitMiddles[key] = -(ink.y + ink.height / 2.0) / PANGO_SCALE;
+}
+
+void Fonts::Show(cairo_t* cr, const TextLine& line, double x, double baseline)
+{
+    PangoLayoutLine* shaped = pango_layout_get_line_readonly(line.layout.get(), 0);
+    cairo_move_to(cr, x, baseline);
+    if (line.size <= kLargestGlyphPicture) {
+        pango_cairo_show_layout_line(cr, shaped);
+    } else {
+        pango_cairo_layout_line_path(cr, shaped);
+        cairo_fill(cr);
+    }
+    cairo_new_path(cr);
+}
+
+}  // namespace Drawing

@@ -1,0 +1,76 @@
+// Lines of text.
+//
+// Fonts are opened when the first text is drawn (that costs milliseconds) and stay open. Nothing is hinted,
+// so a text has the same shape at every size and place.
+
+#pragma once
+
+#include <pango/pango.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <tuple>
+
+#include "painter.h"
+#include "releases.h"
+
+namespace Drawing {
+
+struct TextStyle {
+    std::string font = "sans";  // sans, serif, mono
+    double size = 16;           // em height, canvas units
+    int weight = 400;
+    double spacing = 0;    // additional distance between letters
+    std::string language;  // BCP 47; decides between the forms that languages give to one character
+};
+
+TextStyle StyleOf(const Element& element, double defaultSize, std::string_view language);
+
+using LayoutPtr = std::unique_ptr<PangoLayout, Releases<g_object_unref>>;
+
+// One shaped line. It belongs to the coordinate system that was current when it was made.
+struct TextLine {
+    LayoutPtr layout;
+    double width = 0;     // advance
+    double size = 0;      // em height, in pixels
+    std::string missing;  // characters that no font has, as "U+AC00 U+AC01"
+};
+
+class Fonts {
+public:
+    Fonts();
+    ~Fonts();
+    Fonts(const Fonts&) = delete;
+    Fonts& operator=(const Fonts&) = delete;
+
+    TextLine Shape(const Painter& painter, std::string_view text, const TextStyle& style);
+    // How far the middle of the digit 0 is above the baseline.
+    double DigitMiddle(const Painter& painter, const TextStyle& style);
+    // Paints with the current source; the line begins at (x, baseline), whatever its direction.
+    static void Show(cairo_t* cr, const TextLine& line, double x, double baseline);
+
+private:
+    void Open(cairo_t* cr);
+
+    std::unique_ptr<PangoContext, Releases<g_object_unref>> mContext;
+    // By font, weight and size in thousandths.
+    std::map<std::tuple<std::string, int, int>, double> mDigitMiddles;
+};
+
+// Where a line stands: at (x, y), which is the share `anchor` of its width from its left end, with the
+// baseline there or the middle of its digits; scaled down about that place when it is wider than `maxWidth`
+// (0: no limit).
+struct LinePlace {
+    double x = 0, y = 0;
+    double anchor = 0.5;
+    bool middle = true;
+    double maxWidth = 0;
+};
+
+// Shapes and paints with the current source, and warns of characters that no font has.
+void ShowLine(Painter& painter, const Element& element, const LinePlace& place, std::string_view text,
+              const TextStyle& style);
+
+}  // namespace Drawing

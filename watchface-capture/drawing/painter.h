@@ -1,0 +1,83 @@
+// What all elements of one drawing share, and the functions that paint one kind of element each.
+
+#pragma once
+
+#include <cairo.h>
+
+#include <numbers>
+#include <string>
+#include <vector>
+
+#include "drawing.h"
+#include "element.h"
+#include "releases.h"
+
+namespace Drawing {
+
+class Dates;
+class Fonts;
+class Images;
+class Texts;
+
+inline constexpr double kDegree = std::numbers::pi / 180;
+
+// The document's angles begin at 12 o'clock, cairo's at 3 o'clock; both grow clockwise on a canvas whose y
+// points downwards.
+inline double CairoAngle(double degrees)
+{
+    return (degrees - 90) * kDegree;
+}
+
+// The local time that is shown, on 2026-10-14.
+struct TimeOfDay {
+    int hour = 0, minute = 0, second = 0;
+};
+
+// The work that a document may ask for, in about pixels.
+class Budget {
+public:
+    void Charge(const Element& element, double work)
+    {
+        mLeft -= work;
+        if (mLeft < 0) element.Fail("the drawing asks for more work than a picture may cost");
+    }
+
+private:
+    double mLeft = Limits::kWork;
+};
+
+struct Painter {
+    cairo_t* cr;
+    const DataUtil::XmlTree& tree;
+    const Settings& settings;
+    const Texts& texts;
+    Fonts& fonts;
+    Dates& dates;
+    Images& images;
+    std::vector<Finding>& warnings;
+    TimeOfDay time;
+    double scale;       // pixels a canvas unit
+    int width, height;  // of the surface, pixels
+    int layers = 0;     // open ones
+    Budget budget;
+};
+
+void SetSource(cairo_t* cr, const Color& color);
+
+// Everything that stands in `parent` after its strings.
+void PaintChildren(Painter& painter, pugi::xml_node parent);
+
+// Shapes, in the current coordinate system. A shape's outline can be traced without painting it.
+void PaintShape(Painter& painter, const Element& shape);
+void TraceShape(cairo_t* cr, const Element& shape);
+void SetStroke(cairo_t* cr, const Element& shape);
+
+void PaintImage(Painter& painter, const Element& image);
+void PaintLayer(Painter& painter, const Element& layer);
+void PaintText(Painter& painter, const Element& text);
+void PaintTicks(Painter& painter, const Element& ticks);
+void PaintNumerals(Painter& painter, const Element& numerals);
+void PaintHand(Painter& painter, const Element& hand);
+void PaintComplication(Painter& painter, const Element& complication);
+
+}  // namespace Drawing

@@ -1,0 +1,146 @@
+#include "shadow.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "gradients.h"
+
+namespace Drawing {
+namespace {
+
+constexpr int kPasses = 3;  // box filters one after the other come close to a bell curve
+
+bool IsFilled(const Element& part)
+{
+    const pugi::xml_node child = part.Node().first_child();
+    return part.Paint("fill") || (part.Has("fill") && child);
+}
+
+// One box filter over a line: out[i] is the mean of the `size` values around in[i], zeros outside.
+void BoxFilter(const uint8_t* in, uint8_t* out, int length, int size)
+{
+    const int before = size / 2, after = size - 1 - before;
+    int sum = 0;
+    for (int i = 0; i < std::min(after, length); ++i) sum += in[i];
+    const auto reciprocal = (1u << 16) / static_cast<unsigned>(size) + 1;
+    for (int i = 0; i < length; ++i) {
+        if (i + after < length) sum += in[i + after];
+        out[i] = static_cast<uint8_t>(std::min(255u, (static_cast<unsigned>(sum) * reciprocal) >> 16));
+        if (i - before >= 0) sum -= in[i - before];
+    }
+}
+
+// Filters every row, and writes the result turned about the diagonal.
+void FilterRows(const std::vector<uint8_t>& in, std::vector<uint8_t>& out, int width, int height,
+                const int* sizes)
+{
+    std::vector<uint8_t> line(static_cast<size_t>(width)), next(line.size());
+    for (int y = 0; y < height; ++y) {
+        std::memcpy(line.data(), in.data() + static_cast<size_t>(y) * line.size(), line.size());
+        for (int pass = 0; pass < kPasses; ++pass) {
+            BoxFilter(line.data(), next.data(), width, sizes[pass]);
+            line.swap(next);
+        }
+        for (int x = 0; x < width; ++x) {
+            out[static_cast<size_t>(x) * static_cast<size_t>(height) + static_cast<size_t>(y)] =
+                line[static_cast<size_t>(x)];
+        }
+    }
+}
+
+// The pixels of the surface that the silhouette can touch, moved by (dx, dy) and widened by `margin`, all
+// pixels.
+PixelBox Reach(Painter& painter, const std::vector<Element>& parts, double dx, double dy, double margin)
+{
+    double left = painter.width, top = painter.height, right = 0, bottom = 0;
+    for (const Element& part : parts) {
+        TraceShape(painter.cr, part);
+        const double extra = part.Paint("stroke") ? part.Number("stroke-width") * painter.scale : 0;
+        double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+        cairo_save(painter.cr);
+        cairo_identity_matrix(painter.cr);
+        cairo_path_extents(painter.cr, &x1, &y1, &x2, &y2);
+        cairo_restore(painter.cr);
+        left = std::min(left, x1 - extra);
+        top = std::min(top, y1 - extra);
+        right = std::max(right, x2 + extra);
+        bottom = std::max(bottom, y2 + extra);
+    }
+    cairo_new_path(painter.cr);
+    const auto clamp = [](double value, int most) {
+        return static_cast<int>(std::clamp<double>(value, 0, most));
+    };
+    // What lies outside the surface, but within the blur's reach of it, still darkens its edge: the box is
+    // cut at the edge all the same, where a round watch shows nothing.
+    return {clamp(std::floor(left + dx - margin), painter.width),
+            clamp(std::floor(top + dy - margin), painter.height),
+            clamp(std::ceil(right + dx + margin), painter.width),
+            clamp(std::ceil(bottom + dy + margin), painter.height)};
+}
+
+void PaintSilhouette(cairo_t* cr, const std::vector<Element>& parts)
+{
+    for (const Element& part : parts) {
+        TraceShape(cr, part);
+        if (IsFilled(part)) cairo_fill_preserve(cr);
+        if (part.Paint("stroke")) {
+            SetStroke(cr, part);
+            cairo_stroke_preserve(cr);
+        }
+        cairo_new_path(cr);
+    }
+}
+
+}  // namespace
+
+void Blur(uint8_t* pixels, int width, int height, int stride, double edge)
+{
+    // Three boxes of w pixels spread an edge over about 2 w.
+    const int total = static_cast<int>(std::lround(edge * 1.5));
+    if (total <= kPasses || width <= 0 || height <= 0) return;
+    const int sizes[kPasses] = {total / 3, (total + 1) / 3, (total + 2) / 3};
+    std::vector<uint8_t> rows(static_cast<size_t>(width) * static_cast<size_t>(height)), columns(rows.size());
+    for (int y = 0; y < height; ++y) {
+        std::memcpy(rows.data() + static_cast<size_t>(y) * static_cast<size_t>(width), pixels + y * stride,
+                    static_cast<size_t>(width));
+    }
+    FilterRows(rows, columns, width, height, sizes);
+    FilterRows(columns, rows, height, width, sizes);
+    for (int y = 0; y < height; ++y) {
+        std::memcpy(pixels + y * stride, rows.data() + static_cast<size_t>(y) * static_cast<size_t>(width),
+                    static_cast<size_t>(width));
+    }
+}
+
+void PaintShadow(Painter& painter, const Element& hand, const std::vector<Element>& parts)
+{
+    const double edge = hand.Number("shadow-blur") * painter.scale;
+    const double dx = hand.Number("shadow-x") * painter.scale, dy = hand.Number("shadow-y") * painter.scale;
+    const PixelBox box = Reach(painter, parts, dx, dy, edge + 1);
+    if (box.Area() == 0) return;
+    painter.budget.Charge(hand, 256 + 10 * box.Area() * static_cast<double>(1 + parts.size() / 8));
+
+    cairo_surface_t* mask = cairo_image_surface_create(CAIRO_FORMAT_A8, box.Width(), box.Height());
+    const ContextPtr cr(cairo_create(mask));
+    cairo_matrix_t matrix;
+    cairo_get_matrix(painter.cr, &matrix);
+    matrix.x0 += dx - box.left;
+    matrix.y0 += dy - box.top;
+    cairo_set_matrix(cr.get(), &matrix);
+    PaintSilhouette(cr.get(), parts);
+    cairo_surface_flush(mask);
+    if (cairo_surface_status(mask) == CAIRO_STATUS_SUCCESS) {
+        Blur(cairo_image_surface_get_data(mask), box.Width(), box.Height(),
+             cairo_image_surface_get_stride(mask), edge);
+        cairo_surface_mark_dirty(mask);
+        cairo_save(painter.cr);
+        cairo_identity_matrix(painter.cr);
+        SetSource(painter.cr, *hand.Paint("shadow"));
+        cairo_mask_surface(painter.cr, mask, box.left, box.top);
+        cairo_restore(painter.cr);
+    }
+    cairo_surface_destroy(mask);
+}
+
+}  // namespace Drawing

@@ -1,0 +1,18 @@
+// `watchface-capture --draw IN_watchface.xml OUT.png`: draws without a bus and without the platform. It
+// serves people and the build, which makes the shipped previews with it.
+
+#pragma once
+
+#include <string>
+
+namespace Capture {
+
+// The exit status: 0 drawn, 1 with one line on stderr that says why not, 2 the command line is not
+// understood. Warnings are lines on stderr too and change nothing.
+int RunDrawCommand(int argc, char** argv);
+
+// The bytes of a regular file of at most `limit` bytes; false with a reason otherwise. Never blocks on a
+// pipe.
+bool ReadWholeFile(const std::string& path, size_t limit, std::string& bytes, std::string& problem);
+
+}  // namespace Capture

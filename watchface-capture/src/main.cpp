@@ -1,0 +1,19 @@
+// The capture application, and its drawing for the command line.
+
+#include <cstring>
+
+#include "capture-application.h"
+#include "draw-command.h"
+#include "service-app.h"
+
+int main(int argc, char** argv)
+{
+    if (argc > 1) return Capture::RunDrawCommand(argc, argv);
+
+    CommonUtilAppEventHandler::SetEventFunctions(service_app_add_event_handler,
+                                                 service_app_remove_event_handler);
+    CommonUtilAppMain application([] { return new Capture::CaptureApplication; });
+    service_app_lifecycle_callback_s callbacks{
+        CommonUtilAppMain::AppCreated, CommonUtilAppMain::AppTerminated, CommonUtilAppMain::AppControl};
+    return service_app_main(argc, argv, &callbacks, &application);
+}
