@@ -279,6 +279,9 @@ public:
     bool Deliver(const std::string& port, const std::string& senderId, const Message& message,
                  const std::string& senderPort = "");
     bool DeliverNothing(const std::string& port, const std::string& senderId);  // a null bundle
+    // As a peer sends it: on the next turn, to an open local port of that kind; else it is lost.
+    void SendAs(const std::string& senderId, const std::string& port, bool trusted, const Message& message,
+                const std::string& senderPort = "");
 
     // --- Stores (by another application: watchers are told on the next turn)
     // ---------------------------------

@@ -24,19 +24,26 @@ void Receive(const std::shared_ptr<Port>& port, const std::string& senderId, con
     if (port->alive) port->handler(port->id, senderId, senderPort, port->trusted, message);
 }
 
-// Whether the message finds its port; one to the service itself comes back to it on the next turn.
-bool Arrives(State& state, const SentMessage& sent)
+// On the next turn, to an open port of that kind; false when there is none.
+bool PostToPort(State& state, const std::string& name, bool trusted, const std::string& senderId,
+                const std::string& senderPort, const Message& message)
 {
-    if (sent.appId != ::Platform::kServiceId) {
-        return sent.trusted && state.portsUp.contains({sent.appId, sent.port});
-    }
-    const auto port = FindPort(state, sent.port);
-    if (!port || port->trusted != sent.trusted) return false;
-    state.loop.Post([port, sent] {
-        const std::unique_ptr<bundle, ::Platform::BundleDeleter> message(NewBundle(sent.message));
-        Receive(port, std::string(::Platform::kServiceId), sent.senderPort, message.get());
+    const auto port = FindPort(state, name);
+    if (!port || port->trusted != trusted) return false;
+    state.loop.Post([=] {
+        const std::unique_ptr<bundle, ::Platform::BundleDeleter> content(NewBundle(message));
+        Receive(port, senderId, senderPort, content.get());
     });
     return true;
+}
+
+// Whether the message finds its port; one to the service itself comes back to it.
+bool Arrives(State& state, const SentMessage& sent)
+{
+    if (sent.appId == ::Platform::kServiceId) {
+        return PostToPort(state, sent.port, sent.trusted, sent.appId, sent.senderPort, sent.message);
+    }
+    return sent.trusted && state.portsUp.contains({sent.appId, sent.port});
 }
 
 int Send(SentMessage message, const bundle* content)
@@ -151,6 +158,12 @@ bool Platform::DeliverNothing(const std::string& port, const std::string& sender
     const auto found = FindPort(*mState, port);
     if (found) Receive(found, senderId, "", nullptr);
     return found != nullptr;
+}
+
+void Platform::SendAs(const std::string& senderId, const std::string& port, bool trusted,
+                      const Message& message, const std::string& senderPort)
+{
+    PostToPort(*mState, port, trusted, senderId, senderPort, message);
 }
 
 }  // namespace MemoryPlatform

@@ -1,3 +1,8 @@
+#include <expat.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
 #include <pugixml.hpp>
 
 #include "common-util-xml.h"
@@ -9,6 +14,14 @@ pugi::xml_node Node(const void* node)
 {
     // pugixml's nodes are handles onto one pointer.
     return pugi::xml_node(static_cast<pugi::xml_node_struct*>(const_cast<void*>(node)));
+}
+
+// pugixml alone takes duplicate attributes, unknown entities, two roots and bad UTF-8.
+bool IsWellFormed(const std::string& text)
+{
+    const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(nullptr),
+                                                                              XML_ParserFree);
+    return XML_Parse(parser.get(), text.data(), static_cast<int>(text.size()), XML_TRUE) == XML_STATUS_OK;
 }
 
 }  // namespace
@@ -63,7 +76,9 @@ public:
 CommonUtilXmlParser::CommonUtilXmlParser(const std::string& path) : mImpl(std::make_unique<Impl>())
 {
     MemoryPlatform::Note("xml " + MemoryPlatform::Shown(path));
-    mImpl->wellFormed = static_cast<bool>(mImpl->document.load_file(path.c_str()));
+    std::ifstream file(path, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    mImpl->wellFormed = IsWellFormed(text) && mImpl->document.load_buffer(text.data(), text.size());
 }
 
 CommonUtilXmlParser::~CommonUtilXmlParser() = default;
