@@ -12,7 +12,7 @@ namespace {
 // "file: function(line) > message"
 void Split(MemoryPlatform::LogLine& line)
 {
-    static const std::regex kPrefix(R"(^([^:/\s]+): ([^\s(]+)\((\d+)\) > )");
+    static const std::regex kPrefix(R"(^([^:/\s]+): (\S+?)\((\d+)\) > )");
     line.message = line.text;
     std::smatch match;
     if (!std::regex_search(line.text, match, kPrefix)) return;

@@ -146,12 +146,15 @@ private:
 
 // A face's usage items as data_util_log_item_get_from_result_xml_file() gives them; what is not set is null.
 struct UsageItems {
-    std::optional<std::string> firstFeature, firstValue, secondFeature, secondValue, complicationFeature;
-    std::vector<std::optional<std::string>> complicationEntries;
+    std::optional<std::string> firstFeature = {}, firstValue = {};
+    std::optional<std::string> secondFeature = {}, secondValue = {};
+    std::optional<std::string> complicationFeature = {};
+    std::vector<std::optional<std::string>> complicationEntries = {};
 };
 
 struct WorldClock {
-    std::optional<std::string> complicationName, timezone, timezonePath, cityName, country;
+    std::optional<std::string> complicationName = {}, timezone = {}, timezonePath = {};
+    std::optional<std::string> cityName = {}, country = {};
     bool operator==(const WorldClock&) const = default;
 };
 
@@ -171,7 +174,7 @@ struct DataLibrary {
 
 // What service_app_main() does between the create and the terminate callback, and what it returns.
 struct MainScript {
-    std::function<void()> body;  // none: RunUntilIdle()
+    std::function<void()> body = {};  // none: RunUntilIdle()
     int result = 0;
     bool runs = true;  // false: refused before the create callback, as a second instance is
 };
