@@ -1,0 +1,79 @@
+// The program's main(), compiled for these tests as RunService().
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "memory-platform.h"
+
+int RunService(int argc, char** argv);
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+class TheEntryPoint : public testing::Test {
+protected:
+    static int Run()
+    {
+        char name[] = "watchface-service";
+        char* arguments[] = {name, nullptr};
+        return RunService(1, arguments);
+    }
+
+    MemoryPlatform::Platform platform;
+};
+
+}  // namespace
+
+TEST_F(TheEntryPoint, makes_the_application_in_the_loop_and_destroys_it_at_its_end)
+{
+    platform.ScriptMain({.body = [this] { EXPECT_THAT(platform.OpenPorts(), Not(IsEmpty())); }});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(platform.Calls().front(), "service_app_main");
+    EXPECT_THAT(
+        platform.Calls({"port"}),
+        ElementsAre("port open watchface-service::localport trusted", "port open evaluation-helper-port open",
+                    "port close evaluation-helper-port", "port close watchface-service::localport"));
+}
+
+TEST_F(TheEntryPoint, registers_for_events_with_the_platforms_functions)
+{
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(platform.Calls({"event"}),
+                ElementsAre("event add 0", "event add 1", "event remove 1", "event remove 0"));
+}
+
+TEST_F(TheEntryPoint, logs_nothing_when_the_loop_ends_well)
+{
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(platform.Errors(), IsEmpty());
+}
+
+TEST_F(TheEntryPoint, logs_and_returns_what_the_loop_returns)
+{
+    platform.ScriptMain({.body = nullptr, .result = -4});
+    EXPECT_EQ(Run(), -4);
+    EXPECT_THAT(platform.Errors(), ElementsAre("ui_app_main returns -4(fffffffc)"));
+    EXPECT_EQ(platform.Logs().back().file, "main.cpp");
+}
+
+TEST_F(TheEntryPoint, makes_no_application_where_the_loop_refuses_to_run)
+{
+    platform.ScriptMain({.body = nullptr, .result = 7, .runs = false});
+    EXPECT_EQ(Run(), 7);
+    EXPECT_THAT(platform.Timeline(), ElementsAre("service_app_main", "log E ui_app_main returns 7(7)"));
+}
+
+TEST_F(TheEntryPoint, hands_launch_requests_to_the_application)
+{
+    platform.ScriptMain({.body = [this] {
+        const auto request = platform.Request({
+            {"unknown", "value"}
+        });
+        ASSERT_NE(request, nullptr);
+        EXPECT_EQ(request->Result(), APP_CONTROL_RESULT_FAILED);
+    }});
+    EXPECT_EQ(Run(), 0);
+}
