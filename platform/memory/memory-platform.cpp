@@ -23,7 +23,8 @@ namespace fs = std::filesystem;
 
 std::atomic<State*> gCurrent = nullptr;
 
-// In memory unless TMPDIR says otherwise: the file layer syncs what it writes, and a disk takes 25 ms for that.
+// In memory unless TMPDIR says otherwise: the file layer syncs what it writes, and a disk takes 25 ms for
+// that.
 fs::path TemporaryFolder()
 {
     const fs::path memory = "/dev/shm";
