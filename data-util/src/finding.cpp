@@ -34,11 +34,8 @@ std::string OneLine(std::string message)
 void Findings::Add(std::string_view code, const Place& place, std::string message)
 {
     const Severity severity = SeverityOf(code);
-    if (severity == Severity::kError) ++mErrors;
-    if (IsFull()) {
-        ++mDropped;
-        return;
-    }
+    if (severity == Severity::kError) mHasErrors = true;
+    if (IsFull()) return;
     mFindings.push_back(
         {severity, std::string(code), place.line, place.column, place.path, OneLine(std::move(message))});
 }
@@ -48,10 +45,10 @@ std::vector<Finding> Findings::Take()
     std::stable_sort(mFindings.begin(), mFindings.end(), [](const Finding& a, const Finding& b) {
         return std::tie(a.line, a.column) < std::tie(b.line, b.column);
     });
-    if (mDropped != 0) {
-        mFindings.push_back({Severity::kNote, "N-MORE", 0, 0, "",
-                             std::to_string(mDropped) + " more findings are not listed"});
-        mDropped = 0;
+    if (IsFull()) {
+        mFindings.push_back({Severity::kError, "E-LIMIT-FINDINGS", 0, 0, "",
+                             "the first " + std::to_string(kMostFindings) +
+                                 " findings are listed, then checking stopped; mend these first"});
     }
     return std::exchange(mFindings, {});
 }

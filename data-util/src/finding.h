@@ -30,8 +30,8 @@ struct Place {
     std::string path;
 };
 
-// Collects findings in the order of their discovery. A hostile document can have very many of them, so only
-// the first `kMostFindings` are kept, and the last says how many more there were.
+// Collects findings. A hostile document can have very many of them; once `kMostFindings` are kept, checking
+// stops, and since what was not looked at may be wrong too, the document counts as refused.
 class Findings {
 public:
     static constexpr std::size_t kMostFindings = 1000;
@@ -39,16 +39,15 @@ public:
     // The severity follows from the code's first letter.
     void Add(std::string_view code, const Place& place, std::string message);
 
-    bool HasErrors() const { return mErrors != 0; }
-    // True when nothing more is kept, so that callers need not spend time on a good message.
+    bool HasErrors() const { return mHasErrors || IsFull(); }
+    // True when nothing more is kept; checks then end.
     bool IsFull() const { return mFindings.size() >= kMostFindings; }
     // All findings, sorted by place.
     std::vector<Finding> Take();
 
 private:
     std::vector<Finding> mFindings;
-    std::size_t mErrors = 0;
-    std::size_t mDropped = 0;
+    bool mHasErrors = false;
 };
 
 // "LINE:COL: CODE: message", the form used in the log and, after "file:", on terminals.
