@@ -1,25 +1,35 @@
 #include "log.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <regex>
+#include <string_view>
 
 #include "log-format.h"
 #include "platform-state.h"
 
 namespace {
 
-// "file: function(line) > message"
+// "file: function(line) > message"; the function may have parentheses of its own.
 void Split(MemoryPlatform::LogLine& line)
 {
-    static const std::regex kPrefix(R"(^([^:/\s]+): (\S+?)\((\d+)\) > )");
-    line.message = line.text;
-    std::smatch match;
-    if (!std::regex_search(line.text, match, kPrefix)) return;
-    line.file = match[1];
-    line.function = match[2];
-    line.line = std::stoi(match[3]);
-    line.message = match.suffix();
+    const std::string_view text = line.text;
+    line.message = text;
+    const auto file = text.find(": ");
+    const auto end = text.find(") > ", file);
+    if (file == 0 || end == std::string_view::npos) return;
+    const std::string_view place = text.substr(file + 2, end - file - 2);  // function(line
+    const auto bracket = place.rfind('(');
+    if (bracket == 0 || bracket == std::string_view::npos || place.find(' ') != std::string_view::npos)
+        return;
+    const std::string_view number = place.substr(bracket + 1);
+    int parsed = 0;
+    const auto [rest, error] = std::from_chars(number.data(), number.data() + number.size(), parsed);
+    if (error != std::errc() || rest != number.data() + number.size()) return;
+    line.file = text.substr(0, file);
+    line.function = place.substr(0, bracket);
+    line.line = parsed;
+    line.message = text.substr(end + 4);
 }
 
 }  // namespace
