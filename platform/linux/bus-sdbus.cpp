@@ -143,17 +143,24 @@ std::optional<std::string> Bus::OwnerNow(const std::string& name)
 void Bus::UserOf(const std::string& uniqueName, std::function<void(std::optional<uid_t>)> then)
 {
     if (const auto it = mUsers.find(uniqueName); it != mUsers.end()) return then(it->second);
-    const MessagePtr call = NewDriverCall(Get(), "GetConnectionUnixUser", uniqueName);
-    const auto answered = [this, uniqueName, then](sd_bus_message* answer) {
+    auto& questions = mUserQuestions[uniqueName];
+    questions.push_back(std::move(then));
+    if (questions.size() > 1) return;  // asked already
+    const auto tellAll = [this, uniqueName](std::optional<uid_t> user) {
+        const auto asked = mUserQuestions.extract(uniqueName);
+        for (const auto& one : asked.mapped()) one(user);
+    };
+    const auto answered = [this, uniqueName, tellAll](sd_bus_message* answer) {
         uint32_t uid = 0;
         if (sd_bus_message_get_error(answer) || sd_bus_message_read(answer, "u", &uid) < 0) {
-            return then(std::nullopt);
+            return tellAll(std::nullopt);
         }
         if (mUsers.size() >= kMostUsers) mUsers.clear();
         mUsers[uniqueName] = uid;
-        then(uid);
+        tellAll(uid);
     };
-    if (!call || CallDetached(Get(), call.get(), kDriverTimeoutUsec, answered) < 0) then(std::nullopt);
+    const MessagePtr call = NewDriverCall(Get(), "GetConnectionUnixUser", uniqueName);
+    if (!call || CallDetached(Get(), call.get(), kDriverTimeoutUsec, answered) < 0) tellAll(std::nullopt);
 }
 
 }  // namespace Platform

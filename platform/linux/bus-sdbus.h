@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "owner-ledger.h"
 #include "systemd-handles.h"
@@ -59,6 +60,7 @@ class Bus final : private OwnerLedger::Watcher {
     std::function<void()> mOnLost;
     OwnerLedger mOwners;
     std::map<std::string, uid_t> mUsers;  // by unique name, which the bus never uses twice
+    std::map<std::string, std::vector<std::function<void(std::optional<uid_t>)>>> mUserQuestions;
     // The connection outlives what hangs on it: slots go first, in reverse order.
     BusPtr mBus;
     SlotPtr mGuard;

@@ -106,11 +106,10 @@ int MessagePorts::Open(const std::string& name, bool trusted, Callback callback)
     if (Find(name, trusted)) return -EEXIST;
     const int id = mNextId++;
     mPorts[id] = {name, trusted, std::make_shared<Callback>(std::move(callback))};
-    // Whoever may speak to us is watched before it does, so that its first message finds the ledger ready.
-    if (trusted) {
-        for (const Application& app : kApplications) {
-            if (app.id != mAppId) mBus.Owners().Pin(std::string(app.id));
-        }
+    // Whoever may speak to us is watched before it does, so that the ledger knows its owner already when its
+    // first message is routed. Any other name is watched from its first message on.
+    for (const Application& app : kApplications) {
+        if (app.id != mAppId) mBus.Owners().Pin(std::string(app.id));
     }
     if (!mAnnounced) return id;
     const std::string busName = PortBusName(mAppId, name, trusted);
