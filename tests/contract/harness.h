@@ -89,7 +89,8 @@ public:
     // Written by another process. For the hour mode "true" or "false".
     virtual void SetSetting(system_settings_key_e key, const std::string& value) = 0;
 
-    // What the log got during `body` with WATCH_LOG=`filter`, line by line.
+    // What the log prints during `body` with WATCH_LOG=`filter`, line by line, when stderr is neither a file
+    // nor the journal. `body` may run in a process of its own: nothing but its log lines comes back.
     virtual Strings Printed(const std::string& filter, const std::function<void()>& body) = 0;
 };
 
