@@ -25,6 +25,7 @@
 //   a
 //     path for the life of the process stays right from test to test.
 //   - Files are real, written by the file layer of the product. Calls that are made to fail have no effect.
+//   - What a test calls of the platform itself is recorded and counted like the calls of the code under test.
 //   - Recording is safe on any thread. usleep() returns at once; on the main thread it moves the clock.
 
 #pragma once
@@ -220,7 +221,8 @@ public:
     //   event add N | event remove N | service_app_main | service_app_exit
     Strings Calls(const Strings& prefixes = {}, Where where = kAnyThread) const;
     std::vector<Call> CallsWithThreads() const;
-    // Calls and log lines in one order; a log line as "log E message".
+    // Calls and log lines in one order; a log line as "log E message". Lines of the tag "platform", the
+    // platform's own, are left out.
     Strings Timeline(Where where = kAnyThread) const;
     void Forget();  // calls, logs, sent messages, launches and survey records so far
 
