@@ -65,6 +65,7 @@ void ShowText(Painter& painter, const Element& e, const Box& box, const std::str
 void ShowIcon(Painter& painter, const Element& e, const Box& whole, const Box& place, std::string_view source)
 {
     const double size = std::min(whole.height / 2, whole.width);
+    if (size <= 0) return;
     const double x = place.x + (place.width - size) / 2, y = place.y + (place.height - size) / 2;
     cairo_save(painter.cr);
     // The parts of an icon overlap, so a translucent one is made opaque first and then laid over.

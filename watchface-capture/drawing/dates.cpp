@@ -45,7 +45,7 @@ icu::UnicodeString WithoutDayPeriod(const icu::UnicodeString& pattern)
     int32_t begin = 0, end = kept.length();
     while (begin < end && isBlank(kept[begin])) ++begin;
     while (end > begin && isBlank(kept[end - 1])) --end;
-    return kept.tempSubStringBetween(begin, end);
+    return {kept, begin, end - begin};
 }
 
 // What the letters of a skeleton become for an hour mode, and how closely their number is followed.

@@ -70,6 +70,21 @@ std::string MissingOf(PangoLayout* layout)
     return missing;
 }
 
+// The outline is taken at a pixel a unit, whatever the scale is: fonts cannot be opened at any size.
+void ShowOutline(cairo_t* cr, PangoLayoutLine* line, double x, double baseline)
+{
+    cairo_save(cr);
+    cairo_identity_matrix(cr);
+    cairo_new_path(cr);
+    cairo_move_to(cr, x, baseline);
+    pango_cairo_layout_line_path(cr, line);
+    const std::unique_ptr<cairo_path_t, Releases<cairo_path_destroy>> outline(cairo_copy_path(cr));
+    cairo_restore(cr);
+    cairo_new_path(cr);
+    cairo_append_path(cr, outline.get());
+    cairo_fill(cr);
+}
+
 }  // namespace
 
 TextStyle StyleOf(const Element& element, double defaultSize, std::string_view language)
@@ -98,9 +113,13 @@ void Fonts::Open(cairo_t* cr)
 
 TextLine Fonts::Shape(const Painter& painter, std::string_view text, const TextStyle& style)
 {
-    Open(painter.cr);
-    pango_context_set_language(mContext.get(), pango_language_from_string(style.language.c_str()));
     TextLine line;
+    line.outline = style.size * painter.scale > kLargestGlyphPicture;
+    cairo_save(painter.cr);
+    if (line.outline) cairo_identity_matrix(painter.cr);
+    Open(painter.cr);
+    cairo_restore(painter.cr);
+    pango_context_set_language(mContext.get(), pango_language_from_string(style.language.c_str()));
     line.layout.reset(pango_layout_new(mContext.get()));
     pango_layout_set_single_paragraph_mode(line.layout.get(), TRUE);
     pango_layout_set_font_description(line.layout.get(), Describe(style).get());
@@ -115,7 +134,6 @@ TextLine Fonts::Shape(const Painter& painter, std::string_view text, const TextS
     PangoRectangle logical;
     pango_layout_line_get_extents(pango_layout_get_line_readonly(line.layout.get(), 0), nullptr, &logical);
     line.width = static_cast<double>(logical.width) / PANGO_SCALE;
-    line.size = style.size * painter.scale;
     line.missing = MissingOf(line.layout.get());
     return line;
 }
@@ -138,12 +156,11 @@ double Fonts::DigitMiddle(const Painter& painter, const TextStyle& style)
 void Fonts::Show(cairo_t* cr, const TextLine& line, double x, double baseline)
 {
     PangoLayoutLine* shaped = pango_layout_get_line_readonly(line.layout.get(), 0);
-    cairo_move_to(cr, x, baseline);
-    if (line.size <= kLargestGlyphPicture) {
-        pango_cairo_show_layout_line(cr, shaped);
+    if (line.outline) {
+        ShowOutline(cr, shaped, x, baseline);
     } else {
-        pango_cairo_layout_line_path(cr, shaped);
-        cairo_fill(cr);
+        cairo_move_to(cr, x, baseline);
+        pango_cairo_show_layout_line(cr, shaped);
     }
     cairo_new_path(cr);
 }

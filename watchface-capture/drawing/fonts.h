@@ -33,9 +33,9 @@ using LayoutPtr = std::unique_ptr<PangoLayout, Releases<g_object_unref>>;
 // One shaped line. It belongs to the coordinate system that was current when it was made.
 struct TextLine {
     LayoutPtr layout;
-    double width = 0;     // advance
-    double size = 0;      // em height, in pixels
-    std::string missing;  // characters that no font has, as "U+AC00 U+AC01"
+    double width = 0;      // advance
+    bool outline = false;  // too large to be kept as pictures of glyphs
+    std::string missing;   // characters that no font has, as "U+AC00 U+AC01"
 };
 
 class Fonts {

@@ -9,7 +9,9 @@
 namespace Drawing {
 namespace {
 
-constexpr int kPasses = 3;  // box filters one after the other come close to a bell curve
+constexpr double kLargestEdge = 256;  // pixels; a softer edge would cost time and be no softer to the eye
+constexpr double kMiter = 5;          // widths by which a mitred corner may stand out
+constexpr int kPasses = 3;            // box filters one after the other come close to a bell curve
 
 bool IsFilled(const Element& part)
 {
@@ -17,10 +19,16 @@ bool IsFilled(const Element& part)
     return part.Paint("fill") || (part.Has("fill") && child);
 }
 
-// One box filter over a line: out[i] is the mean of the `size` values around in[i], zeros outside.
-void BoxFilter(const uint8_t* in, uint8_t* out, int length, int size)
+// How far a box reaches to either side of its pixel.
+struct BoxSize {
+    int before, after;
+};
+
+// One box filter over a line: out[i] is the mean of the values around in[i], zeros outside.
+void BoxFilter(const uint8_t* in, uint8_t* out, int length, const BoxSize& box)
 {
-    const int before = size / 2, after = size - 1 - before;
+    const auto [before, after] = box;
+    const int size = before + 1 + after;
     int sum = 0;
     for (int i = 0; i < std::min(after, length); ++i) sum += in[i];
     const auto reciprocal = (1u << 16) / static_cast<unsigned>(size) + 1;
@@ -33,13 +41,13 @@ void BoxFilter(const uint8_t* in, uint8_t* out, int length, int size)
 
 // Filters every row, and writes the result turned about the diagonal.
 void FilterRows(const std::vector<uint8_t>& in, std::vector<uint8_t>& out, int width, int height,
-                const int* sizes)
+                const BoxSize* boxes)
 {
     std::vector<uint8_t> line(static_cast<size_t>(width)), next(line.size());
     for (int y = 0; y < height; ++y) {
         std::memcpy(line.data(), in.data() + static_cast<size_t>(y) * line.size(), line.size());
         for (int pass = 0; pass < kPasses; ++pass) {
-            BoxFilter(line.data(), next.data(), width, sizes[pass]);
+            BoxFilter(line.data(), next.data(), width, boxes[pass]);
             line.swap(next);
         }
         for (int x = 0; x < width; ++x) {
@@ -53,10 +61,11 @@ void FilterRows(const std::vector<uint8_t>& in, std::vector<uint8_t>& out, int w
 // pixels.
 PixelBox Reach(Painter& painter, const std::vector<Element>& parts, double dx, double dy, double margin)
 {
-    double left = painter.width, top = painter.height, right = 0, bottom = 0;
+    constexpr double kFar = 1e9;
+    double left = kFar, top = kFar, right = -kFar, bottom = -kFar;
     for (const Element& part : parts) {
         TraceShape(painter.cr, part);
-        const double extra = part.Paint("stroke") ? part.Number("stroke-width") * painter.scale : 0;
+        const double extra = part.Paint("stroke") ? kMiter * part.Number("stroke-width") * painter.scale : 0;
         double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
         cairo_save(painter.cr);
         cairo_identity_matrix(painter.cr);
@@ -68,15 +77,15 @@ PixelBox Reach(Painter& painter, const std::vector<Element>& parts, double dx, d
         bottom = std::max(bottom, y2 + extra);
     }
     cairo_new_path(painter.cr);
-    const auto clamp = [](double value, int most) {
-        return static_cast<int>(std::clamp<double>(value, 0, most));
+    // What lies outside the surface, but within the blur's reach of it, still darkens its edge.
+    const int beyond = static_cast<int>(std::ceil(margin));
+    const auto pixel = [beyond](double value, int most) {
+        return static_cast<int>(std::clamp<double>(value, -beyond, most + beyond));
     };
-    // What lies outside the surface, but within the blur's reach of it, still darkens its edge: the box is
-    // cut at the edge all the same, where a round watch shows nothing.
-    return {clamp(std::floor(left + dx - margin), painter.width),
-            clamp(std::floor(top + dy - margin), painter.height),
-            clamp(std::ceil(right + dx + margin), painter.width),
-            clamp(std::ceil(bottom + dy + margin), painter.height)};
+    return {pixel(std::floor(left + dx - margin), painter.width),
+            pixel(std::floor(top + dy - margin), painter.height),
+            pixel(std::ceil(right + dx + margin), painter.width),
+            pixel(std::ceil(bottom + dy + margin), painter.height)};
 }
 
 void PaintSilhouette(cairo_t* cr, const std::vector<Element>& parts)
@@ -96,17 +105,22 @@ void PaintSilhouette(cairo_t* cr, const std::vector<Element>& parts)
 
 void Blur(uint8_t* pixels, int width, int height, int stride, double edge)
 {
-    // Three boxes of w pixels spread an edge over about 2 w.
-    const int total = static_cast<int>(std::lround(edge * 1.5));
-    if (total <= kPasses || width <= 0 || height <= 0) return;
-    const int sizes[kPasses] = {total / 3, (total + 1) / 3, (total + 2) / 3};
+    // Three boxes of w pixels spread an edge over about 2 w. Two boxes of an even size lean to opposite sides
+    // and the third is odd, so that the edge stays where it is.
+    const int size = static_cast<int>(std::lround(edge / 2)), last = size / 2;
+    if (size < 1 || width <= 0 || height <= 0) return;
+    const BoxSize boxes[kPasses] = {
+        {size / 2,       (size - 1) / 2},
+        {(size - 1) / 2, size / 2      },
+        {last,           last          }
+    };
     std::vector<uint8_t> rows(static_cast<size_t>(width) * static_cast<size_t>(height)), columns(rows.size());
     for (int y = 0; y < height; ++y) {
         std::memcpy(rows.data() + static_cast<size_t>(y) * static_cast<size_t>(width), pixels + y * stride,
                     static_cast<size_t>(width));
     }
-    FilterRows(rows, columns, width, height, sizes);
-    FilterRows(columns, rows, height, width, sizes);
+    FilterRows(rows, columns, width, height, boxes);
+    FilterRows(columns, rows, height, width, boxes);
     for (int y = 0; y < height; ++y) {
         std::memcpy(pixels + y * stride, rows.data() + static_cast<size_t>(y) * static_cast<size_t>(width),
                     static_cast<size_t>(width));
@@ -115,7 +129,7 @@ void Blur(uint8_t* pixels, int width, int height, int stride, double edge)
 
 void PaintShadow(Painter& painter, const Element& hand, const std::vector<Element>& parts)
 {
-    const double edge = hand.Number("shadow-blur") * painter.scale;
+    const double edge = std::min(hand.Number("shadow-blur") * painter.scale, kLargestEdge);
     const double dx = hand.Number("shadow-x") * painter.scale, dy = hand.Number("shadow-y") * painter.scale;
     const PixelBox box = Reach(painter, parts, dx, dy, edge + 1);
     if (box.Area() == 0) return;
