@@ -46,6 +46,18 @@ bool CouldNotStart(const BusError& error)
            std::strncmp(error.Name(), "org.freedesktop.DBus.Error.Spawn.", 33) == 0;
 }
 
+// An application that runs needs no starting, also when the bus knows no way to start it.
+bool IsRunning(sd_bus* bus, const std::string& app)
+{
+    sd_bus_message* answer = nullptr;
+    BusError error;
+    const int code = sd_bus_call_method(bus, kDriver, kDriverPath, kDriver, "NameHasOwner", error.Out(), &answer, "s",
+                                        app.c_str());
+    const MessagePtr owned(answer);
+    int has = 0;
+    return code >= 0 && sd_bus_message_read(answer, "b", &has) >= 0 && has;
+}
+
 int AppControlError(int code)
 {
     if (code == -ETIMEDOUT) return APP_CONTROL_ERROR_TIMED_OUT;
@@ -84,6 +96,7 @@ int StartApplication(const std::string& address, const std::string& app)
                               "su", app.c_str(), 0U);
     const MessagePtr owned(answer);
     if (code >= 0) return APP_CONTROL_ERROR_NONE;
+    if (error.Is(SD_BUS_ERROR_SERVICE_UNKNOWN) && IsRunning(raw, app)) return APP_CONTROL_ERROR_NONE;
     PLATFORM_FAULT("could not start [%s]: %s", app.c_str(), error.Text());
     return CouldNotStart(error) ? APP_CONTROL_ERROR_LAUNCH_FAILED : AppControlError(code);
 }

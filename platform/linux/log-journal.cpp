@@ -58,9 +58,9 @@ struct Location {
 Location FindLocation(const std::string& text)
 {
     const auto colon = text.find(": ");
-    const auto open = colon == std::string::npos ? colon : text.find('(', colon);
-    const auto close = open == std::string::npos ? open : text.find(") > ", open);
-    if (close == std::string::npos) return {};
+    const auto close = colon == std::string::npos ? colon : text.find(") > ", colon);
+    const auto open = close == std::string::npos ? close : text.rfind('(', close);
+    if (open == std::string::npos || open < colon + 2) return {};
     Location at{text.substr(0, colon), text.substr(colon + 2, open - colon - 2),
                 text.substr(open + 1, close - open - 1), close + 4};
     const bool isPlace = at.file.find(' ') == std::string::npos && !at.line.empty() &&

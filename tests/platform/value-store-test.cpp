@@ -1,0 +1,111 @@
+// What only the real store has: durability across processes, damage, modes.
+
+#include "value-store-sqlite.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "private-bus.h"
+
+namespace {
+
+using Platform::StoredValue;
+using Platform::ValueStore;
+using testing::Optional;
+using testing::SizeIs;
+
+class AValueStore : public testing::Test {
+   protected:
+    std::string Path() const { return folder.Path() + "/values.db"; }
+    void Damage() { std::ofstream(Path(), std::ios::trunc) << std::string(8192, 'x'); }
+
+    // The files that were set aside.
+    int SetAside() const
+    {
+        int count = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
+            count += entry.path().string().find(".damaged-") != std::string::npos;
+        }
+        return count;
+    }
+
+    TestSupport::TemporaryFolder folder;
+};
+
+TEST_F(AValueStore, keeps_values_and_their_types_for_the_next_process)
+{
+    ValueStore(Path(), 0600).Set("text", std::string("a\0b", 3));
+    ValueStore(Path(), 0600).Set("number", int64_t{1} << 40);
+    ValueStore(Path(), 0600).Set("flag", true);
+    ValueStore store(Path(), 0600);
+    EXPECT_THAT(store.Get("text"), Optional(StoredValue(std::string("a\0b", 3))));
+    EXPECT_THAT(store.Get("number"), Optional(StoredValue(int64_t{1} << 40)));
+    EXPECT_THAT(store.Get("flag"), Optional(StoredValue(true)));
+    EXPECT_THAT(store.List(), SizeIs(3));
+}
+
+TEST_F(AValueStore, gives_no_integer_that_an_int_cannot_hold)
+{
+    ValueStore store(Path(), 0600);
+    store.Set("number", int64_t{1} << 40);
+    EXPECT_EQ(Platform::GetAsInt(store, "number"), std::nullopt);
+    store.Set("number", int64_t{-5});
+    EXPECT_THAT(Platform::GetAsInt(store, "number"), Optional(-5));
+}
+
+TEST_F(AValueStore, tells_when_there_is_nothing_to_unset)
+{
+    ValueStore store(Path(), 0600);
+    store.Set("key", true);
+    EXPECT_EQ(store.Unset("key"), 0);
+    EXPECT_NE(store.Unset("key"), 0);
+    EXPECT_EQ(store.Get("key"), std::nullopt);
+}
+
+TEST_F(AValueStore, makes_its_file_for_its_owner_alone)
+{
+    ValueStore store(Path(), 0600);
+    store.Set("key", true);
+    struct stat info {};
+    ASSERT_EQ(stat(Path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
+}
+
+TEST_F(AValueStore, sets_a_damaged_file_aside_and_begins_anew)
+{
+    Damage();
+    ValueStore store(Path(), 0600);
+    EXPECT_EQ(store.Get("key"), std::nullopt);
+    EXPECT_EQ(store.Set("key", true), 0);
+    EXPECT_THAT(store.Get("key"), Optional(StoredValue(true)));
+    EXPECT_EQ(SetAside(), 1);
+}
+
+TEST_F(AValueStore, follows_a_file_that_another_process_began_anew)
+{
+    ValueStore store(Path(), 0600);
+    store.Set("key", std::string("old"));
+    std::filesystem::rename(Path(), Path() + ".away");
+    for (const char* suffix : {"-wal", "-shm"}) std::filesystem::remove(Path() + suffix);
+    ValueStore(Path(), 0600).Set("key", std::string("new"));
+    EXPECT_THAT(store.Get("key"), Optional(StoredValue(std::string("new"))));
+}
+
+TEST_F(AValueStore, takes_keys_that_are_no_utf8)
+{
+    ValueStore store(Path(), 0600);
+    store.Set("\xff", true);
+    EXPECT_THAT(store.Get("\xff"), Optional(StoredValue(true)));
+}
+
+TEST_F(AValueStore, says_no_where_it_cannot_write)
+{
+    ValueStore store("/proc/values.db", 0600);
+    EXPECT_NE(store.Set("key", true), 0);
+    EXPECT_EQ(store.Get("key"), std::nullopt);
+}
+
+}  // namespace
