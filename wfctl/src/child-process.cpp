@@ -1,0 +1,153 @@
+#include "child-process.h"
+
+#include <dirent.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern "C" {
+#include <sys/pidfd.h>  // of glibc 2.36, which declares its functions as C++
+}
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+
+extern char** environ;
+
+namespace Wfctl {
+
+namespace {
+
+struct ProcStat {
+    pid_t parent = 0;
+    uint64_t startTime = 0;
+};
+
+// /proc/PID/stat; nothing when the process is gone.
+ProcStat ReadProcStat(pid_t pid)
+{
+    std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    // The name in parentheses may hold anything; the fields are counted from its end.
+    const auto close = text.rfind(')');
+    if (close == std::string::npos) return {};
+    std::istringstream fields(text.substr(close + 1));
+    constexpr int kParentField = 4;
+    constexpr int kStartTimeField = 22;
+    ProcStat stat;
+    std::string word;
+    for (int field = 3; field <= kStartTimeField && fields >> word; ++field) {
+        if (field == kParentField) stat.parent = static_cast<pid_t>(std::strtol(word.c_str(), nullptr, 10));
+        if (field == kStartTimeField) stat.startTime = std::strtoull(word.c_str(), nullptr, 10);
+    }
+    return stat;
+}
+
+}  // namespace
+
+ProcessMark MarkOf(pid_t pid)
+{
+    return {pid, ReadProcStat(pid).startTime};
+}
+
+Platform::UniqueFd OpenProcess(const ProcessMark& process)
+{
+    if (process.pid <= 0) return {};
+    Platform::UniqueFd fd(pidfd_open(process.pid, 0));
+    // Looked at after it is held: from here on the number cannot become another process's.
+    if (fd && ReadProcStat(process.pid).startTime != process.startTime) fd.Reset();
+    return fd;
+}
+
+bool AwaitEnd(const Platform::UniqueFd& process, Milliseconds most)
+{
+    const auto deadline = std::chrono::steady_clock::now() + most;
+    pollfd poller{process.Get(), POLLIN, 0};
+    for (;;) {
+        const auto left =
+            std::chrono::ceil<Milliseconds>(deadline - std::chrono::steady_clock::now()).count();
+        const int code = poll(&poller, 1, left > 0 ? static_cast<int>(left) : 0);
+        if (code > 0) return true;
+        if (code == 0) return false;
+        if (errno != EINTR) return true;
+    }
+}
+
+void SendSignal(const Platform::UniqueFd& process, int signal)
+{
+    if (process) pidfd_send_signal(process.Get(), signal, nullptr, 0);
+}
+
+void EndProcess(const Platform::UniqueFd& process, Milliseconds patience)
+{
+    if (!process) return;
+    SendSignal(process, SIGTERM);
+    if (AwaitEnd(process, patience)) return;
+    SendSignal(process, SIGKILL);
+    AwaitEnd(process, Milliseconds(5000));
+}
+
+std::vector<ProcessMark> DescendantsOf(pid_t pid)
+{
+    std::multimap<pid_t, ProcessMark> children;
+    if (DIR* proc = opendir("/proc")) {
+        while (const dirent* entry = readdir(proc)) {
+            const auto number = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
+            if (number <= 0) continue;
+            const ProcStat stat = ReadProcStat(number);
+            if (stat.startTime != 0) children.emplace(stat.parent, ProcessMark{number, stat.startTime});
+        }
+        closedir(proc);
+    }
+    std::vector<ProcessMark> found;
+    std::vector<pid_t> parents{pid};
+    for (std::size_t at = 0; at < parents.size(); ++at) {
+        const auto [begin, end] = children.equal_range(parents[at]);
+        for (auto child = begin; child != end; ++child) {
+            found.push_back(child->second);
+            parents.push_back(child->second.pid);
+        }
+    }
+    return found;
+}
+
+std::string ProgramOf(pid_t pid)
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe", error).string();
+}
+
+std::string FindProgram(const std::string& name)
+{
+    const char* path = std::getenv("PATH");
+    std::istringstream folders(path ? path : "/usr/local/bin:/usr/bin:/bin");
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        const std::string program = (folder.empty() ? "." : folder) + "/" + name;
+        if (access(program.c_str(), X_OK) == 0) return program;
+    }
+    return {};
+}
+
+int RunProgram(const std::string& program, std::vector<std::string> arguments)
+{
+    std::string name = program;
+    std::vector<char*> words{name.data()};
+    for (std::string& argument : arguments) words.push_back(argument.data());
+    words.push_back(nullptr);
+    pid_t pid = 0;
+    if (posix_spawn(&pid, program.c_str(), nullptr, nullptr, words.data(), environ) != 0) return -1;
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0) {
+        if (errno != EINTR) return -1;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace Wfctl

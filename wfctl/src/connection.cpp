@@ -1,0 +1,135 @@
+#include "connection.h"
+
+#include <csignal>
+#include <cstring>
+#include <utility>
+
+#include "application-table.h"
+#include "event-loop-sdevent.h"
+#include "exit-status.h"
+
+namespace Wfctl {
+
+namespace {
+
+constexpr uint64_t kDriverTimeoutUsec = 5'000'000;
+constexpr char kHowToStart[] = "type: wfctl up --root DIR && . DIR/watch.env";
+
+using Clock = std::chrono::steady_clock;
+
+uint64_t Microseconds(Seconds time)
+{
+    return static_cast<uint64_t>(time.count() * 1e6);
+}
+
+}  // namespace
+
+Connection::Connection() : mAddress(Platform::BusAddress())
+{
+    const int numbers[] = {SIGINT, SIGTERM};
+    for (int i = 0; i < 2; ++i) {
+        sigset_t set;
+        sigemptyset(&set);
+        sigaddset(&set, numbers[i]);
+        sigprocmask(SIG_BLOCK, &set, nullptr);
+        sd_event_source* source = nullptr;
+        const auto interrupt = [](sd_event_source*, const signalfd_siginfo*, void* self) {
+            static_cast<Connection*>(self)->mInterrupted = true;
+            return 0;
+        };
+        sd_event_add_signal(Platform::MainLoop(), &source, numbers[i], interrupt, this);
+        mSignals[i].reset(source);
+    }
+    std::string error;
+    mBus = Platform::Bus::Open(
+        mAddress, Platform::MainLoop(), [this] { mLost = true; }, &error);
+    if (!mBus)
+        throw Stop(Exit::kNoWatch, "no watch is running: no bus answers at " + error + "; " + kHowToStart);
+}
+
+Connection::~Connection() = default;
+
+bool Connection::RunUntil(const std::function<bool()>& done, Seconds most)
+{
+    const auto deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(most);
+    while (!done()) {
+        uint64_t left = UINT64_MAX;
+        if (most.count() >= 0) {
+            const Seconds time = deadline - Clock::now();
+            if (time.count() <= 0) return false;
+            left = Microseconds(time) + 1;
+        }
+        if (const int code = sd_event_run(Platform::MainLoop(), left); code < 0) {
+            throw Stop(Exit::kError, std::string("the loop ended: ") + std::strerror(-code));
+        }
+        if (mInterrupted) throw Stop(Exit::kInterrupted, "");
+        if (mLost) throw Stop(Exit::kNoWatch, "the bus at [" + mAddress + "] is gone; " + kHowToStart);
+    }
+    return true;
+}
+
+Answer Connection::Call(sd_bus_message* call, Seconds most)
+{
+    Answer answer;
+    int code = 0;
+    const auto take = [&answer](sd_bus_message* message) {
+        answer.message.reset(sd_bus_message_ref(message));
+        if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
+            answer.errorName = error->name ? error->name : "";
+            answer.errorText = error->message ? error->message : "";
+        }
+    };
+    const uint64_t timeout = most.count() < 0 ? UINT64_MAX : Microseconds(most);
+    const auto slot = Platform::CallAsync(Get(), call, timeout, take, &code);
+    if (!slot)
+        throw Stop(Exit::kError, std::string("the message could not be sent: ") + std::strerror(-code));
+    RunUntil([&answer] { return answer.message != nullptr; }, most);
+    return answer;
+}
+
+Platform::MessagePtr Connection::DriverCall(const char* member, const char* argument)
+{
+    Platform::BusError error;
+    sd_bus_message* raw = nullptr;
+    sd_bus_message* answer = nullptr;
+    int code = sd_bus_message_new_method_call(Get(), &raw, Platform::kDriver, Platform::kDriverPath,
+                                              Platform::kDriver, member);
+    const Platform::MessagePtr call(raw);
+    if (code >= 0 && argument) code = sd_bus_message_append(raw, "s", argument);
+    if (code >= 0) code = sd_bus_call(Get(), raw, kDriverTimeoutUsec, error.Out(), &answer);
+    return Platform::MessagePtr(answer);
+}
+
+std::optional<uint32_t> Connection::ProcessBehind(const std::string& name)
+{
+    const auto answer = DriverCall("GetConnectionUnixProcessID", name.c_str());
+    uint32_t pid = 0;
+    if (!answer || sd_bus_message_read(answer.get(), "u", &pid) < 0) return std::nullopt;
+    return pid;
+}
+
+bool Connection::CanBeStarted(const std::string& name)
+{
+    const auto answer = DriverCall("ListActivatableNames", nullptr);
+    if (!answer || sd_bus_message_enter_container(answer.get(), 'a', "s") < 0) return false;
+    const char* activatable = nullptr;
+    while (sd_bus_message_read_basic(answer.get(), 's', &activatable) > 0) {
+        if (name == activatable) return true;
+    }
+    return false;
+}
+
+void Connection::RoundTrip()
+{
+    DriverCall("GetId", nullptr);
+}
+
+void RequireService(Connection& connection)
+{
+    const std::string id(Platform::kServiceId);
+    if (connection.ProcessBehind(id) || connection.CanBeStarted(id)) return;
+    throw Stop(Exit::kNoWatch, "no watch is running: the bus at [" + connection.Address() + "] knows no " +
+                                   id + "; " + kHowToStart);
+}
+
+}  // namespace Wfctl

@@ -1,0 +1,153 @@
+// The watch's faces: list, current, set.
+
+#include <algorithm>
+#include <memory>
+
+#include "application-table.h"
+#include "connection.h"
+#include "exit-status.h"
+#include "faces.h"
+#include "json-text.h"
+#include "peer.h"
+#include "platform-keys-sdbus.h"
+#include "private-watch.h"
+#include "verb-table.h"
+
+namespace Wfctl {
+
+namespace {
+
+constexpr double kSetPatience = 10;
+
+struct SetArguments {
+    std::string name;
+    std::string as = "com.corvane.watch-utils.setting-list";
+    double timeout = kSetPatience;
+};
+
+bool IsCurrent(const Current& current, const std::string& name)
+{
+    return current.app == Platform::kFacesId && current.face == name;
+}
+
+Json FaceJson(const Face& face, const Current& current)
+{
+    return Json::object({
+        {"name",    BytesToJson(face.name)                    },
+        {"title",   BytesToJson(TitleOf(face.ResultXml()))    },
+        {"area",    face.writable ? "read-write" : "read-only"},
+        {"shipped", face.shipped                              },
+        {"current", IsCurrent(current,                          face.name)},
+        {"preview",         face.hasPreview ? BytesToJson(face.Preview()) : Json(nullptr)                                          }
+    });
+}
+
+void PrintFaces(const std::vector<Face>& faces, const Current& current)
+{
+    std::size_t width = 0;
+    for (const Face& face : faces) width = std::max(width, face.name.size());
+    const bool color = WantsColor();
+    for (const Face& face : faces) {
+        std::string name = face.name;
+        name.resize(width, ' ');
+        const bool isCurrent = IsCurrent(current, face.name);
+        if (isCurrent && color) name = "\033[1m" + name + "\033[0m";
+        PrintLine((isCurrent ? "* " : "  ") + name + (face.writable ? "  read-write" : "  read-only ") +
+                  (face.hasPreview ? "  preview     " : "  no preview  ") + TitleOf(face.ResultXml()));
+    }
+}
+
+Exit List(const Options& options)
+{
+    SelectWatch(options.root);
+    Connection connection;
+    RequireService(connection);
+    const std::vector<Face> faces = ListFaces();
+    const Current current = CurrentFace();
+    if (options.json) {
+        Json array = Json::array();
+        for (const Face& face : faces) array.push_back(FaceJson(face, current));
+        PrintLine(JsonLine(array));
+    } else {
+        PrintFaces(faces, current);
+    }
+    return Exit::kDone;
+}
+
+Exit PrintCurrent(const Options& options)
+{
+    SelectWatch(options.root);
+    Connection connection;
+    RequireService(connection);
+    const Current current = CurrentFace();
+    if (options.json) {
+        PrintLine(JsonLine(Json::object({
+            {"app",  BytesToJson(current.app) },
+            {"face", BytesToJson(current.face)}
+        })));
+    }
+    if (current.app.empty()) throw Stop(Exit::kNotFound, "no clock is set yet; type: wfctl set NAME");
+    if (!options.json) {
+        PrintLine("clock: " + current.app);
+        // The key keeps the last face while another clock application is shown.
+        PrintLine((current.app == Platform::kFacesId ? "face:  " : "face:  (not shown) ") + current.face);
+    }
+    return Exit::kDone;
+}
+
+Exit Set(const Options& options, const SetArguments& arguments)
+{
+    const PeerAddress self = ParsePeer(arguments.as, true);
+    SelectWatch(options.root);
+    Connection connection;
+    RequireService(connection);
+    if (!FindFace(arguments.name)) {
+        throw Stop(Exit::kNotFound, "there is no watch face [" + arguments.name + "]; type: wfctl list");
+    }
+    Platform::ValueStore keys(Platform::KeysPath(), 0660);
+    bool announced = false;
+    // The name is written last, and announced also when it is the one that was there.
+    const auto watch =
+        Platform::WatchKey(connection.Get(), kWatchfaceNameKey, [&announced] { announced = true; });
+    connection.RoundTrip();
+    Peer peer(connection, self, true, {});
+    const Platform::BundlePtr message(bundle_create());
+    message->Set("type", std::string("watch-idle-changed"));
+    message->Set("pkgid", arguments.name);
+    peer.Send(ParsePeer(std::string(Platform::kServiceId), true), true, *message);
+    const auto isSet = [&] { return announced && IsCurrent(CurrentFace(keys), arguments.name); };
+    if (!connection.RunUntil(isSet, Seconds(arguments.timeout))) {
+        throw Stop(Exit::kNoAnswer, "the service did not make [" + arguments.name +
+                                        "] the current watch face in time; its log says why");
+    }
+    if (options.json)
+        PrintLine(JsonLine(Json::object({
+            {"current", BytesToJson(arguments.name)}
+        })));
+    return Exit::kDone;
+}
+
+}  // namespace
+
+Action DefineList(CLI::App&)
+{
+    return List;
+}
+Action DefineCurrent(CLI::App&)
+{
+    return PrintCurrent;
+}
+
+Action DefineSet(CLI::App& parser)
+{
+    const auto arguments = std::make_shared<SetArguments>();
+    parser.add_option("NAME", arguments->name, "the watch face")->required();
+    parser.add_option("--as", arguments->as, "the application that asks (default: the settings list)")
+        ->type_name("APP");
+    parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 10 s)")
+        ->type_name("S")
+        ->check(CLI::NonNegativeNumber);
+    return [arguments](const Options& options) { return Set(options, *arguments); };
+}
+
+}  // namespace Wfctl

@@ -1,0 +1,132 @@
+#include "json-text.h"
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include "exit-status.h"
+#include "utf8.h"
+
+namespace Wfctl {
+
+namespace {
+
+std::string Base64(const std::string& bytes)
+{
+    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (std::size_t at = 0; at < bytes.size(); at += 3) {
+        uint32_t group = 0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            group = group << 8 | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
+        }
+        for (std::size_t i = 0; i < 4; ++i) {
+            text += at + i <= bytes.size() ? kDigits[group >> (18 - 6 * i) & 63] : '=';
+        }
+    }
+    return text;
+}
+
+template <typename Values, typename ToText>
+Json ObjectOf(const Values& values, ToText&& toJson)
+{
+    Json object = Json::object();
+    for (const auto& [key, value] : values) object[key] = toJson(value);
+    return object;
+}
+
+Json ArrayOf(const std::vector<std::string>& strings)
+{
+    Json array = Json::array();
+    for (const std::string& text : strings) array.push_back(BytesToJson(text));
+    return array;
+}
+
+}  // namespace
+
+std::string JsonLine(const Json& value)
+{
+    std::string text;
+    const auto append = [&text](const std::string& item) {
+        if (text.size() > 1) text += ", ";
+        text += item;
+    };
+    if (value.is_object()) {
+        text = "{";
+        for (const auto& [key, held] : value.items()) append(Json(key).dump() + ": " + JsonLine(held));
+        return text + "}";
+    }
+    if (value.is_array()) {
+        text = "[";
+        for (const Json& held : value) append(JsonLine(held));
+        return text + "]";
+    }
+    return value.dump();
+}
+
+Json BytesToJson(const std::string& bytes)
+{
+    if (Platform::IsUtf8(bytes)) return bytes;
+    return Json::object({
+        {"base64", Base64(bytes)}
+    });
+}
+
+Json BundleToJson(const bundle& message)
+{
+    return ObjectOf(message.values, [](const bundle::Value& value) {
+        const auto* text = std::get_if<std::string>(&value);
+        return text ? BytesToJson(*text) : ArrayOf(std::get<Platform::StringArrayValue>(value).strings);
+    });
+}
+
+Json LaunchDataToJson(const Platform::LaunchData& extra)
+{
+    return ObjectOf(extra, [](const Platform::LaunchValue& value) {
+        const auto* text = std::get_if<std::string>(&value);
+        return text ? BytesToJson(*text) : ArrayOf(std::get<std::vector<std::string>>(value));
+    });
+}
+
+Json ValueToJson(const Platform::StoredValue& value)
+{
+    if (const auto* text = std::get_if<std::string>(&value)) return BytesToJson(*text);
+    if (const auto* number = std::get_if<int64_t>(&value)) return *number;
+    return std::get<bool>(value);
+}
+
+Json MessageToJson(const std::string& app, const std::string& port, const bundle& message)
+{
+    return Json::object({
+        {"from",   app                  },
+        {"port",   port                 },
+        {"bundle", BundleToJson(message)}
+    });
+}
+
+std::string ValueText(const Platform::StoredValue& value)
+{
+    if (const auto* text = std::get_if<std::string>(&value)) return *text;
+    if (const auto* number = std::get_if<int64_t>(&value)) return std::to_string(*number);
+    return std::get<bool>(value) ? "true" : "false";
+}
+
+void PrintLine(const std::string& line)
+{
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
+    if (std::fflush(stdout) != 0) throw Stop(Exit::kError, "stdout cannot be written");
+}
+
+bool WantsColor()
+{
+    const char* noColor = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    if (noColor && *noColor) return false;
+    return isatty(STDOUT_FILENO) && terminal && std::string_view(terminal) != "dumb";
+}
+
+}  // namespace Wfctl

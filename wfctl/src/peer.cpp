@@ -1,0 +1,131 @@
+#include "peer.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "exit-status.h"
+
+namespace Wfctl {
+
+namespace {
+
+// The bus may have to start the receiver first.
+constexpr Seconds kSendPatience{25};
+
+constexpr std::string_view kPlatformError = "com.corvane.platform.Error.";
+constexpr std::string_view kBusError = "org.freedesktop.DBus.Error.";
+
+struct ErrorMeaning {
+    std::string_view name;  // behind kPlatformError or kBusError
+    Exit status;
+    const char* text;
+};
+
+constexpr ErrorMeaning kMeanings[] = {
+    {"NotTrusted",     Exit::kNotPermitted, "does not trust the sender"                       },
+    {"NoSuchPort",     Exit::kNotFound,     "has no such port; `wfctl status` says what runs" },
+    {"InvalidBundle",  Exit::kError,        "refused the message"                             },
+    {"QueueFull",      Exit::kError,        "has too many messages waiting; try again"        },
+    {"ServiceUnknown", Exit::kNotFound,     "is not running and cannot be started on this bus"},
+    {"NameHasNoOwner", Exit::kNotFound,     "is not running"                                  },
+    {"AccessDenied",   Exit::kNotPermitted, "may not be spoken to by this user"               },
+    {"NoReply",        Exit::kNoAnswer,     "did not answer in time"                          },
+    {"Timeout",        Exit::kNoAnswer,     "did not answer in time"                          },
+    {"TimedOut",       Exit::kNoAnswer,     "did not start in time"                           },
+    {"UnknownMethod",  Exit::kNotFound,     "takes no messages"                               },
+    {"UnknownObject",  Exit::kNotFound,     "takes no messages"                               },
+};
+
+bool IsUnknown(const Answer& answer)
+{
+    return answer.errorName.starts_with(kBusError) &&
+           (answer.errorName.ends_with(".UnknownMethod") || answer.errorName.ends_with(".UnknownObject") ||
+            answer.errorName.ends_with(".UnknownInterface"));
+}
+
+}  // namespace
+
+void StopFor(const Answer& answer, const PeerAddress& to, const std::string& self)
+{
+    const std::string whom = "[" + to.app + (to.port.empty() ? "" : ":" + to.port) + "] ";
+    if (!answer.message) throw Stop(Exit::kNoAnswer, whom + "did not answer in time");
+    std::string_view name = answer.errorName;
+    for (const std::string_view prefix : {kPlatformError, kBusError}) {
+        if (name.starts_with(prefix)) name.remove_prefix(prefix.size());
+    }
+    for (const ErrorMeaning& meaning : kMeanings) {
+        if (meaning.name != name) continue;
+        throw Stop(meaning.status, whom + meaning.text + " (as " + (self.empty() ? "nobody" : self) +
+                                       "): " + answer.errorText);
+    }
+    throw Stop(Exit::kError, whom + "failed: " + answer.errorText + " (" + answer.errorName + ")");
+}
+
+Peer::Peer(Connection& connection, PeerAddress self, bool trusted, Callback callback)
+    : mConnection(connection), mSelf(std::move(self)), mCallback(std::move(callback))
+{
+    mPorts = std::make_unique<Platform::MessagePorts>(connection.Bus(), mSelf.app);
+    if (TakeNames(trusted)) return;
+    mPorts.reset();
+    mRelayClient = std::make_unique<RelayClient>(connection, mSelf.app, mCallback);
+}
+
+Peer::~Peer() = default;
+
+// The port's name first and the application's last, so that whoever waits for the application finds its port.
+bool Peer::TakeNames(bool trusted)
+{
+    std::string name;
+    int code = 0;
+    if (!mSelf.port.empty()) {
+        const auto receive = [this](int, const std::string& app, const std::string& port, bool,
+                                    bundle* message) {
+            if (mRelayServer) mRelayServer->Received(app, port, *message);
+            if (mCallback) mCallback(app, port, *message);
+        };
+        mPort = mPorts->Open(mSelf.port, trusted, receive);
+    }
+    code = mPorts->Announce(&name);
+    if (code >= 0) code = mConnection.Bus().RequestName(name = mSelf.app);
+    if (code >= 0) return true;
+    if (mPort > 0) mPorts->Close(mPort);
+    if (code == -EEXIST) return false;
+    if (code == -EACCES || code == -EPERM) {
+        throw Stop(Exit::kNotPermitted, "this user may not be [" + mSelf.app + "] on this bus");
+    }
+    throw Stop(Exit::kError, "the name [" + name + "] could not be taken: " + std::strerror(-code));
+}
+
+void Peer::OfferRelay()
+{
+    mRelayServer = std::make_unique<RelayServer>(mConnection, mSelf);
+}
+
+Answer Peer::SendOwn(const PeerAddress& to, bool trusted, const bundle& message)
+{
+    int code = 0;
+    const auto call = Platform::NewPortMessage(mConnection.Get(), to.app, to.port, trusted, mSelf.app,
+                                               mSelf.port, message, true, &code);
+    if (code == -EMSGSIZE) throw Stop(Exit::kError, "the message is larger than 8 MiB, which no port takes");
+    if (!call) throw Stop(Exit::kError, std::string("the message cannot be sent: ") + std::strerror(-code));
+    return mConnection.Call(call.get(), kSendPatience);
+}
+
+void Peer::Send(const PeerAddress& to, bool trusted, const bundle& message)
+{
+    if (to.port.empty()) throw Stop(Exit::kUsage, "which port of [" + to.app + "]? say APP:PORT");
+    const Answer answer =
+        HasNames() ? SendOwn(to, trusted, message) : mRelayClient->Send(to, trusted, message, kSendPatience);
+    if (answer.Good()) return;
+    if (!HasNames() && IsUnknown(answer)) {
+        const auto pid = mConnection.ProcessBehind(mSelf.app);
+        throw Stop(Exit::kError, "[" + mSelf.app + "] is another program" +
+                                     (pid ? " (pid " + std::to_string(*pid) + ")" : std::string()) +
+                                     ", so wfctl cannot speak as it; end it or use another --as");
+    }
+    StopFor(answer, to, mSelf.app);
+}
+
+}  // namespace Wfctl

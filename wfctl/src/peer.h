@@ -1,0 +1,52 @@
+// wfctl as an application: it owns the application's names while it lives, sends as it, and receives.
+
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "arguments.h"
+#include "connection.h"
+#include "message-port-sdbus.h"
+#include "relay.h"
+
+namespace Wfctl {
+
+class Peer {
+public:
+    using Callback = RelayClient::Callback;
+
+    // Takes the names of `self` (its port may be empty). When another process has them, that one is asked to
+    // send instead, and then what it receives goes to `callback` too. `callback` may be empty.
+    Peer(Connection& connection, PeerAddress self, bool trusted, Callback callback);
+    ~Peer();
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+
+    bool HasNames() const { return mPorts != nullptr; }
+
+    // Offers the relay to others of the same user.
+    void OfferRelay();
+
+    // Sends and waits until the receiver has taken the message; stops with the fitting status when it was
+    // refused.
+    void Send(const PeerAddress& to, bool trusted, const bundle& message);
+
+private:
+    bool TakeNames(bool trusted);
+    Answer SendOwn(const PeerAddress& to, bool trusted, const bundle& message);
+
+    Connection& mConnection;
+    const PeerAddress mSelf;
+    Callback mCallback;
+    int mPort = 0;
+    std::unique_ptr<RelayServer> mRelayServer;
+    std::unique_ptr<RelayClient> mRelayClient;
+    std::unique_ptr<Platform::MessagePorts> mPorts;  // last: no message arrives while the rest is destroyed
+};
+
+// What a failed call means to the user of wfctl.
+[[noreturn]] void StopFor(const Answer& answer, const PeerAddress& to, const std::string& self);
+
+}  // namespace Wfctl

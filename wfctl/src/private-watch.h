@@ -1,0 +1,70 @@
+// A private watch: a folder DIR with the watch's data, and a bus of its own.
+//
+// What lies in DIR: watch.env (for people: sourced by a shell), watch.state (for wfctl: the same and the
+// processes), watch.log (every program's log), watch.lock (held while `up` or `down` works), and the data.
+// The bus's socket and its generated files lie in a *run folder* with a short name, because a socket's path
+// may have 107 bytes only.
+
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "child-process.h"
+#include "unique-fd.h"
+
+namespace Wfctl {
+
+struct WatchPaths {
+    std::string root;  // absolute, without links
+    std::string Env() const { return root + "/watch.env"; }
+    std::string State() const { return root + "/watch.state"; }
+    std::string Log() const { return root + "/watch.log"; }
+    std::string Lock() const { return root + "/watch.lock"; }
+};
+
+struct WatchState {
+    std::string root;
+    std::string resources;
+    std::string runFolder;
+    ProcessMark supervisor;
+    ProcessMark bus;
+
+    std::string Socket() const { return runFolder + "/bus"; }
+    std::string BusConfig() const { return runFolder + "/bus.conf"; }
+    std::string Services() const { return runFolder + "/services"; }
+    std::string Address() const { return "unix:path=" + Socket(); }
+};
+
+// 'text' as one word of a shell.
+std::string ShellQuoted(const std::string& text);
+
+// Lines NAME='…', with or without "export" in front; what is not such a line is left out.
+std::map<std::string, std::string> ParseShellAssignments(const std::string& text);
+
+// The watch below DIR, which exists.
+WatchPaths PathsOf(const std::string& dir);
+
+std::optional<WatchState> ReadState(const WatchPaths& paths);
+void WriteState(const WatchState& state);
+void WriteEnv(const WatchState& state);
+
+// Makes the run folder with the bus's configuration and one activation file for every application that has a
+// program below `libexec`.
+std::string MakeRunFolder();
+std::string BusConfigText(const WatchState& state);
+std::string ActivationFileText(const std::string& appId, const std::string& program);
+void WriteBusFiles(const WatchState& state, const std::string& libexec);
+
+// Removes what `up` made: the run folder, watch.env and watch.state. Never data.
+void RemoveRunFiles(const WatchPaths& paths, const WatchState& state);
+
+// Held while the watch is brought up or taken down.
+Platform::UniqueFd LockWatch(const WatchPaths& paths);
+
+// Takes the watch below DIR for this process; without DIR it is that of the environment. Stops with
+// Exit::kNoWatch when none is up below DIR.
+void SelectWatch(const std::string& dir);
+
+}  // namespace Wfctl

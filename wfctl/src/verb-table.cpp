@@ -1,0 +1,235 @@
+#include "verb-table.h"
+
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+namespace Wfctl {
+
+namespace {
+
+// clang-format off
+constexpr Verb kVerbs[] = {
+    {"up", "--root DIR [--resources DIR]",
+     "bring up a private watch: own bus, databases and areas below DIR",
+     "wfctl up --root /tmp/watch && . /tmp/watch/watch.env", DefineUp},
+    {"down", "--root DIR",
+     "take down what `up` started; the watch's data stays",
+     "wfctl down --root /tmp/watch", DefineDown},
+    {"status", "",
+     "what is running, on which bus, and which trust holds there",
+     "wfctl status --json", DefineStatus},
+    {"list", "",
+     "the watch faces: area, title, whether current, whether it has a preview",
+     "wfctl list", DefineList},
+    {"current", "",
+     "the current clock application and watch face",
+     "wfctl current", DefineCurrent},
+    {"set", "NAME [--as APP] [--timeout S]",
+     "make a watch face the current one, as the settings list does",
+     "wfctl set com.corvane.watchface-mirel-c1", DefineSet},
+    {"install", "RESULT.xml [--name NAME] [--icon PNG] [--label TEXT] [--as APP] [--no-wait] [--timeout S]",
+     "install a watch face, as the phone-side manager does, and wait for its preview",
+     "wfctl install my-face_result.xml --label 'My face'", DefineInstall},
+    {"update", "RESULT.xml [--name NAME] [--icon PNG] [--label TEXT] [--as APP] [--no-wait] [--timeout S]",
+     "update a watch face and wait for its preview",
+     "wfctl update com.corvane.watchface-mirel-c1_result.xml --as com.corvane.watchface-editor", DefineUpdate},
+    {"flatten", "RESULT.xml [-o OUT]",
+     "check a result XML and make the flat document from it, without a watch",
+     "wfctl flatten my-face_result.xml -o watchface.xml", DefineFlatten},
+    {"render", "FILE|NAME [-o OUT.png] [--language L] [--hours N] [--timezone TZ] [--size N]",
+     "draw a watch face's preview, without a watch",
+     "wfctl render my-face_result.xml -o my-face.png --language de_DE", DefineRender},
+    {"send", "--as APP[:PORT] APP[:PORT] KEY=VALUE… [--wait S] [--count N] [--untrusted]",
+     "send a message as an application; with --wait print what comes back",
+     "wfctl send --as com.corvane.w-home com.corvane.watchface-service type=watch-idle-changed pkgid=com.corvane.watchface-mirel-c1",
+     DefineSend},
+    {"listen", "--as APP[:PORT] [--count N] [--timeout S] [--untrusted]",
+     "be an application's message port; one JSON line a message",
+     "wfctl listen --as com.corvane.watchface-editor:watch-face-editor::localport --count 1", DefineListen},
+    {"launch", "APP KEY=VALUE… [--as APP] [--wait S]",
+     "send a launch request and print the answer",
+     "wfctl launch com.corvane.watchface-service wfs/req/type=wfs/type/log_query", DefineLaunch},
+    {"key get", "KEY",
+     "print a platform key",
+     "wfctl key get db/wms/clocks_set_idle", DefineKeyGet},
+    {"key set", "KEY VALUE [--type TYPE]",
+     "write a platform key and announce it",
+     "wfctl key set db/retailmode/enabled 1", DefineKeySet},
+    {"key unset", "KEY",
+     "remove a platform key and announce it",
+     "wfctl key unset db/system/language", DefineKeyUnset},
+    {"key list", "",
+     "all platform keys, one KEY=VALUE a line",
+     "wfctl key list --json", DefineKeyList},
+    {"key watch", "KEY… [--count N] [--timeout S]",
+     "print keys whenever they are written",
+     "wfctl key watch db/wms/clocks_set_idle", DefineKeyWatch},
+    {"pref get", "APP KEY",
+     "print a preference of an application",
+     "wfctl pref get com.corvane.watchface-service wfs/pref/initial_preview_update_done", DefinePrefGet},
+    {"pref set", "APP KEY VALUE [--type TYPE]",
+     "write a preference of an application",
+     "wfctl pref set com.corvane.watchface-service my-preference true", DefinePrefSet},
+    {"pref unset", "APP KEY",
+     "remove a preference of an application",
+     "wfctl pref unset com.corvane.watchface-service my-preference", DefinePrefUnset},
+    {"pref list", "APP",
+     "all preferences of an application, one KEY=VALUE a line",
+     "wfctl pref list com.corvane.watchface-service", DefinePrefList},
+    {"setting get", "NAME",
+     "print a system setting: language, country, 24-hour or timezone",
+     "wfctl setting get language", DefineSettingGet},
+    {"setting set", "NAME=VALUE…",
+     "write system settings (also: NAME VALUE)",
+     "wfctl setting set language=de_DE 24-hour=true timezone=Europe/Berlin", DefineSettingSet},
+    {"setting list", "",
+     "all system settings, one NAME=VALUE a line",
+     "wfctl setting list", DefineSettingList},
+    {"setting watch", "[--count N] [--timeout S]",
+     "print system settings whenever they are written",
+     "wfctl setting watch", DefineSettingWatch},
+};
+// clang-format on
+
+constexpr char kExitStatuses[] =
+    "Exit status: 0 done, 1 error or the service said no, 2 usage, 3 no answer in time, 4 not permitted,\n"
+    "  8 no watch running, 9 nothing to do, 10 not found, 130 interrupted.\n";
+
+// The words of the command line, with the options in front of the verb moved behind it.
+std::vector<std::string> VerbFirst(std::vector<std::string> arguments)
+{
+    auto word = arguments.begin();
+    while (word != arguments.end() && word->starts_with("-")) {
+        const bool hasValue = *word == "--root";
+        word += hasValue && std::next(word) != arguments.end() ? 2 : 1;
+    }
+    // One word or two name the verb; the options go behind both.
+    std::size_t length = 0;
+    const std::vector<std::string> rest(word, arguments.end());
+    FindVerb(rest, &length);
+    std::rotate(arguments.begin(), word, word + static_cast<std::ptrdiff_t>(length));
+    return arguments;
+}
+
+int Complain(Exit status, const std::string& text)
+{
+    if (!text.empty()) std::fprintf(stderr, "wfctl: %s\n", text.c_str());
+    return static_cast<int>(status);
+}
+
+int UnknownVerb(const std::vector<std::string>& arguments)
+{
+    if (arguments.empty()) return Complain(Exit::kUsage, "which verb? type: wfctl --help");
+    if (arguments[0] == "--help" || arguments[0] == "-h" || arguments[0] == "help") {
+        std::fputs(OverviewText().c_str(), stdout);
+        return static_cast<int>(Exit::kDone);
+    }
+    if (arguments[0] == "--version") {
+        std::puts("wfctl " WATCH_VERSION);
+        return static_cast<int>(Exit::kDone);
+    }
+    std::string words = arguments[0];
+    std::string known;
+    for (const Verb& verb : kVerbs) {
+        if (verb.name.starts_with(words + " ")) known += (known.empty() ? "" : ", ") + std::string(verb.name);
+    }
+    if (!known.empty()) return Complain(Exit::kUsage, "[" + words + "] takes another word: " + known);
+    return Complain(Exit::kUsage, "there is no verb [" + words + "]; type: wfctl --help");
+}
+
+}  // namespace
+
+std::span<const Verb> Verbs()
+{
+    return kVerbs;
+}
+
+const Verb* FindVerb(std::span<const std::string> words, std::size_t* length)
+{
+    *length = 0;
+    for (const Verb& verb : kVerbs) {
+        const std::size_t count = verb.name.find(' ') == std::string_view::npos ? 1 : 2;
+        if (words.size() < count) continue;
+        const std::string name = count == 1 ? words[0] : words[0] + " " + words[1];
+        if (name != verb.name) continue;
+        *length = count;
+        return &verb;
+    }
+    return nullptr;
+}
+
+std::string OverviewText()
+{
+    std::string text =
+        "usage: wfctl VERB … [--root DIR] [--json]\n\nTalks to a watch, as whichever application you "
+        "say.\n\n";
+    for (const Verb& verb : kVerbs) {
+        std::string name(verb.name);
+        name.resize(std::max<std::size_t>(name.size(), 14), ' ');
+        text += "  " + name + " " + std::string(verb.help) + "\n";
+    }
+    text +=
+        "\n`wfctl VERB --help` tells more. Which watch: that of --root DIR, else of the environment\n"
+        "(DBUS_SESSION_BUS_ADDRESS, WATCH_ROOT, WATCH_RESOURCES, as DIR/watch.env sets them).\n\n";
+    return text + kExitStatuses;
+}
+
+std::string HelpText(const Verb& verb)
+{
+    CLI::App parser;
+    Options options;
+    DefineVerb(verb, parser, options);
+    std::string text = "usage: wfctl " + std::string(verb.name);
+    if (!verb.arguments.empty()) text += " " + std::string(verb.arguments);
+    text += "\n\n" + std::string(verb.help) + "\n\n";
+    for (const CLI::Option* option : parser.get_options()) {
+        std::string name = option->get_name(true, false);
+        if (option->get_items_expected_max() > 0 && !option->get_positional())
+            name += " " + option->get_type_name();
+        name.resize(std::max<std::size_t>(name.size(), 22), ' ');
+        text += "  " + name + " " + option->get_description() + "\n";
+    }
+    return text + "\nExample:\n  " + std::string(verb.example) + "\n\n" + kExitStatuses;
+}
+
+Action DefineVerb(const Verb& verb, CLI::App& parser, Options& options)
+{
+    parser.set_help_flag("-h,--help", "this text");
+    Action action = verb.define(parser);
+    parser.add_option("--root", options.root, "the private watch below this folder")->type_name("DIR");
+    parser.add_flag("--json", options.json, "print JSON");
+    return action;
+}
+
+int RunCommandLine(std::vector<std::string> arguments)
+{
+    arguments = VerbFirst(std::move(arguments));
+    std::size_t length = 0;
+    const Verb* verb = FindVerb(arguments, &length);
+    if (!verb) return UnknownVerb(arguments);
+    CLI::App parser;
+    Options options;
+    try {
+        const Action action = DefineVerb(*verb, parser, options);
+        // The parser takes its words from the end.
+        std::vector<std::string> words(arguments.rbegin(),
+                                       arguments.rend() - static_cast<std::ptrdiff_t>(length));
+        parser.parse(words);
+        return static_cast<int>(action(options));
+    } catch (const CLI::CallForHelp&) {
+        std::fputs(HelpText(*verb).c_str(), stdout);
+        return static_cast<int>(Exit::kDone);
+    } catch (const CLI::ParseError& error) {
+        return Complain(Exit::kUsage,
+                        std::string(error.what()) + "; type: wfctl " + std::string(verb->name) + " --help");
+    } catch (const Stop& stop) {
+        return Complain(stop.Status(), stop.what());
+    } catch (const std::exception& error) {
+        return Complain(Exit::kError, error.what());
+    }
+}
+
+}  // namespace Wfctl

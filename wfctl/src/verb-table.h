@@ -1,0 +1,76 @@
+// The verbs of wfctl, one row each. What `--help` prints is made from the rows, and so is what is parsed.
+
+#pragma once
+
+#include <CLI/App.hpp>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "exit-status.h"
+
+namespace Wfctl {
+
+// What every verb takes.
+struct Options {
+    std::string root;  // of a private watch; empty: the watch of the environment
+    bool json = false;
+};
+
+using Action = std::function<Exit(const Options&)>;
+
+struct Verb {
+    std::string_view name;       // one word or two: "send", "key get"
+    std::string_view arguments;  // as in the usage line, without --root and --json
+    std::string_view help;       // one line
+    std::string_view example;    // a command that works
+    // Adds the verb's arguments to the parser; what it returns runs after they are parsed.
+    Action (*define)(CLI::App& parser);
+};
+
+// In the order in which help lists them.
+std::span<const Verb> Verbs();
+
+// The row that the words begin with, and how many words name it; null when there is none.
+const Verb* FindVerb(std::span<const std::string> words, std::size_t* length);
+
+std::string OverviewText();
+std::string HelpText(const Verb& verb);
+
+// The parser of one verb, with the options that every verb takes.
+Action DefineVerb(const Verb& verb, CLI::App& parser, Options& options);
+
+// Parses and runs; prints what went wrong. The arguments are those behind the program's name.
+int RunCommandLine(std::vector<std::string> arguments);
+
+// Defined by the groups of verbs.
+Action DefineUp(CLI::App&);
+Action DefineDown(CLI::App&);
+Action DefineStatus(CLI::App&);
+Action DefineList(CLI::App&);
+Action DefineCurrent(CLI::App&);
+Action DefineSet(CLI::App&);
+Action DefineInstall(CLI::App&);
+Action DefineUpdate(CLI::App&);
+Action DefineFlatten(CLI::App&);
+Action DefineRender(CLI::App&);
+Action DefineSend(CLI::App&);
+Action DefineListen(CLI::App&);
+Action DefineLaunch(CLI::App&);
+Action DefineKeyGet(CLI::App&);
+Action DefineKeySet(CLI::App&);
+Action DefineKeyUnset(CLI::App&);
+Action DefineKeyList(CLI::App&);
+Action DefineKeyWatch(CLI::App&);
+Action DefinePrefGet(CLI::App&);
+Action DefinePrefSet(CLI::App&);
+Action DefinePrefUnset(CLI::App&);
+Action DefinePrefList(CLI::App&);
+Action DefineSettingGet(CLI::App&);
+Action DefineSettingSet(CLI::App&);
+Action DefineSettingList(CLI::App&);
+Action DefineSettingWatch(CLI::App&);
+
+}  // namespace Wfctl
