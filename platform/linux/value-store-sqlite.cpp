@@ -5,6 +5,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -86,9 +87,10 @@ int ValueStore::OpenOnce()
 {
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(mPath).parent_path(), error);
-    // The mode of a new file is ours, not SQLite's.
-    const UniqueFd file(open(mPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mMode));
-    if (!file) return SQLITE_CANTOPEN;
+    // The mode of a new file is ours, not SQLite's. A file that is there must not be opened: closing it again would
+    // drop the locks that this process holds on it, and another process would take the write-ahead log away.
+    const bool made = bool(UniqueFd(open(mPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mMode)));
+    if (!made && errno != EEXIST) return SQLITE_CANTOPEN;
     sqlite3* raw = nullptr;
     int code = sqlite3_open_v2(mPath.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     mDatabase.reset(raw);
