@@ -19,6 +19,13 @@ double HexByte(std::string_view digits)
     return std::stoi(std::string(digits), nullptr, 16) / 255.0;
 }
 
+Finding Say(const DataUtil::Place& place, std::string_view element, std::string_view text)
+{
+    std::string line = "<";
+    line.append(element).append(">: ").append(text);
+    return {place.line, place.column, std::move(line)};
+}
+
 }  // namespace
 
 Element::Element(const DataUtil::XmlTree& tree, pugi::xml_node node, AttributeRules rules,
@@ -104,14 +111,12 @@ Color Element::PaintOr(std::string_view attribute, Color otherwise) const
 
 Finding Element::At(std::string text) const
 {
-    const DataUtil::Place place = mTree.PlaceOf(mNode, "");
-    return {place.line, place.column, "<" + std::string(mNode.name()) + ">: " + std::move(text)};
+    return Say(mTree.PlaceOf(mNode, ""), mNode.name(), text);
 }
 
 Finding Element::AtAttribute(std::string_view attribute, std::string text) const
 {
-    const DataUtil::Place place = mTree.PlaceOf(mNode, attribute, "");
-    return {place.line, place.column, "<" + std::string(mNode.name()) + ">: " + std::move(text)};
+    return Say(mTree.PlaceOf(mNode, attribute, ""), mNode.name(), text);
 }
 
 }  // namespace Drawing
