@@ -10,3 +10,13 @@ const char kEmbeddedApplicationId[] = \"${id}\";
 " @ONLY)
   target_sources(${target} PRIVATE ${source})
 endfunction()
+
+# watch_late_modules(TARGET FOLDER): TARGET, installed in FOLDER below the prefix, opens the platform's modules
+# late, and they call back into it.
+function(watch_late_modules target folder)
+  file(RELATIVE_PATH modules /${folder} /${CMAKE_INSTALL_LIBDIR}/watch)
+  set_target_properties(${target} PROPERTIES
+    ENABLE_EXPORTS ON
+    BUILD_RPATH ${WATCH_STAGE_MODULES}
+    INSTALL_RPATH $ORIGIN/${modules})
+endfunction()

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cassert>
 #include <chrono>
+#include <ctime>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -193,7 +194,11 @@ class CommonUtilTimer::Impl {
     {
         const uint64_t usec = Platform::Microseconds(state.interval);
         sd_event_source_set_time_accuracy(state.source.get(), usec ? Platform::kTimerAccuracyUsec : 1);
-        sd_event_source_set_time_relative(state.source.get(), usec);
+        // From now, not from when the loop's turn began: the task that starts a timer may have paused.
+        timespec now{};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        const auto nowUsec = static_cast<uint64_t>(now.tv_sec) * 1'000'000 + static_cast<uint64_t>(now.tv_nsec) / 1000;
+        sd_event_source_set_time(state.source.get(), nowUsec + usec);
         sd_event_source_set_enabled(state.source.get(), SD_EVENT_ONESHOT);
     }
     static int Run(sd_event_source*, uint64_t, void* self)

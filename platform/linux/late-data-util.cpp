@@ -1,17 +1,13 @@
 // The data library, opened when the first document is worked on.
 
-#include <string>
-
 #include "data-util.h"
 #include "late-library.h"
-#include "process.h"
 
 namespace {
 
 Platform::LateLibrary& Module()
 {
-    static const std::string path = Platform::InstallPrefix() + "/" WATCH_LIBDIR "/watch/data-util.so";
-    static Platform::LateLibrary library(path.c_str());
+    static Platform::LateLibrary library("data-util.so");  // found along the program's run path
     return library;
 }
 

@@ -89,10 +89,9 @@ int ToJournal(int priority, const char* tag, const std::string& text)
 
 int __dlog_print(log_id_t, int priority, const char* tag, const char* format, ...)
 {
-    static const char* const filter = std::getenv("WATCH_LOG");
-    static const int threshold = Platform::PriorityThreshold(filter ? filter : "");
-    if (priority < threshold) return 0;
-    static const Target target = FindTarget();
+    const char* filter = std::getenv("WATCH_LOG");
+    if (priority < Platform::PriorityThreshold(filter ? filter : "")) return 0;
+    const Target target = FindTarget();
     va_list arguments;
     va_start(arguments, format);
     const std::string text = Platform::LogText(Platform::FormatText(format, arguments));

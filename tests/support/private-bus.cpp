@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <systemd/sd-bus.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -67,8 +68,16 @@ void PrivateBus::AddActivation(const std::string& name, const std::string& comma
 {
     std::ofstream(mFolder.Path() + "/services/" + name + ".service")
         << "[D-BUS Service]\nName=" << name << "\nExec=" << command << "\n";
-    // The daemon watches the folder; asking it to read it now leaves nothing to chance.
-    kill(mDaemon, SIGHUP);
+    sd_bus* bus = nullptr;
+    sd_bus_new(&bus);
+    sd_bus_set_address(bus, mAddress.c_str());
+    sd_bus_set_bus_client(bus, true);
+    sd_bus_start(bus);
+    constexpr char kDriver[] = "org.freedesktop.DBus";
+    const int code = sd_bus_call_method(bus, kDriver, "/org/freedesktop/DBus", kDriver, "ReloadConfig", nullptr,
+                                        nullptr, "");
+    sd_bus_flush_close_unref(bus);
+    if (code < 0) throw std::runtime_error("the bus does not read its folder again");
 }
 
 }  // namespace TestSupport
