@@ -99,7 +99,8 @@ Fonts::~Fonts() = default;
 void Fonts::Open(cairo_t* cr)
 {
     if (!mContext) {
-        mContext.reset(pango_font_map_create_context(pango_cairo_font_map_get_default()));
+        mMap.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
+        mContext.reset(pango_font_map_create_context(mMap.get()));
         const OptionsPtr options(cairo_font_options_create());
         cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
         cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);

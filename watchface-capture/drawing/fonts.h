@@ -54,6 +54,7 @@ public:
 private:
     void Open(cairo_t* cr);
 
+    std::unique_ptr<PangoFontMap, Releases<g_object_unref>> mMap;
     std::unique_ptr<PangoContext, Releases<g_object_unref>> mContext;
     // By font, weight and size in thousandths.
     std::map<std::tuple<std::string, int, int>, double> mDigitMiddles;
