@@ -63,6 +63,8 @@ Platform::UniqueFd OpenProcess(const ProcessMark& process)
     Platform::UniqueFd fd(pidfd_open(process.pid, 0));
     // Looked at after it is held: from here on the number cannot become another process's.
     if (fd && ReadProcStat(process.pid).startTime != process.startTime) fd.Reset();
+    // One that has ended counts as gone, whether or not its parent has noticed.
+    if (fd && AwaitEnd(fd, Milliseconds(0))) fd.Reset();
     return fd;
 }
 

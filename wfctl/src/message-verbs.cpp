@@ -88,8 +88,10 @@ Exit Listen(const Options& options, const ListenArguments& arguments)
     }
     peer.OfferRelay();
     std::fprintf(stderr, "listening as %s:%s\n", self.app.c_str(), self.port.c_str());
-    if (connection.RunUntil(isDone, arguments.timeout < 0 ? kForEver : Seconds(arguments.timeout)))
-        return Exit::kDone;
+    const bool done =
+        connection.RunUntil(isDone, arguments.timeout < 0 ? kForEver : Seconds(arguments.timeout));
+    peer.FinishRelay();
+    if (done) return Exit::kDone;
     if (arguments.count == 0) {
         throw Stop(Exit::kNoAnswer, "the time ran out; " + std::to_string(received) + " messages came");
     }

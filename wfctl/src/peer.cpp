@@ -13,6 +13,7 @@ namespace {
 
 // The bus may have to start the receiver first.
 constexpr Seconds kSendPatience{25};
+constexpr Seconds kRelayPatience{3};
 
 constexpr std::string_view kPlatformError = "com.corvane.platform.Error.";
 constexpr std::string_view kBusError = "org.freedesktop.DBus.Error.";
@@ -101,6 +102,11 @@ bool Peer::TakeNames(bool trusted)
 void Peer::OfferRelay()
 {
     mRelayServer = std::make_unique<RelayServer>(mConnection, mSelf);
+}
+
+void Peer::FinishRelay()
+{
+    if (mRelayServer) mConnection.RunUntil([this] { return !mRelayServer->IsBusy(); }, kRelayPatience);
 }
 
 Answer Peer::SendOwn(const PeerAddress& to, bool trusted, const bundle& message)

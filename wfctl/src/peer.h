@@ -29,6 +29,9 @@ public:
     // Offers the relay to others of the same user.
     void OfferRelay();
 
+    // Waits, for a bounded time, until those who used the relay have their answers.
+    void FinishRelay();
+
     // Sends and waits until the receiver has taken the message; stops with the fitting status when it was
     // refused.
     void Send(const PeerAddress& to, bool trusted, const bundle& message);

@@ -73,9 +73,15 @@ void RelayServer::SendFor(sd_bus_message* call, bool isSameUser)
     const auto onward = Platform::NewPortMessage(mConnection.Get(), app, port, trusted, mSelf.app, mSelf.port,
                                                  *message, true, &code);
     const auto kept = std::shared_ptr<sd_bus_message>(sd_bus_message_ref(call), sd_bus_message_unref);
-    const auto then = [kept](sd_bus_message* answer) { AnswerLike(kept.get(), answer); };
+    const auto then = [this, kept](sd_bus_message* answer) {
+        --mOutstanding;
+        AnswerLike(kept.get(), answer);
+    };
     if (onward) code = Platform::CallDetached(mConnection.Get(), onward.get(), 0, then);
-    if (code < 0) sd_bus_reply_method_errno(call, code, nullptr);
+    if (code < 0)
+        sd_bus_reply_method_errno(call, code, nullptr);
+    else
+        ++mOutstanding;
 }
 
 void RelayServer::Received(const std::string& app, const std::string& port, const bundle& message)
@@ -89,9 +95,11 @@ void RelayServer::Received(const std::string& app, const std::string& port, cons
         if (code >= 0) code = Platform::AppendBundle(raw, message);
         // A follower that is gone does not answer.
         const auto then = [this, follower](sd_bus_message* answer) {
+            --mOutstanding;
             if (sd_bus_message_get_error(answer)) mFollowers.erase(follower);
         };
-        if (code >= 0) Platform::CallDetached(mConnection.Get(), raw, kForwardTimeoutUsec, then);
+        if (code >= 0) code = Platform::CallDetached(mConnection.Get(), raw, kForwardTimeoutUsec, then);
+        if (code >= 0) ++mOutstanding;
     }
 }
 

@@ -25,6 +25,9 @@ public:
     RelayServer(const RelayServer&) = delete;
     RelayServer& operator=(const RelayServer&) = delete;
 
+    // Whether somebody still waits for what was sent in its name, or for what was passed on.
+    bool IsBusy() const { return mOutstanding > 0; }
+
     // Passes a received message on to the followers.
     void Received(const std::string& app, const std::string& port, const bundle& message);
 
@@ -35,6 +38,7 @@ private:
     Connection& mConnection;
     const PeerAddress mSelf;
     std::set<std::string> mFollowers;  // unique names
+    unsigned mOutstanding = 0;         // calls whose answer has not come
     Platform::SlotPtr mObject;
 };
 

@@ -50,12 +50,6 @@ std::string RequiredRoot(const Options& options, const char* verb)
     throw Stop(Exit::kUsage, std::string("which watch? type: wfctl ") + verb + " --root DIR");
 }
 
-// Whether anything of the watch still runs.
-bool IsUp(const WatchState& state)
-{
-    return OpenProcess(state.supervisor) || OpenProcess(state.bus);
-}
-
 WatchPaths MakeRoot(const std::string& dir)
 {
     std::error_code error;
@@ -187,11 +181,11 @@ Exit Up(const Options& options, const UpArguments& arguments)
     const WatchPaths paths = MakeRoot(dir);
     const UniqueFd lock = LockWatch(paths);
     if (const auto old = ReadState(paths)) {
-        if (IsUp(*old)) {
+        if (OpenProcess(old->supervisor)) {
             throw Stop(Exit::kNothingToDo,
                        "already up: [" + paths.root + "]; type: . " + ShellQuoted(paths.Env()));
         }
-        RemoveRunFiles(paths, *old);
+        TakeDown(paths, *old);  // whatever a killed supervisor left
     }
     state.root = paths.root;
     state.runFolder = MakeRunFolder();
