@@ -1,0 +1,143 @@
+"""A private watch for one test, and what the tests look at on it."""
+
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+PREFIX = pathlib.Path(os.environ["WATCH_PREFIX"])
+sys.path.insert(0, os.environ["WATCH_EXAMPLES"])
+
+from peer import Peer, Refused  # noqa: E402
+
+FACES = "com.corvane.watchface"
+SERVICE = ("com.corvane.watchface-service", "watchface-service::localport")
+MANAGER = ("com.corvane.w-manager-service", "w-manager-service::localport")
+EDITOR = ("com.corvane.watchface-editor", "watch-face-editor::localport")
+HOME = ("com.corvane.w-home", "w-home::localport")
+SETTINGS = ("com.corvane.watch-utils.setting-list", "clocksetting::localport")
+CAPTURE = ("com.corvane.watchface-capture", "watchface-capture::localport")
+C1 = "com.corvane.watchface-mirel-c1"
+E1 = "com.corvane.watchface-mirel-e1"
+
+
+def wait_for(condition, timeout=15):
+    """What the condition answers, once that is true; fails after the deadline."""
+    deadline = time.monotonic() + timeout
+    while True:
+        answer = condition()
+        if answer:
+            return answer
+        if time.monotonic() > deadline:
+            raise AssertionError("not true within %s s: %s" % (timeout, condition))
+        time.sleep(0.01)
+
+
+class WatchTest(unittest.TestCase):
+    """Each test has a watch of its own, taken down afterwards."""
+
+    language = "en_GB.UTF-8"
+
+    def setUp(self):
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="watch-system-"))
+        self.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
+        environment = {k: v for k, v in os.environ.items()
+                       if k not in ("LC_ALL", "LC_TIME", "TZ", "DBUS_SESSION_BUS_ADDRESS", "WATCH_ROOT")}
+        self.environment = dict(environment, LANG=self.language, NO_COLOR="1")
+        self.wfctl("up", "--root", self.root)
+        self.addCleanup(self.wfctl, "down", "--root", self.root)
+        lines = self.wfctl_shell("env")
+        self.environment.update(line.split("=", 1) for line in lines.splitlines()
+                                if line.startswith(("DBUS_SESSION_BUS_ADDRESS=", "WATCH_ROOT=", "WATCH_RESOURCES=")))
+
+    def wfctl(self, *arguments, status=0):
+        done = subprocess.run([PREFIX / "bin/wfctl", *map(str, arguments)], env=self.environment, timeout=60,
+                              capture_output=True, text=True, stdin=subprocess.DEVNULL)
+        self.assertEqual(done.returncode, status, done.stderr + done.stdout)
+        return done.stdout
+
+    def wfctl_shell(self, command):
+        script = '. "$1/watch.env" && exec %s' % command
+        return subprocess.run(["sh", "-c", script, "sh", self.root], env=self.environment, timeout=60, check=True,
+                              capture_output=True, text=True).stdout
+
+    def peer(self, identity):
+        app, port = identity
+        peer = Peer(app, port, address=self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        self.addCleanup(peer.close)
+        return peer
+
+    def stranger(self):
+        return self.peer((None, None))
+
+    # --- files ---------------------------------------------------------------------------------------------
+
+    def rw(self, name, file=""):
+        return self.root / "apps" / FACES / "shared/data/watchlist" / name / file
+
+    def ro(self, name, file=""):
+        return pathlib.Path(self.environment["WATCH_RESOURCES"]) / FACES / "shared/res/watchlist" / name / file
+
+    def result_xml(self, name):
+        return self.ro(name, name + "_result.xml").read_text()
+
+    def preview(self, name):
+        return self.rw(name, name + ".png")
+
+    def tree(self):
+        """Every file below the root that a message may change, with its content."""
+        apps = self.root / "apps"
+        return {str(p.relative_to(apps)): p.read_bytes() for p in apps.rglob("*")
+                if p.is_file() and not p.name.startswith("prefs.db")} if apps.exists() else {}
+
+    def log(self):
+        return (self.root / "watch.log").read_text(errors="replace")
+
+    def wait_for_log(self, text, count=1):
+        wait_for(lambda: self.log().count(text) >= count)
+
+    # --- processes -----------------------------------------------------------------------------------------
+
+    def pid_of(self, app):
+        """The process that owns the application's name, or None."""
+        from jeepney.bus_messages import message_bus
+        peer = self.stranger()
+        try:
+            return peer.call(message_bus.GetConnectionUnixProcessID(app))[0]
+        except Refused:
+            return None
+        finally:
+            peer.close()
+
+    def kill(self, app, number=signal.SIGKILL):
+        pid = self.pid_of(app)
+        os.kill(pid, number)
+        wait_for(lambda: self.pid_of(app) != pid)
+        return pid
+
+    def send(self, peer, bundle, **claims):
+        peer.send(*SERVICE, bundle, **claims)
+
+    def assert_received(self, peer, *bundles, from_app=SERVICE):
+        """Exactly these messages, in this order, with these keys and none beside them."""
+        got = [message.bundle for message in peer.wait(len(bundles))]
+        self.assertEqual(got, list(bundles))
+        for message in peer.received:
+            self.assertEqual((message.sender, message.port), from_app)
+
+    def assert_nothing_more(self, *peers):
+        """A round trip through the service ends after all that it sent before."""
+        probe = self.stranger()
+        from jeepney import DBusAddress, new_method_call
+        ping = DBusAddress("/", bus_name=SERVICE[0], interface="org.freedesktop.DBus.Peer")
+        probe.call(new_method_call(ping, "Ping"))
+        for peer in peers:
+            before = len(peer.received)
+            peer.call(new_method_call(DBusAddress("/org/freedesktop/DBus", bus_name="org.freedesktop.DBus",
+                                                  interface="org.freedesktop.DBus"), "GetId"))
+            self.assertEqual(peer.received[before:], [])
