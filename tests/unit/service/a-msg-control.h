@@ -2,15 +2,11 @@
 
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <string>
 
-#include "memory-platform.h"
+#include "on-a-platform.h"
 #include "service-msg-control.h"
-#include "service-watchface-manager.h"
 
 inline constexpr char kSettingList[] = "com.corvane.watch-utils.setting-list";
 inline constexpr char kEditor[] = "com.corvane.watchface-editor";
@@ -22,7 +18,7 @@ inline constexpr char kWorldClockCityDetail[] = "com.corvane.worldclock-city-det
 inline constexpr char kCapture[] = "com.corvane.watchface-capture";
 inline constexpr char kBackupAgent[] = "com.corvane.watch-utils.service";
 
-class AMsgControl : public testing::Test {
+class AMsgControl : public OnAPlatform {
 protected:
     // A message that reaches the service's port; its log and sends are looked at afterwards.
     void Deliver(const std::string& sender, const MemoryPlatform::Message& message)
@@ -40,7 +36,6 @@ protected:
         return lines;
     }
 
-    MemoryPlatform::Platform platform;
     std::shared_ptr<WatchfaceService::WatchfaceManager> manager =
         std::make_shared<WatchfaceService::WatchfaceManager>();
     WatchfaceService::MsgControl control{manager};

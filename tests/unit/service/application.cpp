@@ -1,11 +1,8 @@
 // The application object: what it is made of, in which order it comes and goes.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <memory>
 
-#include "memory-platform.h"
+#include "on-a-platform.h"
 #include "watchface-service.h"
 
 using testing::ElementsAre;
@@ -14,9 +11,8 @@ using WatchfaceService::WatchfaceServiceApp;
 
 namespace {
 
-class AnApplication : public testing::Test {
+class AnApplication : public OnAPlatform {
 protected:
-    MemoryPlatform::Platform platform;
     std::unique_ptr<CommonUtilAppInterface> app = std::make_unique<WatchfaceServiceApp>();
 };
 
@@ -83,7 +79,7 @@ TEST_F(AnApplication, waits_for_the_launch_worker_when_it_goes)
     EXPECT_TRUE(platform.WaitForWorkersEnd(1, 0));
 }
 
-TEST_F(AnApplication, follows_the_retail_mode_without_a_word)
+TEST_F(AnApplication, only_remembers_a_change_of_the_retail_mode)
 {
     platform.Forget();
     platform.SetKey("db/retailmode/enabled", 1);

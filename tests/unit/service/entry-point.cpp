@@ -1,9 +1,6 @@
 // The program's main(), compiled for these tests as RunService().
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "memory-platform.h"
+#include "on-a-platform.h"
 
 int RunService(int argc, char** argv);
 
@@ -13,7 +10,7 @@ using testing::Not;
 
 namespace {
 
-class TheEntryPoint : public testing::Test {
+class TheEntryPoint : public OnAPlatform {
 protected:
     static int Run()
     {
@@ -21,8 +18,6 @@ protected:
         char* arguments[] = {name, nullptr};
         return RunService(1, arguments);
     }
-
-    MemoryPlatform::Platform platform;
 };
 
 }  // namespace

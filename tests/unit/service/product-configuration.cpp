@@ -1,15 +1,11 @@
 // What the product says about watch faces.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cctype>
 #include <set>
 
-#include "memory-platform.h"
+#include "on-a-platform.h"
 #include "service-config-mirel.h"
 #include "service-config.h"
-#include "service-watchface-manager.h"
 
 using namespace WatchfaceService;
 using MemoryPlatform::StoreValue;
@@ -18,10 +14,7 @@ using testing::IsEmpty;
 
 namespace {
 
-class TheProduct : public testing::Test {
-protected:
-    MemoryPlatform::Platform platform;
-};
+class TheProduct : public OnAPlatform {};
 
 std::string Mirel(const std::string& suffix)
 {
