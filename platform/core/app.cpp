@@ -58,8 +58,8 @@ bool CommonUtilAppMain::AppCreated(void* userData)
     auto* self = static_cast<CommonUtilAppMain*>(userData);
     self->mApp.reset(self->mFactory());
     if (!self->mApp) return false;
-    self->mLowMemory = std::make_unique<CommonUtilAppEventHandler>(
-        APP_EVENT_LOW_MEMORY, [self] { self->mApp->OnAppLowMemory(); });
+    self->mLowMemory = std::make_unique<CommonUtilAppEventHandler>(APP_EVENT_LOW_MEMORY,
+                                                                   [self] { self->mApp->OnAppLowMemory(); });
     self->mLowBattery = std::make_unique<CommonUtilAppEventHandler>(
         APP_EVENT_LOW_BATTERY, [self] { self->mApp->OnAppLowBattery(); });
     return true;

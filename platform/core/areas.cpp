@@ -15,17 +15,32 @@ Areas& Current()
 }
 }  // namespace
 
-std::string Areas::PrivateOf(const std::string& appId) const { return root + "/apps/" + appId + "/"; }
-std::string Areas::DataOf(const std::string& appId) const { return PrivateOf(appId) + "shared/data/"; }
-std::string Areas::TrustedOf(const std::string& appId) const { return PrivateOf(appId) + "shared/trusted/"; }
+std::string Areas::PrivateOf(const std::string& appId) const
+{
+    return root + "/apps/" + appId + "/";
+}
+std::string Areas::DataOf(const std::string& appId) const
+{
+    return PrivateOf(appId) + "shared/data/";
+}
+std::string Areas::TrustedOf(const std::string& appId) const
+{
+    return PrivateOf(appId) + "shared/trusted/";
+}
 
 std::string Areas::ResourceOf(const std::string& appId) const
 {
     return resources + "/" + appId + "/shared/res/";
 }
 
-void SetAreas(Areas areas) { Current() = std::move(areas); }
-const Areas& CurrentAreas() { return Current(); }
+void SetAreas(Areas areas)
+{
+    Current() = std::move(areas);
+}
+const Areas& CurrentAreas()
+{
+    return Current();
+}
 
 }  // namespace Platform
 

@@ -5,7 +5,10 @@
 
 #include "bundle-data.h"
 
-void bundle::Set(const std::string& key, std::string value) { values[key] = std::move(value); }
+void bundle::Set(const std::string& key, std::string value)
+{
+    values[key] = std::move(value);
+}
 
 void bundle::Set(const std::string& key, Platform::StringArray strings)
 {
@@ -37,7 +40,10 @@ const bundle::Value* Find(const bundle* b, const char* key)
 
 }  // namespace
 
-bundle* bundle_create(void) { return new (std::nothrow) bundle; }
+bundle* bundle_create(void)
+{
+    return new (std::nothrow) bundle;
+}
 
 bundle* bundle_dup(bundle* original)
 {
@@ -121,4 +127,7 @@ int bundle_get_type(bundle* b, const char* key)
     return std::holds_alternative<std::string>(*found) ? BUNDLE_TYPE_STR : BUNDLE_TYPE_STR_ARRAY;
 }
 
-int bundle_get_count(bundle* b) { return b ? static_cast<int>(b->values.size()) : 0; }
+int bundle_get_count(bundle* b)
+{
+    return b ? static_cast<int>(b->values.size()) : 0;
+}

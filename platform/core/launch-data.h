@@ -21,7 +21,7 @@ using LaunchData = std::map<std::string, LaunchValue, std::less<>>;
 
 // One received request that somebody waits for. Its destructor answers what nobody answered.
 class PendingLaunch {
-   public:
+public:
     virtual ~PendingLaunch() = default;
 
     // Answers the caller; 0 on success. A second call is refused.

@@ -4,13 +4,13 @@
 // told of changes and answers in that order, so what it knows when a message is looked at is what held when
 // the bus routed it. Asking the bus anew for each message would answer for a later moment.
 //
-// Normal flow: Ask() about a name that is not watched yet makes the bus side watch it (the match stands before
-// the question is sent) and waits. Either the answer comes first, and is the owner; or a change comes first,
-// and then its *old* owner is the one that held while the question waited. From then on the name is known and
-// Ask() answers at once.
+// Normal flow: Ask() about a name that is not watched yet makes the bus side watch it (the match stands
+// before the question is sent) and waits. Either the answer comes first, and is the owner; or a change comes
+// first, and then its *old* owner is the one that held while the question waited. From then on the name is
+// known and Ask() answers at once.
 //
-// Names watched and questions waiting are bounded. A name that nobody waits for gives way to a new one; pinned
-// names never do.
+// Names watched and questions waiting are bounded. A name that nobody waits for gives way to a new one;
+// pinned names never do.
 
 #pragma once
 
@@ -25,11 +25,11 @@
 namespace Platform {
 
 class OwnerLedger {
-   public:
-    // The bus side. Watch() subscribes to the owner changes of the name and then asks for its owner; the answer
-    // goes to Answered() with the same generation.
+public:
+    // The bus side. Watch() subscribes to the owner changes of the name and then asks for its owner; the
+    // answer goes to Answered() with the same generation.
     class Watcher {
-       public:
+    public:
         virtual ~Watcher() = default;
         virtual void Watch(const std::string& name, uint64_t generation) = 0;
         virtual void Forget(const std::string& name) = 0;
@@ -60,7 +60,7 @@ class OwnerLedger {
     std::size_t NamesWatched() const { return mEntries.size(); }
     std::size_t QuestionsWaiting() const { return mQuestions; }
 
-   private:
+private:
     struct Entry {
         uint64_t generation = 0;
         bool pinned = false;

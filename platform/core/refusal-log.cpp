@@ -10,7 +10,8 @@ bool RefusalLog::Refused(const std::string& sender, const std::string& reason)
     mCounting = true;
     const bool known = mRefusals.size() < kMostSenders || mRefusals.contains(sender);
     const int count = ++mRefusals[known ? sender : "others"];
-    if (count <= kLinesASecond) PLATFORM_REFUSAL("message of [%s] refused: %s", sender.c_str(), reason.c_str());
+    if (count <= kLinesASecond)
+        PLATFORM_REFUSAL("message of [%s] refused: %s", sender.c_str(), reason.c_str());
     return counting;
 }
 

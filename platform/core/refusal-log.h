@@ -9,7 +9,7 @@
 namespace Platform {
 
 class RefusalLog {
-   public:
+public:
     static constexpr int kLinesASecond = 10;
     static constexpr std::size_t kMostSenders = 256;
 
@@ -20,7 +20,7 @@ class RefusalLog {
     // Logs the counts and starts anew.
     void EndSecond();
 
-   private:
+private:
     std::map<std::string, int> mRefusals;  // by sender, in this second
     bool mCounting = false;
 };

@@ -15,7 +15,8 @@ std::size_t Utf8SequenceLength(std::string_view text)
         if ((byte(i) & 0xC0) != 0x80) return 0;
     }
     const uint8_t second = byte(1);
-    if ((first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F)) return 0;  // overlong, surrogates
+    if ((first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F))
+        return 0;  // overlong, surrogates
     if ((first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F)) return 0;  // out of range
     return length;
 }

@@ -14,7 +14,7 @@ class CommonUtilWatchTimeInfo;
 
 // What an application is asked by the platform. The order of the operations is fixed.
 class CommonUtilAppInterface {
-   public:
+public:
     virtual ~CommonUtilAppInterface() = default;
     virtual void OnAppControl(app_control_s* request);
     virtual void OnAppPause();
@@ -28,7 +28,7 @@ class CommonUtilAppInterface {
 
 // Which functions the wrapper registers for system events with. Set before a CommonUtilAppMain is created.
 class CommonUtilAppEventHandler {
-   public:
+public:
     using AddFunction = int (*)(app_event_handler_h*, app_event_type_e, app_event_cb, void*);
     using RemoveFunction = int (*)(app_event_handler_h);
     static void SetEventFunctions(AddFunction add, RemoveFunction remove);
@@ -39,7 +39,7 @@ class CommonUtilAppEventHandler {
     CommonUtilAppEventHandler(const CommonUtilAppEventHandler&) = delete;
     CommonUtilAppEventHandler& operator=(const CommonUtilAppEventHandler&) = delete;
 
-   private:
+private:
     std::function<void()> mHandler;
     app_event_handler_h mHandle = nullptr;
 };
@@ -47,7 +47,7 @@ class CommonUtilAppEventHandler {
 // Owns the application object between creation and termination. The static operations are the life-cycle
 // callbacks; their user data is the CommonUtilAppMain.
 class CommonUtilAppMain {
-   public:
+public:
     explicit CommonUtilAppMain(std::function<CommonUtilAppInterface*()> factory);
     ~CommonUtilAppMain();
     CommonUtilAppMain(const CommonUtilAppMain&) = delete;
@@ -57,7 +57,7 @@ class CommonUtilAppMain {
     static void AppTerminated(void* userData);
     static void AppControl(app_control_h request, void* userData);
 
-   private:
+private:
     std::function<CommonUtilAppInterface*()> mFactory;
     std::unique_ptr<CommonUtilAppInterface> mApp;
     std::unique_ptr<CommonUtilAppEventHandler> mLowMemory;

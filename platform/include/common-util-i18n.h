@@ -7,7 +7,7 @@
 #include <string>
 
 class CommonUtilI18NStringUtility {
-   public:
+public:
     // Upper case of UTF-8 text by Unicode's rules, the same in every language.
     static std::string ToUpper(const std::string& text);
 };
@@ -18,7 +18,7 @@ enum CommonUtilI18NDateFormatterTimestampType {
 };
 
 class CommonUtilI18NDateFormatter {
-   public:
+public:
     // `skeleton` is a Unicode date-time skeleton; with `bestPattern` the language's best pattern for it is
     // used, without it the skeleton is taken as the pattern. `timezonePath` is a zoneinfo path or an id.
     CommonUtilI18NDateFormatter(const std::string& skeleton, const std::string& timezonePath,
@@ -30,7 +30,7 @@ class CommonUtilI18NDateFormatter {
     // Empty when it cannot be formatted.
     std::string Format(int64_t instant, CommonUtilI18NDateFormatterTimestampType type);
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };

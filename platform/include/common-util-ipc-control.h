@@ -11,7 +11,7 @@
 #include "bundle.h"
 
 class CommonUtilIPCControl {
-   public:
+public:
     // local port id, sender's application id, sender's port (may be empty), whether the port is trusted, and
     // the message, which belongs to the platform and ends with the call.
     using Callback = std::function<void(int, const std::string&, const std::string&, bool, bundle*)>;
@@ -35,7 +35,7 @@ class CommonUtilIPCControl {
     // The string under the key, or an empty one.
     static std::string BundleGetString(bundle* message, const std::string& key);
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };

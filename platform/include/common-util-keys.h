@@ -11,7 +11,7 @@
 #include "key-node.h"
 
 class CommonUtilVConf {
-   public:
+public:
     // (read succeeded, value); the value is false, 0 or empty when the key is missing or of another type.
     static std::pair<bool, bool> GetBool(const std::string& key);
     static std::pair<bool, int> GetInt(const std::string& key);
@@ -24,13 +24,13 @@ class CommonUtilVConf {
 
 // Watches one key while it lives; the handler runs on the main loop.
 class CommonUtilVConfCallback {
-   public:
+public:
     CommonUtilVConfCallback(const std::string& key, std::function<void(keynode_t*)> handler);
     ~CommonUtilVConfCallback();
     CommonUtilVConfCallback(const CommonUtilVConfCallback&) = delete;
     CommonUtilVConfCallback& operator=(const CommonUtilVConfCallback&) = delete;
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };

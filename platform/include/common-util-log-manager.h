@@ -5,7 +5,7 @@
 #include <string>
 
 class CommonUtilLogManager {
-   public:
+public:
     static void SendStatusSurveyInfo(const std::string& appId, const std::string& feature,
                                      const std::string& value, const std::string& extra);
     static void SendFeatureSurveyInfo(const std::string& appId, const std::string& feature,

@@ -6,7 +6,7 @@
 #include <utility>
 
 class CommonUtilPref {
-   public:
+public:
     // (code, value): 0 is success; otherwise the value is false, 0 or empty.
     static std::pair<int, bool> GetBool(const std::string& key);
     static std::pair<int, int> GetInt(const std::string& key);

@@ -14,7 +14,7 @@ enum system_settings_key_e {
 };
 
 class CommonUtilSystemSettings {
-   public:
+public:
     static bool Get24HourMode();
     // Language and country as "en_GB"; the time zone as a zoneinfo id. Empty for the hour mode.
     static std::string GetString(system_settings_key_e key);
@@ -24,14 +24,14 @@ class CommonUtilSystemSettings {
 
 // Watches one setting while it lives; the handler runs on the main loop.
 class CommonUtilSystemSettingsCallback {
-   public:
+public:
     CommonUtilSystemSettingsCallback(system_settings_key_e key,
                                      std::function<void(system_settings_key_e)> handler);
     ~CommonUtilSystemSettingsCallback();
     CommonUtilSystemSettingsCallback(const CommonUtilSystemSettingsCallback&) = delete;
     CommonUtilSystemSettingsCallback& operator=(const CommonUtilSystemSettingsCallback&) = delete;
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };

@@ -12,7 +12,7 @@
 enum CommonUtilTaskReturn { kCommonUtilTaskEnd = 0, kCommonUtilTaskAgain = 1 };
 
 class CommonUtilJob {
-   public:
+public:
     explicit CommonUtilJob(std::function<void()> task);
     ~CommonUtilJob();
     CommonUtilJob(const CommonUtilJob&) = delete;
@@ -21,13 +21,13 @@ class CommonUtilJob {
     // One run on the loop's next turn; starts before that run coalesce.
     void Start();
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };
 
 class CommonUtilIdler {
-   public:
+public:
     explicit CommonUtilIdler(std::function<CommonUtilTaskReturn()> task);
     ~CommonUtilIdler();
     CommonUtilIdler(const CommonUtilIdler&) = delete;
@@ -36,13 +36,13 @@ class CommonUtilIdler {
     // Runs once nothing else is pending, and again while the task answers kCommonUtilTaskAgain.
     void Start();
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };
 
 class CommonUtilTimer {
-   public:
+public:
     // `interval` in seconds on the monotonic clock; 0 means the loop's next turn. Not started here.
     CommonUtilTimer(double interval, std::function<CommonUtilTaskReturn()> task);
     ~CommonUtilTimer();
@@ -53,7 +53,7 @@ class CommonUtilTimer {
     void Start();                       // anew when it runs already
     void Stop();                        // harmless when it does not run
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };

@@ -10,7 +10,7 @@ class CommonUtilXmlNode;
 
 // The element children of a node, in document order.
 class CommonUtilXmlNodeRange {
-   public:
+public:
     // All element children of `node`, or those of one name.
     static CommonUtilXmlNodeRange GetChildren(const CommonUtilXmlNode& node);
     static CommonUtilXmlNodeRange GetChildren(const CommonUtilXmlNode& node, const std::string& name);
@@ -18,24 +18,24 @@ class CommonUtilXmlNodeRange {
     std::vector<CommonUtilXmlNode>::const_iterator begin() const;
     std::vector<CommonUtilXmlNode>::const_iterator end() const;
 
-   private:
+private:
     std::vector<CommonUtilXmlNode> mNodes;
 };
 
 class CommonUtilXmlNode {
-   public:
+public:
     bool IsValid() const;
     std::string GetName() const;
     std::string GetAttribute(const std::string& name) const;  // empty when missing
 
-   private:
+private:
     friend class CommonUtilXmlParser;
     friend class CommonUtilXmlNodeRange;
     const void* mNode = nullptr;
 };
 
 class CommonUtilXmlParser {
-   public:
+public:
     explicit CommonUtilXmlParser(const std::string& path);
     ~CommonUtilXmlParser();
     CommonUtilXmlParser(const CommonUtilXmlParser&) = delete;
@@ -43,7 +43,7 @@ class CommonUtilXmlParser {
 
     CommonUtilXmlNode GetRoot() const;  // invalid when the file is missing or not well-formed
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };

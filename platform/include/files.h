@@ -29,7 +29,7 @@ Eina_Bool ecore_file_recursive_rm(const char* path);  // false also when there i
 Eina_Bool ecore_file_remove(const char* path);        // one file
 Eina_Bool ecore_file_exists(const char* path);
 Eina_Bool ecore_file_is_dir(const char* path);
-Eina_List* ecore_file_ls(const char* directory);   // names in byte order, each allocated with malloc
+Eina_List* ecore_file_ls(const char* directory);    // names in byte order, each allocated with malloc
 const char* ecore_file_file_get(const char* path);  // the last component, inside `path`
 
 // Sleeps on the calling thread. The one pause that the service takes itself.
@@ -39,7 +39,7 @@ int usleep(unsigned int microseconds);
 }
 
 class CommonUtilFile {
-   public:
+public:
     static bool Exists(const std::string& path);
 
     // Replaces `to` atomically by a copy of the regular file `from`, of at most 32 MiB; anything else
@@ -50,14 +50,14 @@ class CommonUtilFile {
 // Holds a lock on a path (not on an inode) while it lives. Other processes that lock the same path wait,
 // for a bounded time; then the lock is taken as given and one log line says so.
 class CommonUtilFileLock {
-   public:
+public:
     enum Mode { kRead = 1, kWrite = 2, kReadWrite = 3 };
     CommonUtilFileLock(const std::string& path, int mode);
     ~CommonUtilFileLock();
     CommonUtilFileLock(const CommonUtilFileLock&) = delete;
     CommonUtilFileLock& operator=(const CommonUtilFileLock&) = delete;
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };
@@ -66,7 +66,7 @@ class CommonUtilFileLock {
 // only set its state, which nobody has to test. Underneath, the new content replaces the old at Close() in
 // one step: until then, and after any failure, the file holds its old content whole.
 class FileOutputStream {
-   public:
+public:
     explicit FileOutputStream(const std::string& path);
     ~FileOutputStream();  // closes
     FileOutputStream(const FileOutputStream&) = delete;
@@ -76,7 +76,7 @@ class FileOutputStream {
     void Close();
     bool Good() const;
 
-   private:
+private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };

@@ -10,7 +10,10 @@ namespace Platform {
 
 namespace {
 
-bool TravelsAsBytes(const std::string& text) { return text.size() >= kBytesFrom || !IsUtf8(text); }
+bool TravelsAsBytes(const std::string& text)
+{
+    return text.size() >= kBytesFrom || !IsUtf8(text);
+}
 
 int AppendBytes(sd_bus_message* m, const std::string& text)
 {
@@ -99,8 +102,10 @@ bool ReadValue(sd_bus_message* m, bool bytes, WireValue* value, std::string* err
         *error = "a value of type " + type + " is not taken, or has a NUL inside";
         return false;
     }
-    if (type == "s" || type == "ay") *value = std::move(text);
-    else *value = std::move(texts);
+    if (type == "s" || type == "ay")
+        *value = std::move(text);
+    else
+        *value = std::move(texts);
     return sd_bus_message_exit_container(m) >= 0;
 }
 
@@ -144,8 +149,10 @@ std::size_t BundleBytes(const bundle& values)
     std::size_t sum = 0;
     for (const auto& [key, value] : values.values) {
         sum += key.size();
-        if (const auto* text = std::get_if<std::string>(&value)) sum += text->size();
-        else sum += Bytes(std::get<StringArrayValue>(value).strings);
+        if (const auto* text = std::get_if<std::string>(&value))
+            sum += text->size();
+        else
+            sum += Bytes(std::get<StringArrayValue>(value).strings);
     }
     return sum;
 }

@@ -14,7 +14,10 @@ namespace {
 constexpr uint64_t kDriverTimeoutUsec = 5'000'000;
 constexpr std::size_t kMostUsers = 512;
 
-std::string_view OrEmpty(const char* text) { return text ? text : ""; }
+std::string_view OrEmpty(const char* text)
+{
+    return text ? text : "";
+}
 
 MessagePtr NewDriverCall(sd_bus* bus, const char* member, const std::string& argument)
 {
@@ -91,8 +94,14 @@ int Bus::OnFilter(sd_bus_message* message, void* data, sd_bus_error*)
     return sd_bus_message_get_destination(message) ? 1 : 0;
 }
 
-int Bus::RequestName(const std::string& name) { return sd_bus_request_name(Get(), name.c_str(), 0); }
-void Bus::ReleaseName(const std::string& name) { sd_bus_release_name_async(Get(), nullptr, name.c_str(), nullptr, nullptr); }
+int Bus::RequestName(const std::string& name)
+{
+    return sd_bus_request_name(Get(), name.c_str(), 0);
+}
+void Bus::ReleaseName(const std::string& name)
+{
+    sd_bus_release_name_async(Get(), nullptr, name.c_str(), nullptr, nullptr);
+}
 
 void Bus::Watch(const std::string& name, uint64_t generation)
 {
@@ -120,7 +129,10 @@ void Bus::Watch(const std::string& name, uint64_t generation)
     }
 }
 
-void Bus::Forget(const std::string& name) { mWatches.erase(name); }
+void Bus::Forget(const std::string& name)
+{
+    mWatches.erase(name);
+}
 
 std::optional<std::string> Bus::OwnerNow(const std::string& name)
 {

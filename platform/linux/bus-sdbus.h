@@ -27,11 +27,11 @@ inline constexpr char kDriverPath[] = "/org/freedesktop/DBus";
 std::string BusAddress();
 
 class Bus final : private OwnerLedger::Watcher {
-   public:
-    // Connects and attaches to `event`; null with the reason in `*error` when it cannot. `onLost` runs when the
-    // connection ends from the other side.
-    static std::unique_ptr<Bus> Open(const std::string& address, sd_event* event, std::function<void()> onLost,
-                                     std::string* error);
+public:
+    // Connects and attaches to `event`; null with the reason in `*error` when it cannot. `onLost` runs when
+    // the connection ends from the other side.
+    static std::unique_ptr<Bus> Open(const std::string& address, sd_event* event,
+                                     std::function<void()> onLost, std::string* error);
     ~Bus() override;
     Bus(const Bus&) = delete;
     Bus& operator=(const Bus&) = delete;
@@ -51,7 +51,7 @@ class Bus final : private OwnerLedger::Watcher {
     // connection may be gone). `then` runs at once when it is known.
     void UserOf(const std::string& uniqueName, std::function<void(std::optional<uid_t>)> then);
 
-   private:
+private:
     Bus(BusPtr bus, std::function<void()> onLost);
     static int OnFilter(sd_bus_message* message, void* self, sd_bus_error*);
     void Watch(const std::string& name, uint64_t generation) override;

@@ -85,7 +85,8 @@ void FeedWatchdog()
 
 }  // namespace Platform
 
-// --- jobs, idlers, timers ---------------------------------------------------------------------------------------------
+// --- jobs, idlers, timers
+// ---------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -102,7 +103,7 @@ struct TaskState {
 }  // namespace
 
 class CommonUtilJob::Impl {
-   public:
+public:
     using State = TaskState<std::function<void()>>;
     explicit Impl(std::function<void()> task) : mState(std::make_shared<State>())
     {
@@ -115,7 +116,7 @@ class CommonUtilJob::Impl {
     ~Impl() { mState->source.reset(); }
     void Start() { sd_event_source_set_enabled(mState->source.get(), SD_EVENT_ONESHOT); }
 
-   private:
+private:
     static int Run(sd_event_source*, void* self)
     {
         const std::shared_ptr<State> state = static_cast<Impl*>(self)->mState;
@@ -127,10 +128,13 @@ class CommonUtilJob::Impl {
 
 CommonUtilJob::CommonUtilJob(std::function<void()> task) : mImpl(std::make_unique<Impl>(std::move(task))) {}
 CommonUtilJob::~CommonUtilJob() = default;
-void CommonUtilJob::Start() { mImpl->Start(); }
+void CommonUtilJob::Start()
+{
+    mImpl->Start();
+}
 
 class CommonUtilIdler::Impl {
-   public:
+public:
     using State = TaskState<std::function<CommonUtilTaskReturn()>>;
     explicit Impl(std::function<CommonUtilTaskReturn()> task) : mState(std::make_shared<State>())
     {
@@ -144,7 +148,7 @@ class CommonUtilIdler::Impl {
     ~Impl() { mState->source.reset(); }
     void Start() { sd_event_source_set_enabled(mState->source.get(), SD_EVENT_ONESHOT); }
 
-   private:
+private:
     static int Run(sd_event_source*, void* self)
     {
         const std::shared_ptr<State> state = static_cast<Impl*>(self)->mState;
@@ -161,10 +165,13 @@ CommonUtilIdler::CommonUtilIdler(std::function<CommonUtilTaskReturn()> task)
 {
 }
 CommonUtilIdler::~CommonUtilIdler() = default;
-void CommonUtilIdler::Start() { mImpl->Start(); }
+void CommonUtilIdler::Start()
+{
+    mImpl->Start();
+}
 
 class CommonUtilTimer::Impl {
-   public:
+public:
     using State = TaskState<std::function<CommonUtilTaskReturn()>>;
     Impl(double interval, std::function<CommonUtilTaskReturn()> task) : mState(std::make_shared<State>())
     {
@@ -189,7 +196,7 @@ class CommonUtilTimer::Impl {
         sd_event_source_set_enabled(mState->source.get(), SD_EVENT_OFF);
     }
 
-   private:
+private:
     static void Arm(State& state)
     {
         const uint64_t usec = Platform::Microseconds(state.interval);
@@ -197,7 +204,8 @@ class CommonUtilTimer::Impl {
         // From now, not from when the loop's turn began: the task that starts a timer may have paused.
         timespec now{};
         clock_gettime(CLOCK_MONOTONIC, &now);
-        const auto nowUsec = static_cast<uint64_t>(now.tv_sec) * 1'000'000 + static_cast<uint64_t>(now.tv_nsec) / 1000;
+        const auto nowUsec =
+            static_cast<uint64_t>(now.tv_sec) * 1'000'000 + static_cast<uint64_t>(now.tv_nsec) / 1000;
         sd_event_source_set_time(state.source.get(), nowUsec + usec);
         sd_event_source_set_enabled(state.source.get(), SD_EVENT_ONESHOT);
     }
@@ -217,9 +225,18 @@ CommonUtilTimer::CommonUtilTimer(double interval, std::function<CommonUtilTaskRe
 {
 }
 CommonUtilTimer::~CommonUtilTimer() = default;
-void CommonUtilTimer::SetInterval(double interval) { mImpl->SetInterval(interval); }
-void CommonUtilTimer::Start() { mImpl->Start(); }
-void CommonUtilTimer::Stop() { mImpl->Stop(); }
+void CommonUtilTimer::SetInterval(double interval)
+{
+    mImpl->SetInterval(interval);
+}
+void CommonUtilTimer::Start()
+{
+    mImpl->Start();
+}
+void CommonUtilTimer::Stop()
+{
+    mImpl->Stop();
+}
 
 // A pause that the service takes blocks the loop, and with it the watchdog's own feeding.
 int usleep(unsigned int microseconds)

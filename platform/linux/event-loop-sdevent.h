@@ -18,14 +18,14 @@ sd_event* MainLoop();
 // Hands work to the main loop from any thread. Made on the main thread; what has not run when it is destroyed
 // is dropped.
 class LoopInbox {
-   public:
+public:
     explicit LoopInbox(sd_event* event);
     LoopInbox(const LoopInbox&) = delete;
     LoopInbox& operator=(const LoopInbox&) = delete;
 
     void Post(std::function<void()> work);
 
-   private:
+private:
     void RunAll();
 
     UniqueFd mWakeUp;

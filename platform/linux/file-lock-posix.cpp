@@ -1,6 +1,7 @@
-// One file holds the locks of all paths: the lock of a path is one byte of it, at an offset made from the path.
-// Replacing or removing the locked file changes nothing, and no lock file is ever left behind. Open file
-// description locks belong to this object alone, unlike POSIX locks, which any close() in the process drops.
+// One file holds the locks of all paths: the lock of a path is one byte of it, at an offset made from the
+// path. Replacing or removing the locked file changes nothing, and no lock file is ever left behind. Open
+// file description locks belong to this object alone, unlike POSIX locks, which any close() in the process
+// drops.
 
 #include <fcntl.h>
 
@@ -36,7 +37,7 @@ off_t OffsetOf(const std::string& path)
 }  // namespace
 
 class CommonUtilFileLock::Impl {
-   public:
+public:
     Impl(const std::string& path, int mode)
         : mFile(open((Platform::CurrentAreas().root + "/locks").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660))
     {
@@ -56,10 +57,11 @@ class CommonUtilFileLock::Impl {
                            held ? "another program does not give it up" : std::strerror(errno));
             return;
         }
-        if (!mFile) PLATFORM_FAULT("going on without the lock of [%s]: %s", path.c_str(), std::strerror(errno));
+        if (!mFile)
+            PLATFORM_FAULT("going on without the lock of [%s]: %s", path.c_str(), std::strerror(errno));
     }
 
-   private:
+private:
     Platform::UniqueFd mFile;
 };
 

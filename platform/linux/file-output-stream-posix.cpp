@@ -2,7 +2,7 @@
 #include "files.h"
 
 class FileOutputStream::Impl {
-   public:
+public:
     explicit Impl(const std::string& path)
         : mReplacement(Platform::FileReplacement::Begin(path, "writing")), mGood(mReplacement.has_value())
     {
@@ -21,13 +21,25 @@ class FileOutputStream::Impl {
 
     bool Good() const { return mGood; }
 
-   private:
+private:
     std::optional<Platform::FileReplacement> mReplacement;
     bool mGood;
 };
 
 FileOutputStream::FileOutputStream(const std::string& path) : mImpl(std::make_unique<Impl>(path)) {}
-FileOutputStream::~FileOutputStream() { mImpl->Close(); }
-void FileOutputStream::Write(std::string_view bytes) { mImpl->Write(bytes); }
-void FileOutputStream::Close() { mImpl->Close(); }
-bool FileOutputStream::Good() const { return mImpl->Good(); }
+FileOutputStream::~FileOutputStream()
+{
+    mImpl->Close();
+}
+void FileOutputStream::Write(std::string_view bytes)
+{
+    mImpl->Write(bytes);
+}
+void FileOutputStream::Close()
+{
+    mImpl->Close();
+}
+bool FileOutputStream::Good() const
+{
+    return mImpl->Good();
+}

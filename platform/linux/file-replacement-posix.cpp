@@ -46,7 +46,8 @@ bool FileReplacement::OpenUnfinished()
     if (mFile) return true;
     if (errno != EOPNOTSUPP && errno != EISDIR && errno != ENOENT && errno != EINVAL) return Fail("create");
     mUnfinishedName = RandomName();
-    mFile = UniqueFd(openat(parent, mUnfinishedName.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, kFileMode));
+    mFile =
+        UniqueFd(openat(parent, mUnfinishedName.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, kFileMode));
     if (mFile) return true;
     mUnfinishedName.clear();
     return Fail("create");
@@ -73,7 +74,8 @@ bool FileReplacement::GiveName()
     if (!mUnfinishedName.empty()) return true;
     mUnfinishedName = RandomName();
     const std::string self = "/proc/self/fd/" + std::to_string(mFile.Get());
-    if (linkat(AT_FDCWD, self.c_str(), mTarget.parent.Get(), mUnfinishedName.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+    if (linkat(AT_FDCWD, self.c_str(), mTarget.parent.Get(), mUnfinishedName.c_str(), AT_SYMLINK_FOLLOW) ==
+        0) {
         return true;
     }
     mUnfinishedName.clear();

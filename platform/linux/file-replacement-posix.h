@@ -12,7 +12,7 @@
 namespace Platform {
 
 class FileReplacement {
-   public:
+public:
     // Nothing when the path is refused or its folder cannot be written.
     static std::optional<FileReplacement> Begin(const std::string& path, const char* operation);
 
@@ -24,14 +24,17 @@ class FileReplacement {
     bool Write(std::string_view bytes);
     bool Commit();
 
-   private:
-    FileReplacement(WritableTarget target, std::string path) : mTarget(std::move(target)), mPath(std::move(path)) {}
+private:
+    FileReplacement(WritableTarget target, std::string path)
+        : mTarget(std::move(target)), mPath(std::move(path))
+    {
+    }
     bool OpenUnfinished();
     bool GiveName();
     bool Fail(const char* step);
 
     WritableTarget mTarget;
-    std::string mPath;            // for the log
+    std::string mPath;  // for the log
     UniqueFd mFile;
     std::string mUnfinishedName;  // empty while the file has no name
 };

@@ -28,7 +28,10 @@ struct DirCloser {
 };
 using DirPtr = std::unique_ptr<DIR, DirCloser>;
 
-bool IsDots(const char* name) { return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0; }
+bool IsDots(const char* name)
+{
+    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+}
 
 std::vector<std::string> NamesIn(DIR* dir)
 {
@@ -87,7 +90,8 @@ UniqueFd OpenRegular(const std::string& path)
 {
     UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat info {};
-    if (!fd || fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLongestCopy) return {};
+    if (!fd || fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLongestCopy)
+        return {};
     return fd;
 }
 
@@ -95,7 +99,8 @@ UniqueFd OpenRegular(const std::string& path)
 
 Eina_Bool ecore_file_mkpath(const char* path)
 {
-    const auto split = Platform::SplitWritable(path ? path : "", Platform::PathRule::kPlain, "making a folder");
+    const auto split =
+        Platform::SplitWritable(path ? path : "", Platform::PathRule::kPlain, "making a folder");
     if (!split || !MakeArea(split->area)) return 0;
     UniqueFd at(open(split->area.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     for (const std::string& part : split->components) {
@@ -118,7 +123,10 @@ Eina_Bool ecore_file_remove(const char* path)
     return target && unlinkat(target->parent.Get(), target->name.c_str(), 0) == 0;
 }
 
-Eina_Bool ecore_file_exists(const char* path) { return path && access(path, F_OK) == 0; }
+Eina_Bool ecore_file_exists(const char* path)
+{
+    return path && access(path, F_OK) == 0;
+}
 
 Eina_Bool ecore_file_is_dir(const char* path)
 {
@@ -131,7 +139,8 @@ Eina_List* ecore_file_ls(const char* directory)
     const DirPtr dir(directory ? opendir(directory) : nullptr);
     if (!dir) return nullptr;
     std::vector<std::string> names = NamesIn(dir.get());
-    std::erase_if(names, [](const std::string& name) { return name.starts_with(Platform::kUnfinishedPrefix); });
+    std::erase_if(names,
+                  [](const std::string& name) { return name.starts_with(Platform::kUnfinishedPrefix); });
     std::sort(names.begin(), names.end(), std::greater<>());
     Eina_List* list = nullptr;  // built from the back, so that the greatest name is the first to be put in
     for (const std::string& name : names) {
@@ -150,7 +159,10 @@ const char* ecore_file_file_get(const char* path)
     return slash ? slash + 1 : path;
 }
 
-bool CommonUtilFile::Exists(const std::string& path) { return ecore_file_exists(path.c_str()); }
+bool CommonUtilFile::Exists(const std::string& path)
+{
+    return ecore_file_exists(path.c_str());
+}
 
 bool CommonUtilFile::Copy(const std::string& from, const std::string& to)
 {

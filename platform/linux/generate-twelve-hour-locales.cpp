@@ -47,7 +47,8 @@ int main()
         add(region.empty() ? language : language + "_" + region, locale);
         if (!region.empty()) add("und_" + region, icu::Locale("und", region.c_str()));
     }
-    std::printf("// Generated from ICU's locale data; sorted by name.\n\n#pragma once\n\n#include <string_view>\n\n");
+    std::printf(
+        "// Generated from ICU's locale data; sorted by name.\n\n#pragma once\n\n#include <string_view>\n\n");
     std::printf("namespace Platform {\n\n");
     Print("kKnownLocales", known);
     std::printf("\n");

@@ -29,13 +29,25 @@ cairo_status_t cairo_surface_status(cairo_surface_t* surface)
     FORWARD(cairo_surface_status, CAIRO_STATUS_NULL_POINTER, surface);
 }
 
-int cairo_image_surface_get_width(cairo_surface_t* surface) { FORWARD(cairo_image_surface_get_width, 0, surface); }
-int cairo_image_surface_get_height(cairo_surface_t* surface) { FORWARD(cairo_image_surface_get_height, 0, surface); }
-int cairo_image_surface_get_stride(cairo_surface_t* surface) { FORWARD(cairo_image_surface_get_stride, 0, surface); }
+int cairo_image_surface_get_width(cairo_surface_t* surface)
+{
+    FORWARD(cairo_image_surface_get_width, 0, surface);
+}
+int cairo_image_surface_get_height(cairo_surface_t* surface)
+{
+    FORWARD(cairo_image_surface_get_height, 0, surface);
+}
+int cairo_image_surface_get_stride(cairo_surface_t* surface)
+{
+    FORWARD(cairo_image_surface_get_stride, 0, surface);
+}
 
 unsigned char* cairo_image_surface_get_data(cairo_surface_t* surface)
 {
     FORWARD(cairo_image_surface_get_data, nullptr, surface);
 }
 
-void cairo_surface_destroy(cairo_surface_t* surface) { FORWARD(cairo_surface_destroy, , surface); }
+void cairo_surface_destroy(cairo_surface_t* surface)
+{
+    FORWARD(cairo_surface_destroy, , surface);
+}

@@ -29,18 +29,26 @@ int data_util_resultxml_has_limited_complication_xml_file(const char* resultXmlP
     FORWARD(data_util_resultxml_has_limited_complication_xml_file, 0, resultXmlPath, limitSpec);
 }
 
-char* data_util_resultxml_converter_remove_limited_complication(const char* resultXmlPath, const char* limitSpec)
+char* data_util_resultxml_converter_remove_limited_complication(const char* resultXmlPath,
+                                                                const char* limitSpec)
 {
     FORWARD(data_util_resultxml_converter_remove_limited_complication, nullptr, resultXmlPath, limitSpec);
 }
 
-char* data_util_resultxml_file_converter_update_worldclock(const char* resultXmlPath, data_util_worldclock_s record)
+char* data_util_resultxml_file_converter_update_worldclock(const char* resultXmlPath,
+                                                           data_util_worldclock_s record)
 {
     FORWARD(data_util_resultxml_file_converter_update_worldclock, nullptr, resultXmlPath, record);
 }
 
-int data_util_log_result_xml_serialize_supported(void) { FORWARD(data_util_log_result_xml_serialize_supported, 0); }
-int data_util_log_item_supported(void) { FORWARD(data_util_log_item_supported, 0); }
+int data_util_log_result_xml_serialize_supported(void)
+{
+    FORWARD(data_util_log_result_xml_serialize_supported, 0);
+}
+int data_util_log_item_supported(void)
+{
+    FORWARD(data_util_log_item_supported, 0);
+}
 
 char* data_util_log_result_xml_serialize(const char* resultXmlPath)
 {
@@ -52,4 +60,7 @@ data_util_log_item_s* data_util_log_item_get_from_result_xml_file(const char* re
     FORWARD(data_util_log_item_get_from_result_xml_file, nullptr, resultXmlPath);
 }
 
-void data_util_log_item_free(data_util_log_item_s* item) { FORWARD(data_util_log_item_free, , item); }
+void data_util_log_item_free(data_util_log_item_s* item)
+{
+    FORWARD(data_util_log_item_free, , item);
+}

@@ -1,4 +1,5 @@
-// Libraries that are opened when they are first needed: a program that starts and waits pays for none of them.
+// Libraries that are opened when they are first needed: a program that starts and waits pays for none of
+// them.
 
 #pragma once
 
@@ -6,11 +7,11 @@ namespace Platform {
 
 // A library's function, or null with one line in the log. `library` is opened once and stays open.
 class LateLibrary {
-   public:
+public:
     explicit LateLibrary(const char* name) : mName(name) {}
     void* Find(const char* symbol);
 
-   private:
+private:
     const char* mName;
     void* mHandle = nullptr;
     bool mTried = false;
@@ -19,7 +20,7 @@ class LateLibrary {
 // An entry point: its type and name, found at the first call. It lives for the process.
 template <typename Function>
 class LateFunction {
-   public:
+public:
     LateFunction(LateLibrary& library, const char* symbol)
         : mFunction(reinterpret_cast<Function*>(library.Find(symbol)))
     {
@@ -31,7 +32,7 @@ class LateFunction {
         return mFunction(arguments...);
     }
 
-   private:
+private:
     Function* mFunction;
 };
 

@@ -27,7 +27,7 @@ const XmlModule& Module()
 }  // namespace
 
 class CommonUtilXmlParser::Impl {
-   public:
+public:
     explicit Impl(const std::string& path)
         : mDocument(Module().isComplete ? Module().open(path.c_str()) : nullptr)
     {
@@ -40,7 +40,7 @@ class CommonUtilXmlParser::Impl {
     Impl& operator=(const Impl&) = delete;
     const void* Root() const { return mDocument ? Module().root(mDocument) : nullptr; }
 
-   private:
+private:
     void* const mDocument;
 };
 
@@ -54,8 +54,14 @@ CommonUtilXmlNode CommonUtilXmlParser::GetRoot() const
     return node;
 }
 
-bool CommonUtilXmlNode::IsValid() const { return mNode != nullptr; }
-std::string CommonUtilXmlNode::GetName() const { return mNode ? Module().name(mNode) : ""; }
+bool CommonUtilXmlNode::IsValid() const
+{
+    return mNode != nullptr;
+}
+std::string CommonUtilXmlNode::GetName() const
+{
+    return mNode ? Module().name(mNode) : "";
+}
 
 std::string CommonUtilXmlNode::GetAttribute(const std::string& name) const
 {
@@ -83,12 +89,19 @@ CommonUtilXmlNodeRange CommonUtilXmlNodeRange::GetChildren(const CommonUtilXmlNo
     return range;
 }
 
-CommonUtilXmlNodeRange CommonUtilXmlNodeRange::GetChildren(const CommonUtilXmlNode& node, const std::string& name)
+CommonUtilXmlNodeRange CommonUtilXmlNodeRange::GetChildren(const CommonUtilXmlNode& node,
+                                                           const std::string& name)
 {
     CommonUtilXmlNodeRange range;
     for (const void* child : ChildrenOf(node.mNode, name.c_str())) range.mNodes.emplace_back().mNode = child;
     return range;
 }
 
-std::vector<CommonUtilXmlNode>::const_iterator CommonUtilXmlNodeRange::begin() const { return mNodes.begin(); }
-std::vector<CommonUtilXmlNode>::const_iterator CommonUtilXmlNodeRange::end() const { return mNodes.end(); }
+std::vector<CommonUtilXmlNode>::const_iterator CommonUtilXmlNodeRange::begin() const
+{
+    return mNodes.begin();
+}
+std::vector<CommonUtilXmlNode>::const_iterator CommonUtilXmlNodeRange::end() const
+{
+    return mNodes.end();
+}

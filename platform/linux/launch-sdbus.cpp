@@ -13,7 +13,7 @@ namespace {
 
 // A request of another application. Whoever drops the last handle unanswered has answered "failed".
 class PendingCall final : public PendingLaunch {
-   public:
+public:
     explicit PendingCall(sd_bus_message* call) : mCall(sd_bus_message_ref(call)) {}
     ~PendingCall() override
     {
@@ -35,7 +35,7 @@ class PendingCall final : public PendingLaunch {
         return APP_CONTROL_ERROR_IO_ERROR;
     }
 
-   private:
+private:
     MessagePtr mCall;
 };
 
@@ -51,8 +51,8 @@ bool IsRunning(sd_bus* bus, const std::string& app)
 {
     sd_bus_message* answer = nullptr;
     BusError error;
-    const int code = sd_bus_call_method(bus, kDriver, kDriverPath, kDriver, "NameHasOwner", error.Out(), &answer, "s",
-                                        app.c_str());
+    const int code = sd_bus_call_method(bus, kDriver, kDriverPath, kDriver, "NameHasOwner", error.Out(),
+                                        &answer, "s", app.c_str());
     const MessagePtr owned(answer);
     int has = 0;
     return code >= 0 && sd_bus_message_read(answer, "b", &has) >= 0 && has;
@@ -67,8 +67,8 @@ int AppControlError(int code)
 
 }  // namespace
 
-MessagePtr NewLaunchCall(sd_bus* bus, const std::string& app, const std::string& caller, const LaunchData& extra,
-                         int* result)
+MessagePtr NewLaunchCall(sd_bus* bus, const std::string& app, const std::string& caller,
+                         const LaunchData& extra, int* result)
 {
     sd_bus_message* raw = nullptr;
     int code = sd_bus_message_new_method_call(bus, &raw, app.c_str(), kApplicationPath, kApplicationInterface,
@@ -152,11 +152,13 @@ void LaunchSender::SendOnLoop(app_control_s request, app_control_reply_cb callba
     const MessagePtr call = NewLaunchCall(mBus.Get(), request.appId, mAppId, request.extra, &code);
     const auto pending = mPending.insert(mPending.end(), {std::move(request), callback, userData, {}});
     if (call) {
-        pending->slot = CallAsync(mBus.Get(), call.get(), UINT64_MAX,
-                                  [this, pending](sd_bus_message* answer) { Answered(pending, answer); }, &code);
+        pending->slot = CallAsync(
+            mBus.Get(), call.get(), UINT64_MAX,
+            [this, pending](sd_bus_message* answer) { Answered(pending, answer); }, &code);
     }
     if (pending->slot) return;
-    PLATFORM_FAULT("launch request to [%s] not sent: %s", pending->request.appId.c_str(), std::strerror(-code));
+    PLATFORM_FAULT("launch request to [%s] not sent: %s", pending->request.appId.c_str(),
+                   std::strerror(-code));
     mPending.erase(pending);
 }
 

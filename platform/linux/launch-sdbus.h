@@ -18,22 +18,23 @@ inline constexpr char kApplicationInterface[] = "com.corvane.platform.Applicatio
 inline constexpr uint64_t kStartTimeoutUsec = 3'000'000;
 
 // A `Launch` call, ready to be sent.
-MessagePtr NewLaunchCall(sd_bus* bus, const std::string& app, const std::string& caller, const LaunchData& extra,
-                         int* result);
+MessagePtr NewLaunchCall(sd_bus* bus, const std::string& app, const std::string& caller,
+                         const LaunchData& extra, int* result);
 
-// Starts an application through the bus on a connection of its own, on any thread, and waits until it is there:
-// 0, APP_CONTROL_ERROR_LAUNCH_FAILED when its program could not be started, or another app_control error.
+// Starts an application through the bus on a connection of its own, on any thread, and waits until it is
+// there: 0, APP_CONTROL_ERROR_LAUNCH_FAILED when its program could not be started, or another app_control
+// error.
 int StartApplication(const std::string& address, const std::string& app);
 
 // Requests that other applications make of this one.
 class LaunchReceiver {
-   public:
+public:
     using Handler = std::function<void(app_control_h)>;
     LaunchReceiver(Bus& bus, Handler handler);
     LaunchReceiver(const LaunchReceiver&) = delete;
     LaunchReceiver& operator=(const LaunchReceiver&) = delete;
 
-   private:
+private:
     static int OnLaunch(sd_bus_message* message, void* self, sd_bus_error*);
     Handler mHandler;
     SlotPtr mObject;
@@ -41,7 +42,7 @@ class LaunchReceiver {
 
 // Requests that this application makes. Send() may be called on any thread; the rest on the main loop's.
 class LaunchSender {
-   public:
+public:
     LaunchSender(Bus& bus, std::string address, std::string appId, LoopInbox& inbox);
     LaunchSender(const LaunchSender&) = delete;
     LaunchSender& operator=(const LaunchSender&) = delete;
@@ -51,7 +52,7 @@ class LaunchSender {
     // No callback runs after this.
     void CancelAll();
 
-   private:
+private:
     struct Pending {
         app_control_s request;
         app_control_reply_cb callback;

@@ -72,9 +72,12 @@ int ToJournal(int priority, const char* tag, const std::string& text)
 {
     const Location at = FindLocation(text);
     const std::string fields[] = {
-        "MESSAGE=" + text,           "PRIORITY=" + std::to_string(JournalPriority(priority)),
-        "SYSLOG_IDENTIFIER=" + std::string(tag), "CODE_FILE=" + at.file,
-        "CODE_FUNC=" + at.function,  "CODE_LINE=" + at.line,
+        "MESSAGE=" + text,
+        "PRIORITY=" + std::to_string(JournalPriority(priority)),
+        "SYSLOG_IDENTIFIER=" + std::string(tag),
+        "CODE_FILE=" + at.file,
+        "CODE_FUNC=" + at.function,
+        "CODE_LINE=" + at.line,
     };
     iovec vectors[std::size(fields)];
     const int count = at.length ? std::size(fields) : 3;

@@ -144,7 +144,8 @@ int MessagePorts::Send(const std::string& app, const std::string& port, bool tru
     const MessagePtr call =
         NewPortMessage(mBus.Get(), app, port, trusted, mAppId, fromPort, message, false, &code);
     if (call) code = sd_bus_send(mBus.Get(), call.get(), nullptr);
-    if (code < 0) PLATFORM_FAULT("message to [%s %s] not sent: %s", app.c_str(), port.c_str(), std::strerror(-code));
+    if (code < 0)
+        PLATFORM_FAULT("message to [%s %s] not sent: %s", app.c_str(), port.c_str(), std::strerror(-code));
     return code < 0 ? code : 0;
 }
 

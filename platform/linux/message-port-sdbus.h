@@ -6,7 +6,8 @@
 // Normal flow of a message that comes in: it is taken apart at once; then the owner ledger says who owned the
 // claimed sender's name when the bus routed the message, and, for a trusted port, the bus says which user is
 // behind the connection; then the port's callback runs, and last the caller gets its reply. Messages of one
-// connection are delivered in their order, and wait while one of them is not checked yet. What waits is bounded.
+// connection are delivered in their order, and wait while one of them is not checked yet. What waits is
+// bounded.
 
 #pragma once
 
@@ -39,7 +40,7 @@ MessagePtr NewPortMessage(sd_bus* bus, const std::string& toApp, const std::stri
 
 // The ports of one application on one connection.
 class MessagePorts {
-   public:
+public:
     using Callback = std::function<void(int id, const std::string& senderApp, const std::string& senderPort,
                                         bool trusted, bundle* message)>;
 
@@ -47,8 +48,8 @@ class MessagePorts {
     MessagePorts(const MessagePorts&) = delete;
     MessagePorts& operator=(const MessagePorts&) = delete;
 
-    // Opens a port. Its name is taken by Announce(), or at once when that has been. Returns its id, or a negative
-    // code when there is such a port already.
+    // Opens a port. Its name is taken by Announce(), or at once when that has been. Returns its id, or a
+    // negative code when there is such a port already.
     int Open(const std::string& name, bool trusted, Callback callback);
     void Close(int id);
 
@@ -62,7 +63,7 @@ class MessagePorts {
     // 1 up, 0 not, negative when the bus does not tell.
     int IsTrustedPortUp(const std::string& app, const std::string& port);
 
-   private:
+private:
     struct Port {
         std::string name;
         bool trusted;
@@ -79,7 +80,8 @@ class MessagePorts {
     void Drain(const std::string& connection);
     void Finish(Incoming& incoming);
     void Deliver(Incoming& incoming);
-    void Refuse(sd_bus_message* message, const std::string& sender, const char* error, const std::string& reason);
+    void Refuse(sd_bus_message* message, const std::string& sender, const char* error,
+                const std::string& reason);
     const Port* Find(const std::string& name, bool trusted) const;
 
     Bus& mBus;

@@ -31,8 +31,8 @@ int AnnounceKey(sd_bus* bus, const std::string& key)
 
 SlotPtr WatchKey(sd_bus* bus, const std::string& key, std::function<void()> changed)
 {
-    const std::string rule = std::string("type='signal',path='") + kKeysPath + "',interface='" + kKeysInterface +
-                             "',member='Changed',arg0=" + Quoted(key);
+    const std::string rule = std::string("type='signal',path='") + kKeysPath + "',interface='" +
+                             kKeysInterface + "',member='Changed',arg0=" + Quoted(key);
     return MatchAsync(bus, rule, [changed = std::move(changed)](sd_bus_message*) { changed(); });
 }
 
@@ -50,7 +50,10 @@ struct keynode_t {
     std::optional<Platform::StoredValue> value;
 };
 
-const char* vconf_keynode_get_name(const keynode_t* node) { return node ? node->name.c_str() : nullptr; }
+const char* vconf_keynode_get_name(const keynode_t* node)
+{
+    return node ? node->name.c_str() : nullptr;
+}
 
 int vconf_keynode_get_int(const keynode_t* node)
 {
@@ -99,12 +102,21 @@ std::pair<bool, std::string> CommonUtilVConf::GetString(const std::string& key)
     return Answer(Platform::GetAs<std::string>(Process::Current().Keys(), key));
 }
 
-bool CommonUtilVConf::SetBool(const std::string& key, bool value) { return Write(key, value); }
-bool CommonUtilVConf::SetInt(const std::string& key, int value) { return Write(key, int64_t{value}); }
-bool CommonUtilVConf::SetString(const std::string& key, const std::string& value) { return Write(key, value); }
+bool CommonUtilVConf::SetBool(const std::string& key, bool value)
+{
+    return Write(key, value);
+}
+bool CommonUtilVConf::SetInt(const std::string& key, int value)
+{
+    return Write(key, int64_t{value});
+}
+bool CommonUtilVConf::SetString(const std::string& key, const std::string& value)
+{
+    return Write(key, value);
+}
 
 class CommonUtilVConfCallback::Impl {
-   public:
+public:
     Impl(const std::string& key, std::function<void(keynode_t*)> handler)
         : mHandler(std::make_shared<std::function<void(keynode_t*)>>(std::move(handler)))
     {
@@ -115,12 +127,13 @@ class CommonUtilVConfCallback::Impl {
         });
     }
 
-   private:
+private:
     std::shared_ptr<std::function<void(keynode_t*)>> mHandler;
     Platform::SlotPtr mWatch;
 };
 
-CommonUtilVConfCallback::CommonUtilVConfCallback(const std::string& key, std::function<void(keynode_t*)> handler)
+CommonUtilVConfCallback::CommonUtilVConfCallback(const std::string& key,
+                                                 std::function<void(keynode_t*)> handler)
     : mImpl(std::make_unique<Impl>(key, std::move(handler)))
 {
 }

@@ -46,7 +46,8 @@ std::string InstallPrefix()
     const std::filesystem::path exe(std::string(path, length > 0 ? static_cast<std::size_t>(length) : 0));
     const std::filesystem::path folder = exe.parent_path();
     // PREFIX/bin/wfctl, PREFIX/libexec/watch/PROGRAM
-    return (folder.filename() == "watch" ? folder.parent_path().parent_path() : folder.parent_path()).string();
+    return (folder.filename() == "watch" ? folder.parent_path().parent_path() : folder.parent_path())
+        .string();
 }
 
 void SetAreasFromEnvironment()
@@ -87,7 +88,10 @@ Process::Process(std::string appId, std::string address)
     gCurrent = this;
 }
 
-Process::~Process() { gCurrent = nullptr; }
+Process::~Process()
+{
+    gCurrent = nullptr;
+}
 
 Process& Process::Current()
 {
@@ -159,6 +163,9 @@ int Process::Run(const service_app_lifecycle_callback_s& callbacks, void* userDa
     return code;
 }
 
-void Process::Exit(int code) { sd_event_exit(MainLoop(), code); }
+void Process::Exit(int code)
+{
+    sd_event_exit(MainLoop(), code);
+}
 
 }  // namespace Platform

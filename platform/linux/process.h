@@ -23,7 +23,7 @@ inline constexpr int kExitBusLost = 69;
 inline constexpr int kExitAlreadyRunning = 75;
 
 class Process {
-   public:
+public:
     // Takes the areas from the environment and connects; null with a line in the log when there is no bus.
     static std::unique_ptr<Process> Start(const std::string& appId);
     ~Process();
@@ -43,7 +43,7 @@ class Process {
     ValueStore& Keys() { return mKeys; }
     ValueStore& Preferences() { return mPreferences; }
 
-   private:
+private:
     Process(std::string appId, std::string address);
     bool Connect();
     int TakeNames();

@@ -20,14 +20,18 @@ int service_app_main(int, char**, service_app_lifecycle_callback_s* callbacks, v
     return process ? process->Run(*callbacks, userData) : Platform::kExitBusLost;
 }
 
-void service_app_exit(void) { Process::Current().Exit(0); }
+void service_app_exit(void)
+{
+    Process::Current().Exit(0);
+}
 
 // No source of these events exists on a plain Linux; the registration is kept for platforms that have one.
 struct app_event_handler {
     app_event_type_e type;
 };
 
-int service_app_add_event_handler(app_event_handler_h* handler, app_event_type_e type, app_event_cb callback, void*)
+int service_app_add_event_handler(app_event_handler_h* handler, app_event_type_e type, app_event_cb callback,
+                                  void*)
 {
     if (!handler || !callback) return APP_CONTROL_ERROR_INVALID_PARAMETER;
     *handler = new (std::nothrow) app_event_handler{type};
@@ -47,7 +51,7 @@ int app_control_send_launch_request(app_control_h handle, app_control_reply_cb c
 }
 
 class CommonUtilIPCControl::Impl {
-   public:
+public:
     Impl(const std::string& name, bool trusted, Callback callback)
         : mName(name), mId(Process::Current().Ports().Open(name, trusted, std::move(callback)))
     {
@@ -55,7 +59,7 @@ class CommonUtilIPCControl::Impl {
     ~Impl() { Process::Current().Ports().Close(mId); }
     const std::string& Name() const { return mName; }
 
-   private:
+private:
     const std::string mName;
     const int mId;
 };
@@ -66,8 +70,8 @@ CommonUtilIPCControl::CommonUtilIPCControl(const std::string& name, bool trusted
 }
 CommonUtilIPCControl::~CommonUtilIPCControl() = default;
 
-int CommonUtilIPCControl::SendTrustedMessage(const std::string& appId, const std::string& port, bundle* message,
-                                             const CommonUtilIPCControl* from)
+int CommonUtilIPCControl::SendTrustedMessage(const std::string& appId, const std::string& port,
+                                             bundle* message, const CommonUtilIPCControl* from)
 {
     if (!message) return BUNDLE_ERROR_INVALID_PARAMETER;
     return Process::Current().Ports().Send(appId, port, true, from ? from->mImpl->Name() : "", *message);

@@ -40,11 +40,17 @@ std::string CommonUtilSystemSettings::GetString(system_settings_key_e key)
     return set ? *set : Default(key);
 }
 
-std::string CommonUtilSystemSettings::GetLanguage() { return GetString(SYSTEM_SETTINGS_KEY_LOCALE_LANGUAGE); }
-std::string CommonUtilSystemSettings::GetTimezonePath() { return GetString(SYSTEM_SETTINGS_KEY_LOCALE_TIMEZONE); }
+std::string CommonUtilSystemSettings::GetLanguage()
+{
+    return GetString(SYSTEM_SETTINGS_KEY_LOCALE_LANGUAGE);
+}
+std::string CommonUtilSystemSettings::GetTimezonePath()
+{
+    return GetString(SYSTEM_SETTINGS_KEY_LOCALE_TIMEZONE);
+}
 
 class CommonUtilSystemSettingsCallback::Impl {
-   public:
+public:
     Impl(system_settings_key_e key, std::function<void(system_settings_key_e)> handler)
         : mHandler(std::make_shared<std::function<void(system_settings_key_e)>>(std::move(handler)))
     {
@@ -54,7 +60,7 @@ class CommonUtilSystemSettingsCallback::Impl {
         });
     }
 
-   private:
+private:
     std::shared_ptr<std::function<void(system_settings_key_e)>> mHandler;
     Platform::SlotPtr mWatch;
 };

@@ -25,7 +25,7 @@ using MessagePtr = std::unique_ptr<sd_bus_message, Releases<sd_bus_message_unref
 
 // An error of sd-bus, freed with its scope.
 class BusError {
-   public:
+public:
     BusError() = default;
     BusError(const BusError&) = delete;
     BusError& operator=(const BusError&) = delete;
@@ -35,14 +35,15 @@ class BusError {
     const char* Name() const { return mError.name ? mError.name : ""; }
     const char* Text() const { return mError.message ? mError.message : ""; }
 
-   private:
+private:
     sd_bus_error mError{};
 };
 
 // Sends `call` and runs `then` with the answer on the loop. The returned slot cancels it; an empty slot means
 // that it could not be sent, with the code in `*result`.
 using BusAnswer = std::function<void(sd_bus_message* answer)>;
-SlotPtr CallAsync(sd_bus* bus, sd_bus_message* call, uint64_t timeoutUsec, BusAnswer then, int* result = nullptr);
+SlotPtr CallAsync(sd_bus* bus, sd_bus_message* call, uint64_t timeoutUsec, BusAnswer then,
+                  int* result = nullptr);
 
 // Like CallAsync(), for answers that nobody cancels: they end with the bus.
 int CallDetached(sd_bus* bus, sd_bus_message* call, uint64_t timeoutUsec, BusAnswer then);

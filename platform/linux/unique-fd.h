@@ -9,7 +9,7 @@
 namespace Platform {
 
 class UniqueFd {
-   public:
+public:
     UniqueFd() = default;
     explicit UniqueFd(int fd) : mFd(fd) {}
     UniqueFd(UniqueFd&& other) noexcept : mFd(std::exchange(other.mFd, -1)) {}
@@ -29,7 +29,7 @@ class UniqueFd {
     int Release() { return std::exchange(mFd, -1); }
     explicit operator bool() const { return mFd >= 0; }
 
-   private:
+private:
     int mFd = -1;
 };
 

@@ -29,7 +29,10 @@ constexpr char kSetUp[] =
     "CREATE TABLE IF NOT EXISTS value"
     "(key BLOB PRIMARY KEY NOT NULL, type INTEGER NOT NULL, value NOT NULL) WITHOUT ROWID;";
 
-bool IsDamage(int code) { return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB; }
+bool IsDamage(int code)
+{
+    return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB;
+}
 
 uint64_t InodeOf(const std::string& path)
 {
@@ -52,10 +55,14 @@ std::string ColumnBytes(sqlite3_stmt* statement, int column)
 std::optional<StoredValue> ColumnValue(sqlite3_stmt* statement, int typeColumn, int valueColumn)
 {
     switch (sqlite3_column_int(statement, typeColumn)) {
-        case kString: return ColumnBytes(statement, valueColumn);
-        case kInteger: return int64_t{sqlite3_column_int64(statement, valueColumn)};
-        case kBool: return sqlite3_column_int(statement, valueColumn) != 0;
-        default: return std::nullopt;
+        case kString:
+            return ColumnBytes(statement, valueColumn);
+        case kInteger:
+            return int64_t{sqlite3_column_int64(statement, valueColumn)};
+        case kBool:
+            return sqlite3_column_int(statement, valueColumn) != 0;
+        default:
+            return std::nullopt;
     }
 }
 
@@ -69,8 +76,14 @@ void BindValue(sqlite3_stmt* statement, const StoredValue& value)
 
 }  // namespace
 
-void ValueStore::Closer::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
-void ValueStore::Finalizer::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+void ValueStore::Closer::operator()(sqlite3* database) const
+{
+    sqlite3_close_v2(database);
+}
+void ValueStore::Finalizer::operator()(sqlite3_stmt* statement) const
+{
+    sqlite3_finalize(statement);
+}
 
 ValueStore::ValueStore(std::string path, unsigned mode) : mPath(std::move(path)), mMode(mode) {}
 ValueStore::~ValueStore() = default;
@@ -87,8 +100,9 @@ int ValueStore::OpenOnce()
 {
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(mPath).parent_path(), error);
-    // The mode of a new file is ours, not SQLite's. A file that is there must not be opened: closing it again would
-    // drop the locks that this process holds on it, and another process would take the write-ahead log away.
+    // The mode of a new file is ours, not SQLite's. A file that is there must not be opened: closing it again
+    // would drop the locks that this process holds on it, and another process would take the write-ahead log
+    // away.
     const bool made = bool(UniqueFd(open(mPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mMode)));
     if (!made && errno != EEXIST) return SQLITE_CANTOPEN;
     sqlite3* raw = nullptr;
@@ -135,9 +149,10 @@ void ValueStore::SetAside(int code)
     // Whoever waited for the lock finds a new file and leaves it alone.
     if (mInode != 0 && InodeOf(mPath) != mInode) return;
     const std::string aside = mPath + ".damaged-" + std::to_string(std::time(nullptr));
-    for (const char* suffix : {"", "-wal", "-shm"}) rename((mPath + suffix).c_str(), (aside + suffix).c_str());
-    PLATFORM_FAULT("[%s] was damaged (%s); it is kept as [%s] and begun anew", mPath.c_str(), sqlite3_errstr(code),
-                   aside.c_str());
+    for (const char* suffix : {"", "-wal", "-shm"})
+        rename((mPath + suffix).c_str(), (aside + suffix).c_str());
+    PLATFORM_FAULT("[%s] was damaged (%s); it is kept as [%s] and begun anew", mPath.c_str(),
+                   sqlite3_errstr(code), aside.c_str());
 }
 
 // Runs one statement; a database that turns out damaged is set aside and asked once more.
@@ -199,15 +214,22 @@ std::vector<std::pair<std::string, StoredValue>> ValueStore::List()
         all.clear();
         int code = 0;
         while ((code = sqlite3_step(statement)) == SQLITE_ROW) {
-            if (auto value = ColumnValue(statement, 1, 2)) all.emplace_back(ColumnBytes(statement, 0), *value);
+            if (auto value = ColumnValue(statement, 1, 2))
+                all.emplace_back(ColumnBytes(statement, 0), *value);
         }
         return code;
     });
     return all;
 }
 
-std::string KeysPath() { return CurrentAreas().root + "/keys.db"; }
-std::string PreferencesPath(const std::string& appId) { return CurrentAreas().PrivateOf(appId) + "prefs.db"; }
+std::string KeysPath()
+{
+    return CurrentAreas().root + "/keys.db";
+}
+std::string PreferencesPath(const std::string& appId)
+{
+    return CurrentAreas().PrivateOf(appId) + "prefs.db";
+}
 
 std::optional<int> GetAsInt(ValueStore& store, const std::string& key)
 {

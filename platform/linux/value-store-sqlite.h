@@ -1,7 +1,8 @@
 // Small typed values that survive a power cut: platform keys and preferences.
 //
-// One database file, in WAL mode with full sync; a write is durable when Set() returns. Statements are prepared
-// once. A database that is damaged is set aside under an exclusive lock and begun anew, with one line in the log.
+// One database file, in WAL mode with full sync; a write is durable when Set() returns. Statements are
+// prepared once. A database that is damaged is set aside under an exclusive lock and begun anew, with one
+// line in the log.
 
 #pragma once
 
@@ -22,7 +23,7 @@ namespace Platform {
 using StoredValue = std::variant<std::string, int64_t, bool>;
 
 class ValueStore {
-   public:
+public:
     // The file is opened, and made, at first use; its folder too.
     ValueStore(std::string path, unsigned mode);
     ~ValueStore();
@@ -36,7 +37,7 @@ class ValueStore {
     int Unset(const std::string& key);
     std::vector<std::pair<std::string, StoredValue>> List();  // by key
 
-   private:
+private:
     struct Closer {
         void operator()(sqlite3* database) const;
     };

@@ -2,8 +2,8 @@
 //
 // Every operation that changes files goes through OpenWritable(): it takes the path apart, refuses what must
 // not be touched, and opens the folder above the last component so that nobody can swap it for a link while
-// the operation runs. The writable areas are the shared data and trusted folders of the applications below the
-// watch's root.
+// the operation runs. The writable areas are the shared data and trusted folders of the applications below
+// the watch's root.
 
 #pragma once
 
@@ -28,8 +28,8 @@ struct WritableTarget {
     std::string name;  // the last component
 };
 
-// The folder above `path`, opened, and the last component. A refusal is logged with `operation`; a folder that
-// is missing just gives nothing.
+// The folder above `path`, opened, and the last component. A refusal is logged with `operation`; a folder
+// that is missing just gives nothing.
 std::optional<WritableTarget> OpenWritable(const std::string& path, PathRule rule, const char* operation);
 
 // The area that `path` lies in, with "/" at its end, and the components below it, for making folders.

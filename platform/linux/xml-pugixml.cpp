@@ -44,7 +44,10 @@ void* watch_xml_open(const char* path)
     }
 }
 
-void watch_xml_close(void* document) { delete static_cast<DataUtil::XmlTree*>(document); }
+void watch_xml_close(void* document)
+{
+    delete static_cast<DataUtil::XmlTree*>(document);
+}
 
 const void* watch_xml_root(void* document)
 {
@@ -61,7 +64,10 @@ const void* watch_xml_next_sibling(const void* node, const char* name)
     return FirstFitting(NodeOf(node).next_sibling(), name);
 }
 
-const char* watch_xml_name(const void* node) { return NodeOf(node).name(); }
+const char* watch_xml_name(const void* node)
+{
+    return NodeOf(node).name();
+}
 
 const char* watch_xml_attribute(const void* node, const char* name)
 {

@@ -23,7 +23,7 @@ constexpr char kApp[] = "com.corvane.watchface-service";
 constexpr char kUnstartable[] = "com.corvane.worldclock-map";
 
 class LinuxHarness final : public Harness {
-   public:
+public:
     LinuxHarness()
     {
         for (const char* name : {"DBUS_STARTER_ADDRESS", "LC_ALL", "LC_TIME", "LANG", "TZ"}) unsetenv(name);
@@ -56,7 +56,8 @@ class LinuxHarness final : public Harness {
         bool answered = false;
         sd_bus* bus = mProcess->GetBus().Get();
         sd_bus_message* raw = nullptr;
-        sd_bus_message_new_method_call(bus, &raw, Platform::kDriver, Platform::kDriverPath, Platform::kDriver, "GetId");
+        sd_bus_message_new_method_call(bus, &raw, Platform::kDriver, Platform::kDriverPath, Platform::kDriver,
+                                       "GetId");
         const Platform::MessagePtr call(raw);
         Platform::CallDetached(bus, raw, 0, [&](sd_bus_message*) { answered = true; });
         while (!answered) sd_event_run(Platform::MainLoop(), UINT64_MAX);
@@ -86,8 +87,10 @@ class LinuxHarness final : public Harness {
     {
         const Platform::SystemSetting* setting = Platform::FindSystemSetting(key);
         const auto peer = AsPeer("com.corvane.watch-utils.setting-list");
-        if (setting->isBool) peer->SetKey(std::string(setting->key), value == "true");
-        else peer->SetKey(std::string(setting->key), value);
+        if (setting->isBool)
+            peer->SetKey(std::string(setting->key), value == "true");
+        else
+            peer->SetKey(std::string(setting->key), value);
     }
 
     Strings Printed(const std::string& filter, const std::function<void()>& body) override
@@ -97,7 +100,8 @@ class LinuxHarness final : public Harness {
         std::string text;
         std::thread reader([&, in = ends[0]] {
             char buffer[4096];
-            for (ssize_t n = 0; (n = read(in, buffer, sizeof buffer)) > 0;) text.append(buffer, static_cast<size_t>(n));
+            for (ssize_t n = 0; (n = read(in, buffer, sizeof buffer)) > 0;)
+                text.append(buffer, static_cast<size_t>(n));
         });
         const int before = dup(STDERR_FILENO);
         dup2(ends[1], STDERR_FILENO);
@@ -115,7 +119,7 @@ class LinuxHarness final : public Harness {
         return lines;
     }
 
-   private:
+private:
     TestSupport::PrivateBus mBus;
     TestSupport::TemporaryFolder mRoot;
     std::unique_ptr<Platform::Process> mProcess;
@@ -124,6 +128,9 @@ class LinuxHarness final : public Harness {
 
 }  // namespace
 
-std::unique_ptr<Harness> Harness::Make() { return std::make_unique<LinuxHarness>(); }
+std::unique_ptr<Harness> Harness::Make()
+{
+    return std::make_unique<LinuxHarness>();
+}
 
 }  // namespace Contract

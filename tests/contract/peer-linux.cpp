@@ -22,8 +22,10 @@ Message MessageOf(const bundle& values)
 {
     Message message;
     for (const auto& [key, value] : values.values) {
-        if (const auto* text = std::get_if<std::string>(&value)) message[key] = *text;
-        else message[key] = std::get<Platform::StringArrayValue>(value).strings;
+        if (const auto* text = std::get_if<std::string>(&value))
+            message[key] = *text;
+        else
+            message[key] = std::get<Platform::StringArrayValue>(value).strings;
     }
     return message;
 }
@@ -42,7 +44,8 @@ BusPeer::BusPeer(const std::string& address, std::string appId, std::string toAp
 {
     std::promise<void> ready;
     auto isReady = ready.get_future();
-    mThread = std::thread([this, address, ready = std::move(ready)]() mutable { Run(address, std::move(ready)); });
+    mThread =
+        std::thread([this, address, ready = std::move(ready)]() mutable { Run(address, std::move(ready)); });
     isReady.get();
 }
 
@@ -85,7 +88,8 @@ void BusPeer::OnThread(std::function<void()> work)
 int BusPeer::OnCall(sd_bus_message* message, void* data, sd_bus_error*)
 {
     auto* self = static_cast<BusPeer*>(data);
-    if (sd_bus_message_is_method_call(message, Platform::kPortInterface, nullptr) > 0) return self->Take(message);
+    if (sd_bus_message_is_method_call(message, Platform::kPortInterface, nullptr) > 0)
+        return self->Take(message);
     if (sd_bus_message_is_method_call(message, Platform::kApplicationInterface, "Launch") > 0) {
         return self->Answer(message);
     }

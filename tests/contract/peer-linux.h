@@ -7,15 +7,15 @@
 #include <set>
 #include <thread>
 
-#include "harness.h"
 #include "event-loop-sdevent.h"
+#include "harness.h"
 #include "message-port-sdbus.h"
 #include "value-store-sqlite.h"
 
 namespace Contract {
 
 class BusPeer final : public Peer {
-   public:
+public:
     // `toApp` is the application under test.
     BusPeer(const std::string& address, std::string appId, std::string toApp);
     ~BusPeer() override;
@@ -28,7 +28,7 @@ class BusPeer final : public Peer {
     void AnswerLaunches(const LaunchAnswer& answer) override;
     void SetKey(const std::string& key, const KeyValue& value) override;
 
-   private:
+private:
     void Run(const std::string& address, std::promise<void> ready);
     void OnThread(std::function<void()> work);  // returns when it has run
     static int OnCall(sd_bus_message* message, void* self, sd_bus_error*);

@@ -26,7 +26,7 @@ std::string Text(const Platform::LaunchData& extra, const std::string& key)
 }
 
 class ALaunchRequest : public AnApplication {
-   protected:
+protected:
     ALaunchRequest() { Announce(); }
 
     // A peer asks us; what we do is `handler`.
@@ -62,7 +62,9 @@ TEST_F(ALaunchRequest, brings_its_extra_data)
         seen = value ? value : "(none)";
         free(value);
     });
-    Ask({{"operation", std::string("configuration")}});
+    Ask({
+        {"operation", std::string("configuration")}
+    });
     ASSERT_TRUE(RunUntil([&] { return reply.has_value(); }));
     EXPECT_EQ(seen, "configuration");
 }
@@ -118,7 +120,7 @@ TEST_F(ALaunchRequest, has_failed_when_its_last_clone_is_destroyed)
 }
 
 class ALauncher : public AnApplication {
-   protected:
+protected:
     ALauncher() { Announce(); }
 
     // Sends on a thread of its own, as the service does, while the loop runs.
@@ -152,12 +154,13 @@ class ALauncher : public AnApplication {
         capture.Own(kCapture);
         static const sd_bus_vtable kTable[] = {
             SD_BUS_VTABLE_START(0),
-            SD_BUS_METHOD("Launch", "sa{sv}", "ia{sv}",
-                          [](sd_bus_message* m, void* code, sd_bus_error*) {
-                              return sd_bus_reply_method_return(m, "ia{sv}", *static_cast<int*>(code), 1, "Result",
-                                                                "s", "OK");
-                          },
-                          SD_BUS_VTABLE_UNPRIVILEGED),
+            SD_BUS_METHOD(
+                "Launch", "sa{sv}", "ia{sv}",
+                [](sd_bus_message* m, void* code, sd_bus_error*) {
+                    return sd_bus_reply_method_return(m, "ia{sv}", *static_cast<int*>(code), 1, "Result", "s",
+                                                      "OK");
+                },
+                SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_VTABLE_END,
         };
         captureResult = result;

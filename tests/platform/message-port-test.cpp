@@ -22,7 +22,7 @@ constexpr char kInvalidBundle[] = "com.corvane.platform.Error.InvalidBundle";
 constexpr char kQueueFull[] = "com.corvane.platform.Error.QueueFull";
 
 class ATrustedPort : public AnApplication {
-   protected:
+protected:
     ATrustedPort()
     {
         OpenPort();
@@ -33,7 +33,11 @@ class ATrustedPort : public AnApplication {
     std::string AnswerTo(Peer& peer, const std::string& claimed, const std::string& port = kPort)
     {
         const std::size_t before = peer.Answers().size();
-        peer.Send(claimed, *Bundle({{"type", "hello"}}), port);
+        peer.Send(claimed,
+                  *Bundle({
+                      {"type", "hello"}
+        }),
+                  port);
         if (!RunUntil([&] { return peer.Answers().size() > before; })) return "no answer";
         return peer.Answers().back();
     }
@@ -94,9 +98,13 @@ TEST_F(ATrustedPort, takes_the_owner_of_the_moment_when_the_bus_routed_the_messa
     constexpr int kRounds = 500;
     for (int i = 0; i < kRounds; ++i) {
         home.OwnLater(kHome);
-        home.Send(kHome, *Bundle({{"type", "owned"}}));
+        home.Send(kHome, *Bundle({
+                             {"type", "owned"}
+        }));
         home.ReleaseLater(kHome);
-        home.Send(kHome, *Bundle({{"type", "not owned"}}));
+        home.Send(kHome, *Bundle({
+                             {"type", "not owned"}
+        }));
         ASSERT_TRUE(RunUntil([&] { return home.Answers().size() >= 2u * (static_cast<unsigned>(i) + 1); }));
     }
     EXPECT_THAT(received, SizeIs(kRounds));
@@ -107,9 +115,13 @@ TEST_F(ATrustedPort, keeps_apart_owned_and_not_owned_in_one_burst)
 {
     for (int i = 0; i < 30; ++i) {
         home.OwnLater(kHome);
-        home.Send(kHome, *Bundle({{"type", "owned"}}));
+        home.Send(kHome, *Bundle({
+                             {"type", "owned"}
+        }));
         home.ReleaseLater(kHome);
-        home.Send(kHome, *Bundle({{"type", "not owned"}}));
+        home.Send(kHome, *Bundle({
+                             {"type", "not owned"}
+        }));
     }
     ASSERT_TRUE(RunUntil([&] { return home.Answers().size() == 60; }));
     EXPECT_THAT(received, SizeIs(30));
@@ -122,7 +134,8 @@ TEST_F(ATrustedPort, believes_no_owner_change_that_a_peer_forges)
     ASSERT_EQ(AnswerTo(home, kHome), "");
     Peer forger(bus.Address());
     sd_bus_message* raw = nullptr;
-    sd_bus_message_new_signal(forger.Get(), &raw, Platform::kDriverPath, Platform::kDriver, "NameOwnerChanged");
+    sd_bus_message_new_signal(forger.Get(), &raw, Platform::kDriverPath, Platform::kDriver,
+                              "NameOwnerChanged");
     sd_bus_message_append(raw, "sss", kHome, home.UniqueName().c_str(), forger.UniqueName().c_str());
     sd_bus_message_set_destination(raw, kApp);
     const Platform::MessagePtr forged(raw);
@@ -155,7 +168,9 @@ TEST_F(ATrustedPort, keeps_the_order_of_a_connections_messages)
     std::vector<std::string> sent;
     for (int i = 0; i < 20; ++i) {
         sent.push_back(std::to_string(i));
-        home.Send(i % 2 ? kHome : "com.example.second", *Bundle({{"type", sent.back()}}));
+        home.Send(i % 2 ? kHome : "com.example.second", *Bundle({
+                                                            {"type", sent.back()}
+        }));
     }
     ASSERT_TRUE(RunUntil([&] { return received.size() == 20; }));
     std::vector<std::string> got;
@@ -172,7 +187,11 @@ TEST_F(ATrustedPort, says_that_there_is_no_such_port)
 TEST_F(ATrustedPort, is_not_reached_as_an_untrusted_one)
 {
     home.Own(kHome);
-    home.Send(kHome, *Bundle({{"type", "hello"}}), kPort, false);
+    home.Send(kHome,
+              *Bundle({
+                  {"type", "hello"}
+    }),
+              kPort, false);
     ASSERT_TRUE(RunUntil([&] { return !home.Answers().empty(); }));
     EXPECT_THAT(home.Answers(), ElementsAre(kNoSuchPort));
     EXPECT_THAT(received, IsEmpty());
@@ -181,10 +200,12 @@ TEST_F(ATrustedPort, is_not_reached_as_an_untrusted_one)
 TEST_F(ATrustedPort, takes_strings_and_bytes_and_arrays_of_both)
 {
     home.Own(kHome);
-    EXPECT_EQ(AnswerToBundle(home, [](sd_bus_message* m) {
-                  sd_bus_message_append(m, "a{sv}", 4, "s", "s", "text", "as", "as", 2, "a", "b", "ay", "ay", 2, 0xff,
-                                        0x41, "aay", "aay", 2, 1, 0x61, 2, 0x62, 0x63);
-              }),
+    EXPECT_EQ(AnswerToBundle(home,
+                             [](sd_bus_message* m) {
+                                 sd_bus_message_append(m, "a{sv}", 4, "s", "s", "text", "as", "as", 2, "a",
+                                                       "b", "ay", "ay", 2, 0xff, 0x41, "aay", "aay", 2, 1,
+                                                       0x61, 2, 0x62, 0x63);
+                             }),
               "");
     ASSERT_THAT(received, SizeIs(1));
     EXPECT_EQ(received[0].Text("s"), "text");
@@ -199,17 +220,19 @@ TEST_F(ATrustedPort, takes_strings_and_bytes_and_arrays_of_both)
 TEST_F(ATrustedPort, refuses_a_value_of_another_type)
 {
     home.Own(kHome);
-    EXPECT_EQ(AnswerToBundle(home, [](sd_bus_message* m) { sd_bus_message_append(m, "a{sv}", 1, "n", "i", 1); }),
-              kInvalidBundle);
+    EXPECT_EQ(
+        AnswerToBundle(home, [](sd_bus_message* m) { sd_bus_message_append(m, "a{sv}", 1, "n", "i", 1); }),
+        kInvalidBundle);
     EXPECT_THAT(received, IsEmpty());
 }
 
 TEST_F(ATrustedPort, refuses_a_key_that_comes_twice)
 {
     home.Own(kHome);
-    EXPECT_EQ(AnswerToBundle(home, [](sd_bus_message* m) {
-                  sd_bus_message_append(m, "a{sv}", 2, "k", "s", "1", "k", "s", "2");
-              }),
+    EXPECT_EQ(AnswerToBundle(home,
+                             [](sd_bus_message* m) {
+                                 sd_bus_message_append(m, "a{sv}", 2, "k", "s", "1", "k", "s", "2");
+                             }),
               kInvalidBundle);
     EXPECT_THAT(received, IsEmpty());
 }
@@ -217,8 +240,10 @@ TEST_F(ATrustedPort, refuses_a_key_that_comes_twice)
 TEST_F(ATrustedPort, refuses_bytes_with_a_NUL_inside)
 {
     home.Own(kHome);
-    EXPECT_EQ(AnswerToBundle(
-                  home, [](sd_bus_message* m) { sd_bus_message_append(m, "a{sv}", 1, "k", "ay", 3, 0x61, 0, 0x62); }),
+    EXPECT_EQ(AnswerToBundle(home,
+                             [](sd_bus_message* m) {
+                                 sd_bus_message_append(m, "a{sv}", 1, "k", "ay", 3, 0x61, 0, 0x62);
+                             }),
               kInvalidBundle);
     EXPECT_THAT(received, IsEmpty());
 }
@@ -247,7 +272,10 @@ TEST_F(ATrustedPort, bounds_what_waits_for_its_check)
     // A connection that has not been seen: all its messages wait for its user.
     Peer flood(bus.Address());
     flood.Own(kHome);
-    for (int i = 0; i < 100; ++i) flood.Send(kHome, *Bundle({{"type", std::to_string(i)}}));
+    for (int i = 0; i < 100; ++i)
+        flood.Send(kHome, *Bundle({
+                              {"type", std::to_string(i)}
+        }));
     flood.WaitUntilRouted();
     ASSERT_TRUE(RunUntil([&] { return flood.Answers().size() == 100; }));
     EXPECT_THAT(received, SizeIs(64));
@@ -271,8 +299,11 @@ TEST_F(ATrustedPort, refuses_another_user)
         sd_bus_set_bus_client(raw, true);
         if (sd_bus_start(raw) < 0 || sd_bus_request_name(raw, kHome, 0) < 0) _exit(2);
         int code = 0;
-        const auto call =
-            Platform::NewPortMessage(raw, kApp, kPort, true, kHome, "", *Bundle({{"type", "x"}}), true, &code);
+        const auto call = Platform::NewPortMessage(raw, kApp, kPort, true, kHome, "",
+                                                   *Bundle({
+                                                       {"type", "x"}
+        }),
+                                                   true, &code);
         Platform::BusError error;
         sd_bus_call(raw, call.get(), 5'000'000, error.Out(), nullptr);
         _exit(error.Is(kNotTrusted) ? 0 : 3);
@@ -290,10 +321,18 @@ TEST_F(AnUntrustedPort, takes_messages_sent_untrusted_and_still_checks_the_name)
     OpenPort("open-port", false);
     Announce();
     Peer peer(bus.Address());
-    peer.Send("com.example.anybody", *Bundle({{"type", "1"}}), "open-port", false);
+    peer.Send("com.example.anybody",
+              *Bundle({
+                  {"type", "1"}
+    }),
+              "open-port", false);
     ASSERT_TRUE(RunUntil([&] { return !peer.Answers().empty(); }));
     peer.OwnLater("com.example.anybody");
-    peer.Send("com.example.anybody", *Bundle({{"type", "2"}}), "open-port", false);
+    peer.Send("com.example.anybody",
+              *Bundle({
+                  {"type", "2"}
+    }),
+              "open-port", false);
     ASSERT_TRUE(RunUntil([&] { return peer.Answers().size() == 2; }));
     ASSERT_THAT(received, SizeIs(1));
     EXPECT_EQ(received[0].Text("type"), "2");
@@ -306,13 +345,17 @@ TEST_F(AnUntrustedPort, is_not_reached_by_a_trusted_send)
     Announce();
     Peer peer(bus.Address());
     peer.Own(kHome);
-    peer.Send(kHome, *Bundle({{"type", "1"}}), "open-port", true);
+    peer.Send(kHome,
+              *Bundle({
+                  {"type", "1"}
+    }),
+              "open-port", true);
     ASSERT_TRUE(RunUntil([&] { return !peer.Answers().empty(); }));
     EXPECT_THAT(peer.Answers(), ElementsAre(kNoSuchPort));
 }
 
 class ASender : public AnApplication {
-   protected:
+protected:
     ASender() { Announce(); }
 
     // A peer with a port, on the same loop.
@@ -343,7 +386,11 @@ TEST_F(ASender, loses_a_message_to_a_peer_that_is_not_there_and_starts_nobody)
 {
     const std::string mark = root.Path() + "/started";
     bus.AddActivation(kHome, "/bin/sh -c \"touch " + mark + "\"");
-    EXPECT_EQ(process->Ports().Send(kHome, kHomePort, true, "", *Bundle({{"type", "x"}})), 0);
+    EXPECT_EQ(process->Ports().Send(kHome, kHomePort, true, "",
+                                    *Bundle({
+                                        {"type", "x"}
+    })),
+              0);
     Settle(home);
     EXPECT_NE(access(mark.c_str(), F_OK), 0);
 }
@@ -370,7 +417,11 @@ TEST_F(ASender, sends_long_strings_and_such_as_are_no_utf8_as_bytes)
     sd_bus_add_filter(home.Get(), &slot, read, &types);
     const Platform::SlotPtr filter(slot);
     home.Own(kHome);
-    auto message = Bundle({{"short", "x"}, {"long", std::string(4096, 'x')}, {"bytes", "\xff"}});
+    auto message = Bundle({
+        {"short", "x"             },
+        {"long",  std::string(4096, 'x')},
+        {"bytes",       "\xff"                }
+    });
     message->Set("array", Platform::StringArray{"a", "\xff"});
     message->Set("texts", Platform::StringArray{"a"});
     EXPECT_EQ(process->Ports().Send(kHome, kHomePort, true, "", *message), 0);

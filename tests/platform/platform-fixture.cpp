@@ -24,7 +24,10 @@ std::string Peer::UniqueName() const
     return name ? name : "";
 }
 
-void Peer::Own(const std::string& name) { ASSERT_GE(sd_bus_request_name(Get(), name.c_str(), 0), 0) << name; }
+void Peer::Own(const std::string& name)
+{
+    ASSERT_GE(sd_bus_request_name(Get(), name.c_str(), 0), 0) << name;
+}
 
 void Peer::OwnLater(const std::string& name)
 {
@@ -41,13 +44,14 @@ void Peer::ReleaseLater(const std::string& name)
 void Peer::Send(const std::string& claimed, const bundle& message, const std::string& port, bool trusted)
 {
     int code = 0;
-    SendRaw(Platform::NewPortMessage(Get(), kApp, port, trusted, claimed, "reply::port", message, true, &code));
+    SendRaw(
+        Platform::NewPortMessage(Get(), kApp, port, trusted, claimed, "reply::port", message, true, &code));
 }
 
 void Peer::WaitUntilRouted()
 {
-    ASSERT_GE(sd_bus_call_method(Get(), Platform::kDriver, Platform::kDriverPath, Platform::kDriver, "GetId", nullptr,
-                                 nullptr, ""),
+    ASSERT_GE(sd_bus_call_method(Get(), Platform::kDriver, Platform::kDriverPath, Platform::kDriver, "GetId",
+                                 nullptr, nullptr, ""),
               0);
 }
 
@@ -79,10 +83,12 @@ AnApplication::~AnApplication() = default;
 
 void AnApplication::OpenPort(const std::string& name, bool trusted)
 {
-    process->Ports().Open(name, trusted,
-                          [this](int, const std::string& app, const std::string& port, bool t, bundle* message) {
-                              received.push_back({app, port, t, {message->values.begin(), message->values.end()}});
-                          });
+    process->Ports().Open(
+        name, trusted, [this](int, const std::string& app, const std::string& port, bool t, bundle* message) {
+            received.push_back({
+                app, port, t, {message->values.begin(), message->values.end()}
+            });
+        });
 }
 
 void AnApplication::Announce()

@@ -24,7 +24,7 @@ inline constexpr char kHomePort[] = "w-home::localport";
 
 // Another program on the bus.
 class Peer {
-   public:
+public:
     explicit Peer(const std::string& address);
 
     sd_bus* Get() const { return mBus.get(); }
@@ -42,7 +42,7 @@ class Peer {
     void SendRaw(Platform::MessagePtr call);
     const std::vector<std::string>& Answers() const { return mAnswers; }
 
-   private:
+private:
     Platform::BusPtr mBus;
     std::vector<std::string> mAnswers;
 };
@@ -55,7 +55,7 @@ struct Received {
 };
 
 class AnApplication : public testing::Test {
-   protected:
+protected:
     AnApplication();
     ~AnApplication() override;
 

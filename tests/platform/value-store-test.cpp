@@ -18,7 +18,7 @@ using testing::Optional;
 using testing::SizeIs;
 
 class AValueStore : public testing::Test {
-   protected:
+protected:
     std::string Path() const { return folder.Path() + "/values.db"; }
     void Damage() { std::ofstream(Path(), std::ios::trunc) << std::string(8192, 'x'); }
 

@@ -27,7 +27,8 @@ TemporaryFolder::~TemporaryFolder()
 
 PrivateBus::PrivateBus() : mAddress("unix:path=" + mFolder.Path() + "/bus")
 {
-    std::filesystem::permissions(mFolder.Path(), std::filesystem::perms::all);  // peers of other users come in
+    std::filesystem::permissions(mFolder.Path(),
+                                 std::filesystem::perms::all);  // peers of other users come in
     std::filesystem::create_directory(mFolder.Path() + "/services");
     std::ofstream(mFolder.Path() + "/bus.conf")
         << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
@@ -35,7 +36,8 @@ PrivateBus::PrivateBus() : mAddress("unix:path=" + mFolder.Path() + "/bus")
            "<busconfig><type>session</type><listen>"
         << mAddress << "</listen><servicedir>" << mFolder.Path()
         << "/services</servicedir><policy context=\"default\"><allow user=\"*\"/>"
-           "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow own=\"*\"/></policy></busconfig>\n";
+           "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow "
+           "own=\"*\"/></policy></busconfig>\n";
     int ready[2];
     if (pipe2(ready, 0) != 0) throw std::runtime_error("no pipe");
     mDaemon = fork();
@@ -54,7 +56,10 @@ PrivateBus::PrivateBus() : mAddress("unix:path=" + mFolder.Path() + "/bus")
     if (!up) throw std::runtime_error("dbus-daemon did not start");
 }
 
-PrivateBus::~PrivateBus() { Kill(); }
+PrivateBus::~PrivateBus()
+{
+    Kill();
+}
 
 void PrivateBus::Kill()
 {
@@ -74,8 +79,8 @@ void PrivateBus::AddActivation(const std::string& name, const std::string& comma
     sd_bus_set_bus_client(bus, true);
     sd_bus_start(bus);
     constexpr char kDriver[] = "org.freedesktop.DBus";
-    const int code = sd_bus_call_method(bus, kDriver, "/org/freedesktop/DBus", kDriver, "ReloadConfig", nullptr,
-                                        nullptr, "");
+    const int code = sd_bus_call_method(bus, kDriver, "/org/freedesktop/DBus", kDriver, "ReloadConfig",
+                                        nullptr, nullptr, "");
     sd_bus_flush_close_unref(bus);
     if (code < 0) throw std::runtime_error("the bus does not read its folder again");
 }

@@ -1,4 +1,5 @@
-// A bus of its own for one test: a real dbus-daemon on a socket in a folder of its own, ended with the object.
+// A bus of its own for one test: a real dbus-daemon on a socket in a folder of its own, ended with the
+// object.
 
 #pragma once
 
@@ -10,19 +11,19 @@ namespace TestSupport {
 
 // A folder that goes with the object.
 class TemporaryFolder {
-   public:
+public:
     TemporaryFolder();
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     const std::string& Path() const { return mPath; }
 
-   private:
+private:
     std::string mPath;
 };
 
 class PrivateBus {
-   public:
+public:
     PrivateBus();  // throws std::runtime_error when there is no dbus-daemon
     ~PrivateBus();
     PrivateBus(const PrivateBus&) = delete;
@@ -36,7 +37,7 @@ class PrivateBus {
     // Kills the daemon at once.
     void Kill();
 
-   private:
+private:
     TemporaryFolder mFolder;
     std::string mAddress;
     pid_t mDaemon = -1;

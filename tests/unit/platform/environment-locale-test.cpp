@@ -11,7 +11,7 @@ namespace {
 
 // Gives the environment back as it was.
 class AnEnvironment : public testing::Test {
-   protected:
+protected:
     AnEnvironment()
     {
         for (const char* name : {"LC_ALL", "LC_TIME", "LANG", "TZ"}) {
@@ -23,17 +23,22 @@ class AnEnvironment : public testing::Test {
     ~AnEnvironment() override
     {
         for (const auto& [name, value] : mBefore) {
-            if (value) setenv(name.c_str(), value->c_str(), 1);
-            else unsetenv(name.c_str());
+            if (value)
+                setenv(name.c_str(), value->c_str(), 1);
+            else
+                unsetenv(name.c_str());
         }
     }
     void Set(const char* name, const char* value) { setenv(name, value, 1); }
 
-   private:
+private:
     std::map<std::string, std::optional<std::string>> mBefore;
 };
 
-TEST_F(AnEnvironment, without_a_locale_is_en_US) { EXPECT_EQ(Platform::EnvironmentLocale(), "en_US"); }
+TEST_F(AnEnvironment, without_a_locale_is_en_US)
+{
+    EXPECT_EQ(Platform::EnvironmentLocale(), "en_US");
+}
 
 TEST_F(AnEnvironment, of_C_or_POSIX_is_en_US)
 {

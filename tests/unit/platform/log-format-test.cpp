@@ -14,7 +14,10 @@ TEST(ALogText, keeps_plain_text_and_utf8_as_it_stands)
     EXPECT_EQ(LogText("Zürich 서울 القاهرة \\x0A"), "Zürich 서울 القاهرة \\x0A");
 }
 
-TEST(ALogText, shows_control_characters_as_hex) { EXPECT_EQ(LogText("a\nb\x1b[2J\x7f"), "a\\x0Ab\\x1B[2J\\x7F"); }
+TEST(ALogText, shows_control_characters_as_hex)
+{
+    EXPECT_EQ(LogText("a\nb\x1b[2J\x7f"), "a\\x0Ab\\x1B[2J\\x7F");
+}
 
 TEST(ALogText, shows_the_control_characters_above_ascii_as_hex)
 {
@@ -25,7 +28,7 @@ TEST(ALogText, shows_the_control_characters_above_ascii_as_hex)
 TEST(ALogText, shows_bytes_that_are_no_utf8_as_hex)
 {
     EXPECT_EQ(LogText("\xff"), "\\xFF");
-    EXPECT_EQ(LogText("\xc0\xaf"), "\\xC0\\xAF");          // overlong
+    EXPECT_EQ(LogText("\xc0\xaf"), "\\xC0\\xAF");           // overlong
     EXPECT_EQ(LogText("\xed\xa0\x80"), "\\xED\\xA0\\x80");  // surrogate
     EXPECT_EQ(LogText("\xf4\x90\x80\x80"), "\\xF4\\x90\\x80\\x80");
     EXPECT_EQ(LogText("\xe2\x82"), "\\xE2\\x82");  // cut off

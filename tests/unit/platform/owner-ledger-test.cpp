@@ -15,7 +15,7 @@ constexpr char kName[] = "com.example.peer";
 
 // The bus side: what the ledger asked of it.
 class RecordingWatcher final : public OwnerLedger::Watcher {
-   public:
+public:
     void Watch(const std::string& name, uint64_t generation) override
     {
         watched.push_back(name);
@@ -29,7 +29,7 @@ class RecordingWatcher final : public OwnerLedger::Watcher {
 };
 
 class AnOwnerLedger : public testing::Test {
-   protected:
+protected:
     void Ask(const std::string& name = kName)
     {
         asked = ledger.Ask(name, [this](const std::string& owner) { owners.push_back(owner); });

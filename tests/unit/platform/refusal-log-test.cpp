@@ -28,7 +28,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 class ARefusalLog : public testing::Test {
-   protected:
+protected:
     ARefusalLog() { gLines.clear(); }
     Platform::RefusalLog log;
 };
