@@ -156,12 +156,23 @@ std::string TextOf(const bundle& message, const char* key)
     return text ? *text : "";
 }
 
-// Waits until another picture lies at the face's preview path.
+bool IsNotOlder(const std::string& path, const std::string& than)
+{
+    struct stat one {
+    }, other{};
+    if (stat(path.c_str(), &one) != 0 || stat(than.c_str(), &other) != 0) return false;
+    const bool sameSecond = one.st_mtim.tv_sec == other.st_mtim.tv_sec;
+    return sameSecond ? one.st_mtim.tv_nsec >= other.st_mtim.tv_nsec
+                      : one.st_mtim.tv_sec > other.st_mtim.tv_sec;
+}
+
+// Waits until another picture lies at the face's preview path: one that is not older than the document,
+// because a picture that was asked for before may come meanwhile.
 bool AwaitPreview(Connection& connection, const Face& face, const FileMark& before, Seconds most)
 {
     const auto hasChanged = [&] {
         const FileMark now = MarkOfFile(face.Preview());
-        return now.inode != 0 && !(now == before);
+        return now.inode != 0 && !(now == before) && IsNotOlder(face.Preview(), face.WatchfaceXml());
     };
     sd_event_source* raw = nullptr;
     const auto wakeUp = [](sd_event_source*, const inotify_event*, void*) { return 0; };

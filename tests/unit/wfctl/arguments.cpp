@@ -17,7 +17,10 @@ using testing::IsEmpty;
 
 namespace {
 
-std::string Text(const std::string& argument) { return std::get<std::string>(ParseAssignment(argument).second); }
+std::string Text(const std::string& argument)
+{
+    return std::get<std::string>(ParseAssignment(argument).second);
+}
 
 std::vector<std::string> Elements(const std::string& argument)
 {
@@ -37,7 +40,7 @@ Exit StatusOf(Body&& body)
 }
 
 class AFile : public testing::Test {
-   protected:
+protected:
     AFile()
     {
         std::string folder = testing::TempDir() + "wfctl-XXXXXX";
@@ -171,7 +174,8 @@ TEST(AValue, without_a_type_is_what_it_looks_like)
 
 TEST(AValue, keeps_the_type_of_the_one_that_is_there)
 {
-    EXPECT_EQ(ParseValue("1", "", Platform::StoredValue(std::string())), Platform::StoredValue(std::string("1")));
+    EXPECT_EQ(ParseValue("1", "", Platform::StoredValue(std::string())),
+              Platform::StoredValue(std::string("1")));
     EXPECT_EQ(ParseValue("1", "", Platform::StoredValue(int64_t{5})), Platform::StoredValue(int64_t{1}));
     EXPECT_EQ(StatusOf([] { ParseValue("1", "", Platform::StoredValue(true)); }), Exit::kUsage);
     EXPECT_EQ(StatusOf([] { ParseValue("x", "", Platform::StoredValue(int64_t{5})); }), Exit::kUsage);

@@ -8,7 +8,10 @@ using namespace Wfctl;
 
 namespace {
 
-std::string Base64Of(const std::string& bytes) { return BytesToJson(bytes)["base64"].get<std::string>(); }
+std::string Base64Of(const std::string& bytes)
+{
+    return BytesToJson(bytes)["base64"].get<std::string>();
+}
 
 }  // namespace
 

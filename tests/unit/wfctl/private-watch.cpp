@@ -10,13 +10,14 @@
 using namespace Wfctl;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Pair;
 using testing::Not;
+using testing::Pair;
 
 namespace {
 
-const char* const kAwkward[] = {"",        "plain",      "two words", "it's",  "''",  "a\nb", "$HOME `id` \\ \"q\"",
-                                "Zürich/미렐", "\xff\xfe",   "-n",        "='x'=", "#a"};
+const char* const kAwkward[] = {
+    "",         "plain", "two words", "it's", "''", "a\nb", "$HOME `id` \\ \"q\"", "Zürich/미렐",
+    "\xff\xfe", "-n",    "='x'=",     "#a"};
 
 // What `sh` says the word is.
 std::string WordOfShell(const std::string& quoted)

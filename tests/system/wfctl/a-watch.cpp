@@ -1,0 +1,108 @@
+#include "a-watch.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+Arguments Command(Arguments arguments)
+{
+    arguments.insert(arguments.begin(), WFCTL);
+    return arguments;
+}
+
+// Nothing of the machine's own watch or bus.
+const Environment kNoWatch = {
+    {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"},
+    {"DBUS_STARTER_ADDRESS",     ""                          },
+    {"WATCH_ROOT",               "/nonexistent/watch"        },
+    {"WATCH_RESOURCES",          ""                          },
+    {"LC_ALL",                   "C.UTF-8"                   }
+};
+
+}  // namespace
+
+Result Wfctl(const Arguments& arguments)
+{
+    return RunProgram(Command(arguments), kNoWatch);
+}
+
+AFolder::AFolder()
+{
+    std::string folder = testing::TempDir() + "wfctl-XXXXXX";
+    mFolder = mkdtemp(folder.data());
+}
+
+AFolder::~AFolder()
+{
+    fs::remove_all(mFolder);
+}
+
+std::string AFolder::Holding(const std::string& name, const std::string& bytes) const
+{
+    std::ofstream(mFolder + "/" + name, std::ios::binary) << bytes;
+    return mFolder + "/" + name;
+}
+
+AWatch::AWatch() : mRoot(mFolder + "/it's a \"watch\" $x `y` \\ ü미렐 ")
+{
+    mRoot.resize(std::max<std::size_t>(mRoot.size(), 220), 'x');
+    mUp = Wfctl({"up", "--root", mRoot});
+    EXPECT_EQ(mUp.status, 0) << mUp.err << ContentsOf(mRoot + "/watch.log");
+    mEnvironment = kNoWatch;
+    mEnvironment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + State("RUN_FOLDER") + "/bus";
+    mEnvironment["WATCH_ROOT"] = mRoot;
+    mEnvironment["WATCH_RESOURCES"] = STAGED_FACES;
+}
+
+AWatch::~AWatch()
+{
+    if (HasFailure()) std::cerr << ContentsOf(mRoot + "/watch.log");
+    Wfctl({"down", "--root", mRoot});
+}
+
+Result AWatch::Run(const Arguments& arguments) const
+{
+    return RunProgram(Command(arguments), mEnvironment);
+}
+
+std::unique_ptr<Program> AWatch::Start(const Arguments& arguments) const
+{
+    return std::make_unique<Program>(Command(arguments), mEnvironment);
+}
+
+std::unique_ptr<Program> AWatch::Listen(Arguments arguments) const
+{
+    arguments.insert(arguments.begin(), "listen");
+    auto listener = Start(arguments);
+    EXPECT_THAT(listener->NextErrorLine().value_or(""), testing::StartsWith("listening as"));
+    return listener;
+}
+
+std::string AWatch::State(const std::string& name) const
+{
+    const std::string text = ContentsOf(mRoot + "/watch.state");
+    const auto at = text.find("\n" + name + "='");
+    if (at == std::string::npos) return {};
+    const auto begin = at + name.size() + 3;
+    return text.substr(begin, text.find('\'', begin) - begin);
+}
+
+std::string AWatch::ReadOnlyFace(const std::string& name) const
+{
+    return std::string(STAGED_FACES) + "/com.corvane.watchface/shared/res/watchlist/" + name + "/";
+}
+
+std::string AWatch::ReadWriteFace(const std::string& name) const
+{
+    return mRoot + "/apps/com.corvane.watchface/shared/data/watchlist/" + name + "/";
+}
+
+std::string AWatch::StagedResultXml(const std::string& name)
+{
+    return std::string(STAGED_FACES) + "/com.corvane.watchface/shared/res/watchlist/" + name + "/" + name +
+           "_result.xml";
+}

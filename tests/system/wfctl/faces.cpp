@@ -1,0 +1,165 @@
+// Faces: list, current, set, install, update, flatten, render.
+
+#include <filesystem>
+#include <fstream>
+
+#include "a-watch.h"
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to)
+{
+    const auto at = text.find(from);
+    if (at != std::string::npos) text.replace(at, from.size(), to);
+    return text;
+}
+
+}  // namespace
+
+TEST_F(AWatch, lists_its_faces)
+{
+    const Json faces = Run({"list", "--json"}).AsJson();
+    ASSERT_EQ(faces.size(), 2U);
+    EXPECT_EQ(faces[0]["name"], kClassic);
+    EXPECT_EQ(faces[0]["title"], "Mirel Classic");
+    EXPECT_EQ(faces[0]["area"], "read-only");
+    EXPECT_EQ(faces[0]["current"], false);
+    EXPECT_THAT(Run({"list"}).out, HasSubstr("Mirel Classic"));
+}
+
+TEST_F(AWatch, has_no_current_face_at_first)
+{
+    EXPECT_EQ(Run({"current"}).status, 10);
+}
+
+TEST_F(AWatch, makes_a_face_the_current_one)
+{
+    EXPECT_EQ(Run({"set", kDigital}).status, 0);
+    EXPECT_EQ(Run({
+                      "current", "--json"
+    })
+                  .AsJson(),
+              (Json{{"app", "com.corvane.watchface"}, {"face", kDigital}}));
+    EXPECT_EQ(Run({"set", kDigital}).status, 0);
+    EXPECT_EQ(Run({"list", "--json"}).AsJson()[1]["current"], true);
+    EXPECT_THAT(Run({"current"}).out, HasSubstr(kDigital));
+}
+
+TEST_F(AWatch, does_not_make_a_face_current_that_there_is_not)
+{
+    const Result set = Run({"set", "com.example.none"});
+    EXPECT_EQ(set.status, 10);
+    EXPECT_THAT(set.err, HasSubstr("wfctl list"));
+    EXPECT_EQ(Run({"current"}).status, 10);
+}
+
+TEST_F(AWatch, installs_a_face_and_draws_its_preview)
+{
+    const Result installed = Run({"install", StagedResultXml(kClassic)});
+    ASSERT_EQ(installed.status, 0) << installed.err;
+    EXPECT_EQ(installed.AsJson()["bundle"]["status"], "success");
+    EXPECT_EQ(installed.AsJson()["bundle"]["data/label"], "Mirel Classic");
+    EXPECT_THAT(ContentsOf(ReadWriteFace(kClassic) + kClassic + ".png"), StartsWith(kPngSignature));
+    EXPECT_EQ(Run({"list", "--json"}).AsJson()[0]["area"], "read-write");
+}
+
+TEST_F(AWatch, updates_a_face_with_another_selection)
+{
+    ASSERT_EQ(Run({"install", StagedResultXml(kClassic)}).status, 0);
+    const std::string before = ContentsOf(ReadWriteFace(kClassic) + kClassic + ".png");
+    const std::string edited = Replaced(ContentsOf(StagedResultXml(kClassic)), "<selection/>",
+                                        "<selection><pick group=\"accent\" option=\"azure\"/></selection>");
+    const Result updated = Run({"update", Holding("edited.xml", edited), "--as", kEditor});
+    ASSERT_EQ(updated.status, 0) << updated.err;
+    EXPECT_NE(ContentsOf(ReadWriteFace(kClassic) + kClassic + ".png"), before);
+    EXPECT_EQ(ContentsOf(ReadWriteFace(kClassic) + kClassic + "_result.xml"), edited);
+}
+
+TEST_F(AWatch, says_why_a_face_was_refused_and_changes_nothing)
+{
+    const std::string bad = Replaced(ContentsOf(StagedResultXml(kClassic)), "format=\"1\"", "format=\"99\"");
+    const Result refused = Run({"install", Holding("bad.xml", bad), "--name", kClassic});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.AsJson()["bundle"]["status"], "fail");
+    EXPECT_THAT(refused.err, HasSubstr("E-FORMAT-VERSION"));
+    EXPECT_FALSE(fs::exists(ReadWriteFace(kClassic) + kClassic + "_result.xml"));
+}
+
+TEST_F(AWatch, takes_an_icon_from_anywhere)
+{
+    const std::string icon = Holding("icon.png", ContentsOf(ReadOnlyFace(kDigital) + kDigital + ".png"));
+    const Result updated =
+        Run({"update", StagedResultXml(kClassic), "--icon", icon, "--as", kEditor, "--label", "Mine"});
+    ASSERT_EQ(updated.status, 0) << updated.err;
+    EXPECT_EQ(ContentsOf(ReadWriteFace(kClassic) + kClassic + ".png"), ContentsOf(icon));
+    EXPECT_EQ(updated.AsJson()["bundle"]["data/label"], "Mine");
+}
+
+TEST_F(AWatch, takes_no_icon_that_is_no_picture)
+{
+    EXPECT_EQ(Run({"update", StagedResultXml(kClassic), "--icon", Holding("icon.png", "text")}).status, 1);
+    EXPECT_EQ(Run({"update", StagedResultXml(kClassic), "--icon", mFolder + "/none.png"}).status, 10);
+}
+
+TEST_F(AWatch, installs_while_a_listener_is_the_application)
+{
+    const auto listener = Listen({"--as", kManager, "--count", "1"});
+    const Result installed = Run({"install", StagedResultXml(kClassic)});
+    ASSERT_EQ(installed.status, 0) << installed.err;
+    EXPECT_EQ(installed.AsJson()["bundle"]["status"], "success");
+    EXPECT_EQ(Json::parse(listener->NextLine().value_or("null")), installed.AsJson());
+}
+
+TEST_F(AFolder, is_enough_to_flatten_a_document)
+{
+    const std::string source =
+        std::string(STAGED_FACES) + "/com.corvane.watchface/shared/res/watchlist/" + kClassic + "/";
+    const Result flat = Wfctl({"flatten", source + kClassic + "_result.xml"});
+    EXPECT_EQ(flat.status, 0) << flat.err;
+    EXPECT_EQ(flat.out, ContentsOf(source + "watchface.xml"));
+    EXPECT_EQ(Wfctl({"flatten", source + kClassic + "_result.xml", "-o", mFolder + "/out.xml"}).out, "");
+    EXPECT_EQ(ContentsOf(mFolder + "/out.xml"), flat.out);
+}
+
+TEST_F(AFolder, is_enough_to_find_what_is_wrong_with_a_document)
+{
+    const std::string file = Holding("bad.xml", "<face-result/>");
+    const Result refused = Wfctl({"flatten", file, "-o", mFolder + "/out.xml"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.err, HasSubstr(file + ":1:1: E-"));
+    EXPECT_FALSE(fs::exists(mFolder + "/out.xml"));
+    EXPECT_EQ(Wfctl({"flatten", file, "--json"}).AsJson()["accepted"], false);
+    EXPECT_EQ(Wfctl({"flatten", mFolder + "/none.xml"}).status, 10);
+}
+
+TEST_F(AFolder, is_enough_to_draw_a_document)
+{
+    const std::string source =
+        std::string(STAGED_FACES) + "/com.corvane.watchface/shared/res/watchlist/" + kClassic + "/";
+    for (const std::string& name : {std::string(kClassic) + "_result.xml", std::string("watchface.xml")}) {
+        const Result drawn =
+            Wfctl({"render", source + name, "-o", mFolder + "/out.png", "--hours", "24", "--size", "120"});
+        EXPECT_EQ(drawn.status, 0) << drawn.err;
+        EXPECT_EQ(drawn.out, mFolder + "/out.png\n");
+        EXPECT_THAT(ContentsOf(mFolder + "/out.png"), StartsWith(kPngSignature));
+        fs::remove(mFolder + "/out.png");
+    }
+    EXPECT_EQ(Wfctl({"render", Holding("bad.xml", "<face-result/>"), "-o", mFolder + "/out.png"}).status, 1);
+    EXPECT_EQ(Wfctl({"render", "com.example.none"}).status, 10);
+    EXPECT_FALSE(fs::exists(mFolder + "/out.png"));
+}
+
+TEST_F(AWatch, draws_its_faces_by_name)
+{
+    const Result drawn = Run({"render", kDigital, "-o", mFolder + "/out.png", "--language", "de_DE"});
+    EXPECT_EQ(drawn.status, 0) << drawn.err;
+    EXPECT_THAT(ContentsOf(mFolder + "/out.png"), StartsWith(kPngSignature));
+}

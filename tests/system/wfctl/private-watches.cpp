@@ -1,0 +1,170 @@
+// Private watches: up, down, status, and what survives.
+
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "a-watch.h"
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+pid_t ServiceOf(const Result& status)
+{
+    const Json service = Json::parse(status.out, nullptr, false);
+    if (service.is_discarded() || !service["service"]["running"].get<bool>()) return 0;
+    return service["service"]["pid"].get<pid_t>();
+}
+
+}  // namespace
+
+TEST_F(AWatch, comes_up_in_a_folder_with_a_long_and_awkward_name)
+{
+    EXPECT_GE(mRoot.size(), 200U);
+    EXPECT_THAT(mUp.out, HasSubstr("watch.env"));
+    EXPECT_GT(ServiceOf(Run({"status", "--json"})), 0);
+}
+
+TEST_F(AWatch, has_an_environment_that_a_shell_can_source)
+{
+    struct stat info {};
+    ASSERT_EQ(stat((mRoot + "/watch.env").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777U, 0600U);
+
+    const Arguments shell = {
+        "sh", "-c",
+        ". \"$1\"; printf '%s|%s|%s' \"$DBUS_SESSION_BUS_ADDRESS\" \"$WATCH_ROOT\" \"$WATCH_RESOURCES\"",
+        "sh", mRoot + "/watch.env"};
+    EXPECT_EQ(RunProgram(shell, {}).out,
+              "unix:path=" + State("RUN_FOLDER") + "/bus|" + mRoot + "|" + std::string(STAGED_FACES));
+}
+
+TEST_F(AWatch, has_a_socket_with_a_short_name)
+{
+    EXPECT_LT(State("RUN_FOLDER").size(), 100U);
+    EXPECT_TRUE(fs::is_socket(State("RUN_FOLDER") + "/bus"));
+}
+
+TEST_F(AWatch, says_what_runs_and_which_trust_holds)
+{
+    const Json status = Run({"status", "--json"}).AsJson();
+    EXPECT_TRUE(status["service"]["running"].get<bool>());
+    EXPECT_FALSE(status["capture"]["running"].get<bool>());
+    EXPECT_EQ(status["bus"]["kind"], "private");
+    EXPECT_EQ(status["trust"], "same-user");
+    EXPECT_EQ(status["root"], mRoot);
+    EXPECT_EQ(status["faces"], 2);
+    EXPECT_THAT(Run({"status"}).out, HasSubstr("trusted means the same user"));
+}
+
+TEST_F(AWatch, can_be_named_by_its_folder)
+{
+    EXPECT_EQ(Wfctl({"status", "--root", mRoot}).status, 0);
+    EXPECT_EQ(Wfctl({"--root", mRoot, "key", "set", "a", "1"}).status, 0);
+    EXPECT_EQ(Run({"key", "get", "a"}).out, "1\n");
+}
+
+TEST_F(AWatch, that_is_up_already_is_left_alone)
+{
+    const pid_t service = ServiceOf(Run({"status", "--json"}));
+    const Result again = Wfctl({"up", "--root", mRoot});
+    EXPECT_EQ(again.status, 9);
+    EXPECT_THAT(again.err, HasSubstr("already up"));
+    EXPECT_EQ(ServiceOf(Run({"status", "--json"})), service);
+}
+
+TEST_F(AWatch, that_goes_down_leaves_its_data_and_no_process)
+{
+    ASSERT_EQ(Run({"key", "set", "a/b", "kept"}).status, 0);
+    const pid_t service = ServiceOf(Run({"status", "--json"}));
+    const pid_t supervisor = std::stoi(State("SUPERVISOR")), bus = std::stoi(State("BUS"));
+    const std::string runFolder = State("RUN_FOLDER");
+
+    EXPECT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+
+    for (const pid_t pid : {service, supervisor, bus}) EXPECT_FALSE(IsRunning(pid)) << pid;
+    EXPECT_FALSE(fs::exists(runFolder));
+    EXPECT_FALSE(fs::exists(mRoot + "/watch.env"));
+    EXPECT_FALSE(fs::exists(mRoot + "/watch.state"));
+    EXPECT_TRUE(fs::exists(mRoot + "/watch.log"));
+    EXPECT_EQ(Run({"status"}).status, 8);
+    EXPECT_EQ(Wfctl({"down", "--root", mRoot}).status, 9);
+
+    EXPECT_EQ(Wfctl({"up", "--root", mRoot}).status, 0);
+    EXPECT_EQ(Wfctl({"key", "get", "a/b", "--root", mRoot}).out, "kept\n");
+}
+
+TEST_F(AWatch, gets_its_bus_back_at_the_same_address)
+{
+    const pid_t service = ServiceOf(Run({"status", "--json"}));
+    ASSERT_EQ(kill(std::stoi(State("BUS")), SIGKILL), 0);
+    EXPECT_TRUE(Eventually([&] {
+        const pid_t now = ServiceOf(Run({"status", "--json"}));
+        return now > 0 && now != service;
+    }));
+    EXPECT_FALSE(IsRunning(service));
+    EXPECT_EQ(Run({"key", "set", "a", "1"}).status, 0);
+}
+
+TEST_F(AWatch, whose_service_was_killed_starts_it_for_the_next_message)
+{
+    const pid_t service = ServiceOf(Run({"status", "--json"}));
+    ASSERT_EQ(kill(service, SIGKILL), 0);
+    EXPECT_TRUE(Eventually([&] { return ServiceOf(Run({"status", "--json"})) == 0; }));
+    EXPECT_EQ(Run({"status"}).status, 0);
+    EXPECT_EQ(Run({"send", "--as", kManager, kService, "type=watch-req-watchlists"}).status, 0);
+    EXPECT_GT(ServiceOf(Run({"status", "--json"})), 0);
+}
+
+TEST_F(AWatch, without_its_supervisor_goes_down_and_up_again)
+{
+    const pid_t service = ServiceOf(Run({"status", "--json"})), bus = std::stoi(State("BUS"));
+    ASSERT_EQ(kill(std::stoi(State("SUPERVISOR")), SIGKILL), 0);
+    EXPECT_TRUE(Eventually([&] { return !IsRunning(bus) && !IsRunning(service); }));
+    EXPECT_EQ(Wfctl({"up", "--root", mRoot}).status, 0);
+    EXPECT_EQ(Wfctl({"status", "--root", mRoot}).status, 0);
+}
+
+TEST_F(AWatch, is_brought_up_once_when_two_try)
+{
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    Program first({WFCTL, "up", "--root", mRoot}, {});
+    Program second({WFCTL, "up", "--root", mRoot}, {});
+    EXPECT_EQ(first.AwaitEnd() + second.AwaitEnd(), 9);
+}
+
+TEST_F(AWatch, keeps_the_log_of_its_programs)
+{
+    Run({"send", "--as", kManager, kService, "type=watch-idle-changed", "pkgid=x"});
+    EXPECT_THAT(ContentsOf(mRoot + "/watch.log"),
+                HasSubstr("messageType = [watch-idle-changed], watch_name = [x]"));
+}
+
+TEST_F(AFolder, without_a_watch_says_how_to_bring_one_up)
+{
+    const Result status = Wfctl({"status", "--root", mFolder});
+    EXPECT_EQ(status.status, 8);
+    EXPECT_THAT(status.err, HasSubstr("wfctl up --root '" + mFolder + "'"));
+    EXPECT_EQ(Wfctl({"status"}).status, 8);
+    EXPECT_EQ(Wfctl({"down", "--root", mFolder}).status, 9);
+    EXPECT_EQ(Wfctl({"down", "--root", mFolder + "/none"}).status, 9);
+}
+
+TEST_F(AFolder, without_faces_to_show_gets_no_watch)
+{
+    EXPECT_EQ(Wfctl({"up", "--root", mFolder + "/w", "--resources", mFolder + "/none"}).status, 10);
+    EXPECT_FALSE(fs::exists(mFolder + "/w"));
+}
+
+TEST_F(AFolder, may_hold_the_faces)
+{
+    fs::create_directories(mFolder + "/faces");
+    ASSERT_EQ(Wfctl({"up", "--root", mFolder + "/w", "--resources", mFolder + "/faces"}).status, 0);
+    EXPECT_EQ(Wfctl({"status", "--json", "--root", mFolder + "/w"}).AsJson()["faces"], 0);
+    EXPECT_EQ(Wfctl({"down", "--root", mFolder + "/w"}).status, 0);
+}
