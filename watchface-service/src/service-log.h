@@ -1,8 +1,9 @@
 // The service's log lines: tag "watchface-service", text "FILE: FUNCTION(LINE) > MESSAGE".
 //
 // LOG_ERROR is for failures and notable decisions, LOG_INFO for progress and for results of platform calls.
-// Both take a printf format that is a literal and its arguments. The texts are part of the service's contract:
-// whoever watches the log looks for them as they stand, also where one names another call than the one made.
+// Both take a printf format that is a literal and its arguments. The texts are part of the service's
+// contract: whoever watches the log looks for them as they stand, also where one names another call than
+// the one made.
 
 #pragma once
 
