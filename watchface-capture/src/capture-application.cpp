@@ -41,6 +41,7 @@ void CaptureApplication::OnAppControl(app_control_s* request)
     }
     if (result != APP_CONTROL_ERROR_NONE)
         CAPTURE_ERROR("a launch request could not be answered (%d)", result);
+    Stay();
     if (mWaiting.empty()) mLeaveTimer.Start();  // anew: requests are about to come
 }
 
@@ -56,7 +57,7 @@ void CaptureApplication::OnMessage(const std::string& sender, bundle* message)
         Finish(name);
         return;
     }
-    mLeaveTimer.Stop();
+    Stay();
     mWaiting.push_back(name);
     mDrawJob.Start();
 }
@@ -89,9 +90,19 @@ void CaptureApplication::Finish(const std::string& name)
         CAPTURE_ERROR("the service could not be told of watchface[%s] (%d)", name.c_str(), result);
 }
 
+void CaptureApplication::Stay()
+{
+    mLeaveTimer.Stop();
+    mLeaveIdler.reset();
+}
+
 CommonUtilTaskReturn CaptureApplication::OnIdleTooLong()
 {
-    service_app_exit();
+    mLeaveIdler = std::make_unique<CommonUtilIdler>([] {
+        service_app_exit();
+        return kCommonUtilTaskEnd;
+    });
+    mLeaveIdler->Start();
     return kCommonUtilTaskEnd;
 }
 

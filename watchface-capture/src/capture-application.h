@@ -9,6 +9,7 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <string>
 
 #include "common-util-app.h"
@@ -31,12 +32,15 @@ private:
     void OnMessage(const std::string& sender, bundle* message);
     void DrawNext();
     void Finish(const std::string& name);
+    void Stay();
     CommonUtilTaskReturn OnIdleTooLong();
 
     Preview mPreview;
     std::deque<std::string> mWaiting;  // names, in the order of their requests
     CommonUtilJob mDrawJob;
     CommonUtilTimer mLeaveTimer;
+    // Runs once nothing else is pending, so that a message that has arrived keeps the application.
+    std::unique_ptr<CommonUtilIdler> mLeaveIdler;
     CommonUtilIPCControl mPort;  // last: its messages use all of the above
 };
 

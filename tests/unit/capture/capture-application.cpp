@@ -266,6 +266,19 @@ TEST_F(ACaptureApplication, stays_when_it_is_launched_again)
     EXPECT_THAT(platform.Calls({"service_app_exit"}), IsEmpty());
 }
 
+TEST_F(ACaptureApplication, stays_for_a_message_that_arrives_as_it_wants_to_leave)
+{
+    platform.Advance(9.9);
+    CommonUtilTimer meanwhile(0.1, [this] {
+        platform.Post([this] { Ask(kFace); });
+        return kCommonUtilTaskEnd;
+    });
+    meanwhile.Start();
+    platform.Advance(0.2);
+    EXPECT_THAT(Finished(), ElementsAre(kFace));
+    EXPECT_THAT(platform.Calls({"service_app_exit"}), IsEmpty());
+}
+
 TEST_F(ACaptureApplication, works_off_what_has_arrived_before_it_goes)
 {
     Install("a", Document("#00FF00"));
