@@ -154,8 +154,11 @@ void PaintShape(Painter& painter, const Element& shape)
 {
     TraceShape(painter.cr, shape);
     const auto stroke = shape.Paint("stroke");
-    painter.budget.Charge(shape,
-                          256 + PixelsOfPath(painter, stroke ? shape.Number("stroke-width") : 0).Area());
+    // The edges of a polygon may cross each other in every row of pixels.
+    const std::string_view points = shape.Text("points");
+    const double edges = 1 + static_cast<double>(std::count(points.begin(), points.end(), ',')) / 8;
+    const double margin = stroke ? shape.Number("stroke-width") : 0;
+    painter.budget.Charge(shape, 256 + edges * PixelsOfPath(painter, margin).Area());
     Fill(painter, shape, GradientOf(painter, shape));
     if (stroke) {
         SetSource(painter.cr, *stroke);

@@ -11,7 +11,7 @@ namespace Drawing {
 namespace {
 
 // About what shaping and painting a line costs, in the budget's unit.
-constexpr double kLineWork = 20000;
+constexpr double kLineWork = 20000, kByteWork = 1500;
 
 }  // namespace
 
@@ -19,7 +19,8 @@ void ShowLine(Painter& painter, const Element& element, const LinePlace& place, 
               const TextStyle& style)
 {
     if (text.empty()) return;
-    painter.budget.Charge(element, kLineWork + static_cast<double>(text.size()) * style.size * painter.scale);
+    const auto bytes = static_cast<double>(text.size());
+    painter.budget.Charge(element, kLineWork + bytes * (kByteWork + style.size * painter.scale));
     const TextLine line = painter.fonts.Shape(painter, text, style);
     if (!line.missing.empty()) painter.warnings.push_back(element.At("no font has " + line.missing));
     cairo_save(painter.cr);

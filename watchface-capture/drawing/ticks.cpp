@@ -49,8 +49,10 @@ void PaintTicks(Painter& painter, const Element& e)
     const auto omitted = DataUtil::SplitAtSpaces(e.Text("omit"));
     const auto color = e.Paint("color");
     if (!color) return;
-    const double reach = 2 * painter.scale * (mark.length + mark.outer + mark.inner);
-    painter.budget.Charge(e, count * (256 + std::min(reach * reach, 1.0 * painter.width * painter.height)));
+    const double reach = painter.scale * (mark.length + mark.outer + mark.inner);
+    const double breadth = 2 * painter.scale * std::max(mark.outer, mark.inner);
+    painter.budget.Charge(
+        e, count * (256 + std::min(reach * (64 + breadth), 1.0 * painter.width * painter.height)));
 
     cairo_new_path(painter.cr);
     for (int i = 0; i < count; ++i) {

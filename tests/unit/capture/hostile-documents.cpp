@@ -107,6 +107,19 @@ TEST_F(AHostileDocument, cannot_ask_for_endless_work)
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
 }
 
+TEST_F(AHostileDocument, cannot_cross_its_edges_endlessly)
+{
+    settings.size = 1024;
+    std::string points;
+    for (int i = 0; i < 128; ++i) {
+        points += std::to_string(i * 37 % 101) + "," + std::to_string(i * 53 % 97) + " ";
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_THAT(ErrorOf(Times(1000, "<polygon points=\"" + points + "\" fill=\"#FFFFFF20\"/>")),
+                HasSubstr("more work"));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+}
+
 TEST_F(AHostileDocument, can_be_far_out_of_the_picture_without_harm)
 {
     settings.size = 4096;
