@@ -1,22 +1,20 @@
-# watch_application(TARGET ID): links TARGET with the id that it has on the bus. The id is part
-# of the executable, so no caller can make a program speak as another application.
-function(watch_application target id)
+# watch_application(TARGET PROGRAM): links TARGET with the id that the table of applications gives PROGRAM. The
+# id is part of the executable, so no caller can make a program speak as another application.
+function(watch_application target program)
   set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}-application-id.cpp)
   file(CONFIGURE OUTPUT ${source} CONTENT
-"extern \"C\" {
-extern const char kEmbeddedApplicationId[];
-const char kEmbeddedApplicationId[] = \"${id}\";
+"#include \"application-table.h\"
+
+extern \"C\" {
+extern const char* const kEmbeddedApplicationId;
+const char* const kEmbeddedApplicationId = Platform::IdOfProgram(\"${program}\");
 }
 " @ONLY)
   target_sources(${target} PRIVATE ${source})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/platform/core)
 endfunction()
 
-# watch_late_modules(TARGET FOLDER): TARGET, installed in FOLDER below the prefix, opens the platform's modules
-# late, and they call back into it.
-function(watch_late_modules target folder)
-  file(RELATIVE_PATH modules /${folder} /${CMAKE_INSTALL_LIBDIR}/watch)
-  set_target_properties(${target} PROPERTIES
-    ENABLE_EXPORTS ON
-    BUILD_RPATH ${WATCH_STAGE_MODULES}
-    INSTALL_RPATH $ORIGIN/${modules})
+# watch_late_modules(TARGET): the modules that the platform opens late in TARGET call back into it.
+function(watch_late_modules target)
+  set_target_properties(${target} PROPERTIES ENABLE_EXPORTS ON)
 endfunction()

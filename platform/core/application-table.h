@@ -45,4 +45,13 @@ constexpr const Application* FindApplication(std::string_view id)
     return nullptr;
 }
 
+// The id of a program of ours, at compile time.
+consteval const char* IdOfProgram(std::string_view program)
+{
+    for (const Application& app : kApplications) {
+        if (app.program == program) return app.id.data();  // a literal, so it ends in a zero
+    }
+    throw "the table of applications has no such program";
+}
+
 }  // namespace Platform

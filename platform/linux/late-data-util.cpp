@@ -7,7 +7,7 @@ namespace {
 
 Platform::LateLibrary& Module()
 {
-    static Platform::LateLibrary library("data-util.so");  // found along the program's run path
+    static Platform::LateLibrary library(Platform::ModulePath("data-util.so"));
     return library;
 }
 

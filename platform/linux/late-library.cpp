@@ -3,14 +3,20 @@
 #include <dlfcn.h>
 
 #include "platform-log.h"
+#include "process.h"
 
 namespace Platform {
+
+std::string ModulePath(const std::string& file)
+{
+    return InstallPrefix() + "/" WATCH_LIBDIR "/watch/" + file;
+}
 
 void* LateLibrary::Find(const char* symbol)
 {
     if (!mTried) {
         mTried = true;
-        mHandle = dlopen(mName, RTLD_NOW | RTLD_LOCAL);
+        mHandle = dlopen(mName.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (!mHandle) PLATFORM_FAULT("could not open a library: %s", dlerror());
     }
     if (!mHandle) return nullptr;

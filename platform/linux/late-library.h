@@ -3,16 +3,22 @@
 
 #pragma once
 
+#include <string>
+#include <utility>
+
 namespace Platform {
+
+// Where the modules of this build or installation are: the file of one.
+std::string ModulePath(const std::string& file);
 
 // A library's function, or null with one line in the log. `library` is opened once and stays open.
 class LateLibrary {
 public:
-    explicit LateLibrary(const char* name) : mName(name) {}
+    explicit LateLibrary(std::string name) : mName(std::move(name)) {}
     void* Find(const char* symbol);
 
 private:
-    const char* mName;
+    const std::string mName;
     void* mHandle = nullptr;
     bool mTried = false;
 };

@@ -7,7 +7,7 @@
 namespace {
 
 struct XmlModule {
-    Platform::LateLibrary library{"platform-xml.so"};  // found along the program's run path
+    Platform::LateLibrary library{Platform::ModulePath("platform-xml.so")};
     Platform::LateFunction<decltype(watch_xml_open)> open{library, "watch_xml_open"};
     Platform::LateFunction<decltype(watch_xml_close)> close{library, "watch_xml_close"};
     Platform::LateFunction<decltype(watch_xml_root)> root{library, "watch_xml_root"};

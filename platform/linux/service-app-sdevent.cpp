@@ -9,7 +9,7 @@
 
 extern "C" {
 // Part of the executable, made from the table of applications.
-extern const char kEmbeddedApplicationId[];
+extern const char* const kEmbeddedApplicationId;
 }
 
 using Platform::Process;

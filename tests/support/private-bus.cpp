@@ -14,7 +14,7 @@
 
 namespace TestSupport {
 
-TemporaryFolder::TemporaryFolder() : mPath("/tmp/watch-test-XXXXXX")
+TemporaryFolder::TemporaryFolder(const std::string& parent) : mPath(parent + "/watch-test-XXXXXX")
 {
     if (!mkdtemp(mPath.data())) throw std::runtime_error("no temporary folder");
 }
