@@ -17,6 +17,9 @@ struct Application {
     std::string_view user;  // on a device
 };
 
+// Every application of the watch has a name below this one.
+inline constexpr std::string_view kApplicationNamespace = "com.corvane";
+
 inline constexpr std::string_view kServiceId = "com.corvane.watchface-service";
 inline constexpr std::string_view kFacesId = "com.corvane.watchface";
 inline constexpr std::string_view kCaptureId = "com.corvane.watchface-capture";

@@ -24,14 +24,6 @@ bool OwnerLedger::Ask(const std::string& name, Then then)
     return true;
 }
 
-bool OwnerLedger::Pin(const std::string& name)
-{
-    Entry* entry = Enter(name);
-    if (!entry) return false;
-    entry->pinned = true;
-    return true;
-}
-
 std::optional<std::string> OwnerLedger::Known(const std::string& name) const
 {
     const auto it = mEntries.find(name);
@@ -53,7 +45,7 @@ void OwnerLedger::Failed(const std::string& name, uint64_t generation)
     Resolve(*entry, std::string());
     // Not known to be without owner: the next question asks the bus again.
     entry = Find(name, generation);
-    if (!entry || entry->pinned) return;
+    if (!entry) return;
     mByAge.erase(entry->age);
     mEntries.erase(name);
     mWatcher.Forget(name);
@@ -93,7 +85,7 @@ bool OwnerLedger::MakeRoom()
 {
     for (const std::string& name : mByAge) {
         const auto it = mEntries.find(name);
-        if (it->second.pinned || !it->second.waiting.empty()) continue;
+        if (!it->second.waiting.empty()) continue;
         const std::string gone = name;
         mByAge.erase(it->second.age);
         mEntries.erase(it);

@@ -9,8 +9,7 @@
 // first, and then its *old* owner is the one that held while the question waited. From then on the name is
 // known and Ask() answers at once.
 //
-// Names watched and questions waiting are bounded. A name that nobody waits for gives way to a new one;
-// pinned names never do.
+// Names watched and questions waiting are bounded. A name that nobody waits for gives way to a new one.
 
 #pragma once
 
@@ -46,9 +45,6 @@ public:
     // dropped.
     bool Ask(const std::string& name, Then then);
 
-    // Watches a name from now on and never gives it up; false when the ledger is full of pinned names.
-    bool Pin(const std::string& name);
-
     // The owner (empty: nobody) when it is known.
     std::optional<std::string> Known(const std::string& name) const;
 
@@ -63,7 +59,6 @@ public:
 private:
     struct Entry {
         uint64_t generation = 0;
-        bool pinned = false;
         std::optional<std::string> owner;
         std::vector<Then> waiting;
         std::list<std::string>::iterator age;  // in mByAge

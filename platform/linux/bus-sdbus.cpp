@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "application-table.h"
 #include "platform-log.h"
 
 namespace Platform {
@@ -13,6 +14,8 @@ namespace {
 
 constexpr uint64_t kDriverTimeoutUsec = 5'000'000;
 constexpr std::size_t kMostUsers = 512;
+
+const std::string kApplicationPrefix = std::string(kApplicationNamespace) + ".";
 
 std::string_view OrEmpty(const char* text)
 {
@@ -64,7 +67,11 @@ std::unique_ptr<Bus> Bus::Open(const std::string& address, sd_event* event, std:
     // The connection is made here; the bus greets us with our unique name.
     const char* name = nullptr;
     if (code >= 0) code = sd_bus_get_unique_name(raw, &name);
-    if (code >= 0) return self;
+    if (code >= 0) {
+        self->mApplications =
+            self->MatchOwnerChanges("arg0namespace='" + std::string(kApplicationNamespace) + "'");
+        return self;
+    }
     *error = address + ": " + std::strerror(-code);
     return nullptr;
 }
@@ -103,15 +110,23 @@ void Bus::ReleaseName(const std::string& name)
     sd_bus_release_name_async(Get(), nullptr, name.c_str(), nullptr, nullptr);
 }
 
-void Bus::Watch(const std::string& name, uint64_t generation)
+// `names` is the part of a match rule that says which.
+SlotPtr Bus::MatchOwnerChanges(const std::string& names)
 {
     const std::string rule = std::string("type='signal',sender='") + kDriver + "',path='" + kDriverPath +
-                             "',interface='" + kDriver + "',member='NameOwnerChanged',arg0='" + name + "'";
-    mWatches[name] = MatchAsync(Get(), rule, [this](sd_bus_message* signal) {
+                             "',interface='" + kDriver + "',member='NameOwnerChanged'," + names;
+    return MatchAsync(Get(), rule, [this](sd_bus_message* signal) {
         const char *changed = nullptr, *before = nullptr, *after = nullptr;
         if (sd_bus_message_read(signal, "sss", &changed, &before, &after) < 0) return;
         mOwners.Changed(changed, before, after);
     });
+}
+
+void Bus::Watch(const std::string& name, uint64_t generation)
+{
+    // The watch's applications are watched from the start, so that the ledger is exact from the first message
+    // of each. Any other name is watched from its first message on.
+    if (!name.starts_with(kApplicationPrefix)) mWatches[name] = MatchOwnerChanges("arg0='" + name + "'");
     const MessagePtr call = NewDriverCall(Get(), "GetNameOwner", name);
     const auto then = [this, name, generation](sd_bus_message* answer) {
         const char* owner = nullptr;
@@ -132,6 +147,14 @@ void Bus::Watch(const std::string& name, uint64_t generation)
 void Bus::Forget(const std::string& name)
 {
     mWatches.erase(name);
+}
+
+void Bus::AfterRouting(std::function<void()> then)
+{
+    // Any question that the bus always answers.
+    const MessagePtr call = NewDriverCall(Get(), "NameHasOwner", kDriver);
+    const auto answered = [then](sd_bus_message*) { then(); };
+    if (!call || CallDetached(Get(), call.get(), kDriverTimeoutUsec, answered) < 0) then();
 }
 
 std::optional<std::string> Bus::OwnerNow(const std::string& name)

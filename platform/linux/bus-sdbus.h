@@ -43,6 +43,9 @@ public:
     int RequestName(const std::string& name);
     void ReleaseName(const std::string& name);
 
+    // Runs `then` once all has come in that the bus had routed to us when it read this.
+    void AfterRouting(std::function<void()> then);
+
     // The owner of a name now: what the ledger knows, else one question to the bus. Nothing when the bus
     // does not tell.
     std::optional<std::string> OwnerNow(const std::string& name);
@@ -54,6 +57,7 @@ public:
 private:
     Bus(BusPtr bus, std::function<void()> onLost);
     static int OnFilter(sd_bus_message* message, void* self, sd_bus_error*);
+    SlotPtr MatchOwnerChanges(const std::string& names);
     void Watch(const std::string& name, uint64_t generation) override;
     void Forget(const std::string& name) override;
 
@@ -64,6 +68,7 @@ private:
     // The connection outlives what hangs on it: slots go first, in reverse order.
     BusPtr mBus;
     SlotPtr mGuard;
+    SlotPtr mApplications;  // the owner changes of all applications of the watch
     std::map<std::string, SlotPtr> mWatches;
 };
 

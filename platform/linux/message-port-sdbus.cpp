@@ -106,11 +106,6 @@ int MessagePorts::Open(const std::string& name, bool trusted, Callback callback)
     if (Find(name, trusted)) return -EEXIST;
     const int id = mNextId++;
     mPorts[id] = {name, trusted, std::make_shared<Callback>(std::move(callback))};
-    // Whoever may speak to us is watched before it does, so that the ledger knows its owner already when its
-    // first message is routed. Any other name is watched from its first message on.
-    for (const Application& app : kApplications) {
-        if (app.id != mAppId) mBus.Owners().Pin(std::string(app.id));
-    }
     if (!mAnnounced) return id;
     const std::string busName = PortBusName(mAppId, name, trusted);
     const int code = mBus.RequestName(busName);
@@ -134,6 +129,12 @@ int MessagePorts::Announce(std::string* failed)
         if (const int code = mBus.RequestName(*failed); code < 0) return code;
     }
     return 0;
+}
+
+void MessagePorts::Retire()
+{
+    for (const auto& [id, port] : mPorts) mBus.ReleaseName(PortBusName(mAppId, port.name, port.trusted));
+    mAnnounced = false;
 }
 
 int MessagePorts::Send(const std::string& app, const std::string& port, bool trusted,

@@ -56,6 +56,9 @@ public:
     // Takes the names of all ports; 0 or the code of the first that could not be had, with the name.
     int Announce(std::string* failed);
 
+    // Gives up the names; the ports still take what has been routed to them.
+    void Retire();
+
     // Sends without expecting a reply; 0 when the bus took it.
     int Send(const std::string& app, const std::string& port, bool trusted, const std::string& fromPort,
              const bundle& message);

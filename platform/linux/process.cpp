@@ -163,6 +163,19 @@ int Process::Run(const service_app_lifecycle_callback_s& callbacks, void* userDa
     return code;
 }
 
+void Process::Leave()
+{
+    if (mEnd) return;
+    mEnd = std::make_unique<CommonUtilIdler>([this] {
+        Exit(0);
+        return kCommonUtilTaskEnd;
+    });
+    mBus->ReleaseName(mAppId);
+    mPorts->Retire();
+    // The answer comes behind everything that was routed to our names.
+    mBus->AfterRouting([this] { mEnd->Start(); });
+}
+
 void Process::Exit(int code)
 {
     sd_event_exit(MainLoop(), code);

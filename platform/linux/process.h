@@ -35,6 +35,8 @@ public:
     // Creates the application, takes its names, says ready, runs the loop, terminates the application.
     int Run(const service_app_lifecycle_callback_s& callbacks, void* userData);
     void Exit(int code);
+    // Gives up the names, works off what the bus has routed to us until then, and ends.
+    void Leave();
 
     const std::string& ApplicationId() const { return mAppId; }
     Bus& GetBus() { return *mBus; }
@@ -57,6 +59,7 @@ private:
     ValueStore mPreferences;
     std::unique_ptr<MessagePorts> mPorts;
     std::unique_ptr<LaunchSender> mLaunches;
+    std::unique_ptr<CommonUtilIdler> mEnd;
 };
 
 // WATCH_ROOT and WATCH_RESOURCES, or where they are when nobody set them.

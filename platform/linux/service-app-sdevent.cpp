@@ -22,7 +22,7 @@ int service_app_main(int, char**, service_app_lifecycle_callback_s* callbacks, v
 
 void service_app_exit(void)
 {
-    Process::Current().Exit(0);
+    Process::Current().Leave();
 }
 
 // No source of these events exists on a plain Linux; the registration is kept for platforms that have one.

@@ -139,17 +139,6 @@ TEST_F(AnOwnerLedger, gives_up_the_name_asked_longest_ago_for_a_new_one)
     EXPECT_EQ(ledger.NamesWatched(), 3u);
 }
 
-TEST_F(AnOwnerLedger, never_gives_up_a_pinned_name)
-{
-    ledger.Pin("a.a");
-    ledger.Answered("a.a", watcher.lastGeneration, ":1.1");
-    for (const char* name : {"b.b", "c.c", "d.d"}) {
-        Ask(name);
-        ledger.Answered(name, watcher.lastGeneration, ":1.1");
-    }
-    EXPECT_THAT(watcher.forgotten, ElementsAre("b.b"));
-}
-
 TEST_F(AnOwnerLedger, refuses_a_question_when_every_name_is_waited_for)
 {
     for (const char* name : {"a.a", "b.b", "c.c"}) Ask(name);
