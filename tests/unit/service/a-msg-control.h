@@ -15,7 +15,6 @@ inline constexpr char kWms[] = "com.corvane.w-manager-service";
 inline constexpr char kViewer[] = "com.corvane.watchface";
 inline constexpr char kWorldClockMap[] = "com.corvane.worldclock-map";
 inline constexpr char kWorldClockCityDetail[] = "com.corvane.worldclock-city-detail";
-inline constexpr char kCapture[] = "com.corvane.watchface-capture";
 inline constexpr char kBackupAgent[] = "com.corvane.watch-utils.service";
 
 class AMsgControl : public OnAPlatform {

@@ -3,8 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
-#include <string>
 
 #include "on-a-platform.h"
 

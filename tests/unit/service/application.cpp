@@ -53,7 +53,7 @@ TEST_F(AnApplication, names_the_evaluation_store_in_its_first_log_line)
                                            std::to_string(platform.Logs()[0].line) + ") > ");
 }
 
-TEST_F(AnApplication, works_on_one_store_of_watch_faces_with_its_peers)
+TEST_F(AnApplication, does_what_its_peers_ask_for)
 {
     platform.SetKey("db/wms/clocks_set_idle", "");
     platform.Deliver("watchface-service::localport", "com.corvane.w-home",

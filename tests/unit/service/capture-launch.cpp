@@ -13,8 +13,6 @@ using testing::SizeIs;
 
 namespace {
 
-constexpr char kCapture[] = "com.corvane.watchface-capture";
-constexpr char kCapturePort[] = "watchface-capture::localport";
 constexpr int kLaunchFailed = static_cast<int>(0xFEF00023);
 
 constexpr char kSendA[] =
@@ -326,6 +324,23 @@ INSTANTIATE_TEST_SUITE_P(after, AnEndedLaunchWorker,
                                          std::pair("app_control_send_launch_request", 6),
                                          std::pair("app_control_destroy", 1)),
                          [](const auto& row) { return std::string("a_failed_") + row.param.first; });
+
+class ALaunchWorker : public AWatchfaceManager, public testing::WithParamInterface<int> {};
+
+TEST_P(ALaunchWorker, is_working_until_it_has_destroyed_its_request)
+{
+    platform.ScriptLaunches({GetParam()});
+    platform.Hold("app_control_destroy");
+    manager.PreLaunchCaptureApp();
+    ASSERT_TRUE(platform.WaitUntilHeld("app_control_destroy"));
+    manager.PreLaunchCaptureApp();
+    EXPECT_THAT(platform.Infos(), Contains("mLaunchCaptureAppThread is working!!"));
+    platform.Release("app_control_destroy");
+    ASSERT_TRUE(platform.WaitForWorkersEnd());
+}
+
+INSTANTIATE_TEST_SUITE_P(whose_launch, ALaunchWorker, testing::Values(0, -13),
+                         [](const auto& row) { return row.param == 0 ? "succeeded" : "failed"; });
 
 TEST_F(AWatchfaceManagerWithoutCaptureApplication, waits_for_its_worker_when_it_goes)
 {

@@ -8,12 +8,6 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
 
-namespace {
-
-constexpr char kCapturePort[] = "watchface-capture::localport";
-
-}  // namespace
-
 class AnInstallOrUpdate : public AMsgControl, public testing::WithParamInterface<std::string> {
 protected:
     AnInstallOrUpdate() { platform.SetPortUp(kCapture, kCapturePort); }
@@ -62,6 +56,16 @@ TEST_P(AnInstallOrUpdate, fails_without_xml_and_changes_nothing)
                             "\"data/label\": \"A\", \"pkgid\": \"a\", \"status\": \"fail\", \"type\": \"" +
                             GetParam() + "\"}"));
     EXPECT_THAT(platform.Tree(platform.RW()), IsEmpty());
+}
+
+TEST_P(AnInstallOrUpdate, looks_at_label_and_xml_before_the_icon_path)
+{
+    Deliver(kHome, {
+                       {"type",  GetParam()},
+                       {"pkgid", "a"       }
+    });
+    EXPECT_THAT(platform.LogTexts(), ElementsAre("E messageType = [" + GetParam() + "], watch_name = [a]",
+                                                 "E data/label is empty!!", "E data/xml_data is empty!!"));
 }
 
 TEST_P(AnInstallOrUpdate, logs_a_missing_icon_path_and_goes_on)
@@ -264,6 +268,20 @@ TEST_F(AMsgControl, tells_the_editor_of_an_update_from_the_phone_without_looking
     });
     EXPECT_THAT(platform.SentTo(kEditor), SizeIs(1));
     EXPECT_THAT(platform.Calls({"port check com.corvane.watchface-editor"}), IsEmpty());
+}
+
+TEST_F(AMsgControl, logs_that_the_notice_to_the_editor_has_no_message_when_none_can_be_made)
+{
+    platform.WriteFile(platform.Root() + "/i.png", "preview");
+    platform.Fail("bundle_create");
+    Deliver(kWms, {
+                      {"type",           "watch-setting-updated"   },
+                      {"pkgid",          "a"                       },
+                      {"data/icon_path", platform.Root() + "/i.png"},
+                      {"data/xml_data",  "<a/>"                    }
+    });
+    EXPECT_EQ(platform.LogTexts().back(), "E message is nullptr!!");
+    EXPECT_THAT(platform.SentTo(kEditor), IsEmpty());
 }
 
 TEST_F(AMsgControl, does_not_tell_the_editor_of_an_installation_from_the_phone)

@@ -1,9 +1,7 @@
-// Messages that arrive: checks, the change of the current watch face, installs and updates, finished
-// captures.
+// Messages that arrive: checks, the change of the current watch face, finished captures.
 
 #include "a-msg-control.h"
 
-using MemoryPlatform::Message;
 using MemoryPlatform::StoreValue;
 using testing::Contains;
 using testing::ElementsAre;
@@ -11,12 +9,6 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
-
-namespace {
-
-constexpr char kCapturePort[] = "watchface-capture::localport";
-
-}  // namespace
 
 // Checks
 

@@ -1,26 +1,19 @@
 // Messages that leave: replies, notices and the background type that some of them carry.
 
 #include "a-msg-control.h"
+#include "handles.h"
 
 using MemoryPlatform::Message;
 using MemoryPlatform::NewBundle;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-namespace {
-
-struct Free {
-    void operator()(bundle* b) const { bundle_free(b); }
-};
-using OwnedBundle = std::unique_ptr<bundle, Free>;
-
-}  // namespace
+using WatchfaceService::BundlePtr;
 
 // Sending by id
 
 TEST_F(AMsgControl, sends_the_callers_bundle_unchanged_and_leaves_it_to_the_caller)
 {
-    const OwnedBundle message(NewBundle({
+    const BundlePtr message(NewBundle({
         {"type", "t"                              },
         {"list", MemoryPlatform::Strings{"a", "b"}}
     }));
@@ -32,7 +25,7 @@ TEST_F(AMsgControl, sends_the_callers_bundle_unchanged_and_leaves_it_to_the_call
 
 TEST_F(AMsgControl, logs_that_a_message_has_no_target)
 {
-    const OwnedBundle message(NewBundle({}));
+    const BundlePtr message(NewBundle({}));
     control.SendMessage("", message.get());
     EXPECT_THAT(platform.LogTexts(), ElementsAre("E remoteAppId empty!!"));
     EXPECT_THAT(platform.Calls({"send"}), IsEmpty());
@@ -60,7 +53,7 @@ TEST_F(AMsgControl, logs_a_missing_message_also_for_a_target_without_a_port)
 TEST_F(AMsgControl, sends_without_looking_whether_the_peer_is_there_or_the_message_left)
 {
     platform.Fail("SendTrustedMessage");
-    const OwnedBundle message(NewBundle({}));
+    const BundlePtr message(NewBundle({}));
     control.SendMessage(kHome, message.get());
     EXPECT_THAT(platform.Calls({"port check"}), IsEmpty());
     EXPECT_THAT(platform.LogTexts(), IsEmpty());
@@ -70,7 +63,7 @@ TEST_F(AMsgControl, sends_without_looking_whether_the_peer_is_there_or_the_messa
 
 TEST_F(AMsgControl, replies_with_a_copy_of_the_message_and_the_status)
 {
-    const OwnedBundle message(NewBundle({
+    const BundlePtr message(NewBundle({
         {"type",    "t"                         },
         {"bg_list", MemoryPlatform::Strings{"a"}}
     }));
@@ -86,7 +79,7 @@ TEST_F(AMsgControl, replies_with_a_copy_of_the_message_and_the_status)
 
 TEST_F(AMsgControl, replies_fail)
 {
-    const OwnedBundle message(NewBundle({
+    const BundlePtr message(NewBundle({
         {"type", "t"}
     }));
     control.SendReplyWithIconPath(message.get(), kEditor, "", false);
@@ -98,7 +91,7 @@ TEST_F(AMsgControl, replies_fail)
 
 TEST_F(AMsgControl, replaces_a_status_that_the_message_had)
 {
-    const OwnedBundle message(NewBundle({
+    const BundlePtr message(NewBundle({
         {"status", "success"}
     }));
     control.SendReplyWithIconPath(message.get(), kEditor, "", false);
@@ -109,7 +102,7 @@ TEST_F(AMsgControl, replaces_a_status_that_the_message_had)
 
 TEST_F(AMsgControl, never_echoes_the_xml)
 {
-    const OwnedBundle message(NewBundle({
+    const BundlePtr message(NewBundle({
         {"type",          "t"   },
         {"data/xml_data", "<a/>"}
     }));
@@ -122,7 +115,7 @@ TEST_F(AMsgControl, never_echoes_the_xml)
 
 TEST_F(AMsgControl, keeps_the_messages_icon_path_in_a_reply_without_one)
 {
-    const OwnedBundle message(NewBundle({
+    const BundlePtr message(NewBundle({
         {"data/icon_path", "/i.png"}
     }));
     control.SendReplyWithIconPath(message.get(), kEditor, "", true, "");
@@ -134,7 +127,7 @@ TEST_F(AMsgControl, keeps_the_messages_icon_path_in_a_reply_without_one)
 
 TEST_F(AMsgControl, replaces_the_messages_icon_path_in_a_reply_with_one)
 {
-    const OwnedBundle message(NewBundle({
+    const BundlePtr message(NewBundle({
         {"data/icon_path", "/i.png"}
     }));
     control.SendReplyWithIconPath(message.get(), kEditor, "", true, "/own.png");
@@ -146,7 +139,7 @@ TEST_F(AMsgControl, replaces_the_messages_icon_path_in_a_reply_with_one)
 
 TEST_F(AMsgControl, adds_the_icon_path_to_a_reply_to_a_message_that_had_none)
 {
-    const OwnedBundle message(NewBundle({}));
+    const BundlePtr message(NewBundle({}));
     control.SendReplyWithIconPath(message.get(), kEditor, "", true, "/own.png");
     EXPECT_EQ(platform.Sent().at(0).message, Message({
                                                  {"data/icon_path", "/own.png"},
@@ -156,15 +149,24 @@ TEST_F(AMsgControl, adds_the_icon_path_to_a_reply_to_a_message_that_had_none)
 
 TEST_F(AMsgControl, sends_no_reply_to_nobody)
 {
-    const OwnedBundle message(NewBundle({}));
+    const BundlePtr message(NewBundle({}));
     control.SendReplyWithIconPath(message.get(), "", "sender-port", true);
     EXPECT_THAT(platform.LogTexts(), ElementsAre("E remoteAppId is empty!!"));
     EXPECT_EQ(platform.Uses("bundle_dup"), 0);
 }
 
+TEST_F(AMsgControl, logs_that_a_reply_has_no_message_when_none_can_be_made)
+{
+    platform.Fail("bundle_dup");
+    const BundlePtr message(NewBundle({}));
+    control.SendReplyWithIconPath(message.get(), kEditor, "", true, "/own.png");
+    EXPECT_THAT(platform.LogTexts(), ElementsAre("E message is nullptr!!"));
+    EXPECT_THAT(platform.Calls({"send"}), IsEmpty());
+}
+
 TEST_F(AMsgControl, sends_no_reply_to_a_peer_without_a_port_whatever_port_it_spoke_from)
 {
-    const OwnedBundle message(NewBundle({}));
+    const BundlePtr message(NewBundle({}));
     control.SendReplyWithIconPath(message.get(), kWorldClockMap, "sender-port", true);
     EXPECT_THAT(platform.Calls({"send"}), IsEmpty());
     EXPECT_THAT(platform.LogTexts(), IsEmpty());

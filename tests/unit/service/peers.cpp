@@ -1,6 +1,9 @@
 // Who may speak to the service, and whom it can answer.
 
+#include <cctype>
+
 #include "a-msg-control.h"
+#include "handles.h"
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -9,6 +12,7 @@ using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 using testing::Values;
+using WatchfaceService::BundlePtr;
 
 namespace {
 
@@ -17,7 +21,7 @@ std::string CaseName(const std::string& appId)
 {
     std::string name = appId.empty() ? "nobody" : appId;
     for (char& c : name) {
-        if (!isalnum(static_cast<unsigned char>(c))) c = '_';
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
     }
     return name;
 }
@@ -74,11 +78,10 @@ class AnAddressablePeer : public AMsgControl, public testing::WithParamInterface
 
 TEST_P(AnAddressablePeer, is_sent_to_on_its_port_trusted_and_from_the_services_port)
 {
-    bundle* message = MemoryPlatform::NewBundle({
+    const BundlePtr message(MemoryPlatform::NewBundle({
         {"type", "t"}
-    });
-    control.SendMessage(GetParam().id, message);
-    bundle_free(message);
+    }));
+    control.SendMessage(GetParam().id, message.get());
     EXPECT_THAT(Sent(),
                 ElementsAre(std::string(GetParam().id) + " " + GetParam().port + " {\"type\": \"t\"}"));
     EXPECT_TRUE(platform.Sent()[0].trusted);
@@ -96,11 +99,10 @@ class APeerWithoutAPort : public AMsgControl, public testing::WithParamInterface
 
 TEST_P(APeerWithoutAPort, is_sent_nothing_and_nothing_is_logged)
 {
-    bundle* message = MemoryPlatform::NewBundle({
+    const BundlePtr message(MemoryPlatform::NewBundle({
         {"type", "t"}
-    });
-    control.SendMessage(GetParam(), message);
-    bundle_free(message);
+    }));
+    control.SendMessage(GetParam(), message.get());
     EXPECT_THAT(platform.Calls({"send"}), IsEmpty());
     EXPECT_THAT(platform.LogTexts(), IsEmpty());
 }

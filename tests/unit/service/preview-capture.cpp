@@ -9,13 +9,6 @@ using testing::ElementsAre;
 using testing::Field;
 using testing::IsEmpty;
 
-namespace {
-
-constexpr char kCapture[] = "com.corvane.watchface-capture";
-constexpr char kCapturePort[] = "watchface-capture::localport";
-
-}  // namespace
-
 TEST_F(AWatchfaceManager, asks_for_no_preview_without_a_name)
 {
     manager.RequestPreviewCapture("");
@@ -194,6 +187,14 @@ TEST_F(AWatchfaceManagerWithOutstandingRequests, gives_them_up_when_the_fallback
     EXPECT_EQ(calls, 1);
     EXPECT_THAT(platform.Timeline(),
                 ElementsAre("log E update preview fallback timer expired!!", "usleep 1"));
+}
+
+TEST_F(AWatchfaceManagerWithOutstandingRequests, gives_them_up_before_it_calls_back)
+{
+    manager.SetPreviewDoneCallback([this] { manager.RequestPreviewCapture("c"); });
+    platform.Advance(1);
+    EXPECT_THAT(platform.Infos(), ElementsAre("mCaptureProcessingWatchfaces[1]"));
+    EXPECT_EQ(platform.NextTimer(), 0.5);
 }
 
 TEST_F(AWatchfaceManagerWithOutstandingRequests, runs_the_fallback_timer_once)

@@ -7,13 +7,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-namespace {
-
-constexpr char kCapture[] = "com.corvane.watchface-capture";
-constexpr char kCapturePort[] = "watchface-capture::localport";
-
-}  // namespace
-
 class AWatchfaceManagerWithWatchFaces : public AWatchfaceManager {
 protected:
     AWatchfaceManagerWithWatchFaces() { platform.SetPortUp(kCapture, kCapturePort); }

@@ -1,6 +1,5 @@
 // What the product says about watch faces.
 
-#include <cctype>
 #include <set>
 
 #include "on-a-platform.h"
