@@ -36,7 +36,7 @@ inline constexpr char kEditor[] = "watch-face-editor::localport";
 inline constexpr char kHome[] = "w-home::localport";
 inline constexpr char kWms[] = "w-manager-service::localport";
 inline constexpr char kCapture[] = "watchface-capture::localport";        // capture requests only
-inline constexpr char kBackupAgent[] = "watch-utils-service::localport";  // always named with its id
+inline constexpr char kBackupAgent[] = "watch-utils-service::localport";  // never reached by its id alone
 
 }  // namespace PeerPort
 

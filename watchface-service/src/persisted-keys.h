@@ -6,8 +6,8 @@
 namespace WatchfaceService {
 
 // Platform keys
-inline constexpr char kIdleClockKey[] =
-    "db/wms/clocks_set_idle";  // string: id of the current clock application
+// string: id of the current clock application
+inline constexpr char kIdleClockKey[] = "db/wms/clocks_set_idle";
 // string: the current watch face, meaningful while the current clock is this watch's watch-face viewer
 inline constexpr char kWatchfaceNameKey[] = "file/private/com.corvane.watchface/watchface_name";
 inline constexpr char kFirstBootKey[] = "db/setup_wizard/first_boot";               // bool

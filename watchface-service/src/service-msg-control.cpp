@@ -76,7 +76,7 @@ void MsgControl::OnIPCMessageReceived(int, const std::string& remoteAppId, const
     const Request request{remoteAppId, remotePort, type, watchName, message};
     if (type.empty()) {
         LOG_ERROR("messageType is empty");
-        Reply(request, false);  // before the sender is looked at: peers rely on hearing of it
+        Reply(request, false);  // also to a sender that is not allowed
         return;
     }
     LOG_ERROR("messageType = [%s], watch_name = [%s]", type.c_str(), watchName.c_str());
@@ -119,6 +119,11 @@ void MsgControl::OnInstallOrUpdate(const Request& request)
                           WatchfaceManager::GeneratePath(true, PATH_TYPE_PREVIEW, request.watchName));
     mWatchfaceManager->SetWatchface(request.watchName, false);
     TellOthersOfUpdate(request, label, resultXml, iconPath);
+    if (request.type == MessageType::kSettingCreated && request.remoteAppId == Peer::kWms &&
+        IsMirelWatchface(request.watchName, true)) {
+        // Once more than UpdatePreview() has asked: what the phone supplies is drawn anew on the watch.
+        mWatchfaceManager->RequestPreviewCapture(request.watchName);
+    }
     if (!iconPath.empty()) mPreviewCheck.Add(request.watchName);
 }
 
@@ -128,11 +133,8 @@ void MsgControl::TellOthersOfUpdate(const Request& request, const std::string& l
     if (IsLocalEditor(request.remoteAppId)) {
         SendWatchfaceUpdateToWms(request.type, request.watchName, label, resultXml, iconPath);
     }
-    if (request.remoteAppId != Peer::kWms) return;
-    if (request.type == MessageType::kSettingUpdated) SendUpdateToEditor(request);
-    if (request.type == MessageType::kSettingCreated && IsMirelWatchface(request.watchName, true)) {
-        // Once more than UpdatePreview() has asked: what the phone supplies is drawn anew on the watch.
-        mWatchfaceManager->RequestPreviewCapture(request.watchName);
+    if (request.type == MessageType::kSettingUpdated && request.remoteAppId == Peer::kWms) {
+        SendUpdateToEditor(request);
     }
 }
 
@@ -270,7 +272,7 @@ void MsgControl::SendMessageToEditor(const std::string& messageType, const std::
     }
 }
 
-std::string MsgControl::GetBgTypePrefix(const std::string& bgType)
+std::string MsgControl::GetBgTypePrefix(const std::string& bgType) const
 {
     constexpr std::size_t kVariantAt = std::string_view(kBgTypeGallery).size() + 1;
     std::string prefix;

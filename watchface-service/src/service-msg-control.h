@@ -55,7 +55,7 @@ public:
     void SendMessageToEditor(const std::string& messageType, const std::string& watchName);
 
     // The variant of a gallery background type in upper case: "U1" of "watch-bg-gallery-u1"; else empty.
-    std::string GetBgTypePrefix(const std::string& bgType);
+    std::string GetBgTypePrefix(const std::string& bgType) const;
 
     // The backup agent's messages. Not working yet: nothing is backed up or restored.
     bool BackupAndRestore(bundle* message);

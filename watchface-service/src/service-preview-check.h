@@ -3,6 +3,8 @@
 //
 // Normal flow: Add() queues a watch face's read/write preview and starts the idler; the idler's task checks
 // all that are queued.
+//
+// Not working yet: nothing is queued or checked.
 
 #pragma once
 

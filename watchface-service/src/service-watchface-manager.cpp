@@ -28,7 +28,6 @@ constexpr double kFirstFallbackInterval = 1.0;  // seconds
 constexpr double kFallbackSecondsPerRequest = 0.5;
 constexpr unsigned int kPauseMicroseconds = 200'000;  // between requests, and between launches
 constexpr int kLaunchRetries = 5;
-constexpr int kReadWriteLock = CommonUtilFileLock::kReadWrite;
 
 std::string WithSlash(std::string path)
 {
@@ -117,12 +116,12 @@ std::string WatchfaceManager::GeneratePath(bool isRW, int pathType, const std::s
     }
 }
 
-bool WatchfaceManager::HasRWWatchlist()
+bool WatchfaceManager::HasRWWatchlist() const
 {
     return !ListFolder(GeneratePath(true, PATH_TYPE_FOLDER, "")).empty();
 }
 
-void WatchfaceManager::ScanWatchfaces(WatchfaceMap& watchfaces, bool isRW)
+void WatchfaceManager::ScanWatchfaces(WatchfaceMap& watchfaces, bool isRW) const
 {
     for (const std::string& name : ListFolder(GeneratePath(isRW, PATH_TYPE_FOLDER, ""))) {
         if (FileExists(isRW, PATH_TYPE_RESULT_XML, name) ||
@@ -147,7 +146,7 @@ void WatchfaceManager::SetWatchface(const std::string& watchName, bool force)
     LOG_ERROR("idle clock set done!!");
 }
 
-std::pair<std::string, std::string> WatchfaceManager::GetCurrentWatchface()
+std::pair<std::string, std::string> WatchfaceManager::GetCurrentWatchface() const
 {
     const std::string appId = CommonUtilVConf::GetString(kIdleClockKey).second;
     LOG_ERROR("current idle clock[%s]", appId.c_str());
@@ -182,7 +181,7 @@ bool WatchfaceManager::UpdateWatchface(const std::string& watchName, const std::
     resultXml.Close();
 
     const std::string path = GeneratePath(true, PATH_TYPE_WATCHFACE_XML, watchName);
-    const CommonUtilFileLock lock(path, kReadWriteLock);
+    const CommonUtilFileLock lock(path, CommonUtilFileLock::kReadWrite);
     FileOutputStream watchfaceXml(path);
     watchfaceXml.Write(xml.get());
     watchfaceXml.Close();

@@ -55,7 +55,7 @@ public:
     static std::string GeneratePath(bool isRW, int pathType, const std::string& watchName);
 
     // Whether the read/write area holds any entry in its folder of watch faces.
-    bool HasRWWatchlist();
+    bool HasRWWatchlist() const;
 
     // Makes the watch face the current one. Without `force` only when it is that already: the same values
     // are then written again, for whoever listens to the keys.
@@ -63,7 +63,7 @@ public:
 
     // (id of the current clock application, watch-face name); the name is empty unless that application is
     // the watch-face viewer.
-    std::pair<std::string, std::string> GetCurrentWatchface();
+    std::pair<std::string, std::string> GetCurrentWatchface() const;
 
     // Stores `data` as the watch face's result XML and the `watchface.xml` made from it. False when an
     // argument is empty, the folder cannot be made or the data is refused; failed writes are not told.
@@ -72,7 +72,8 @@ public:
     // Copies a watch face from the read-only into the read/write area. On failure no part of it stays there.
     bool CopyWatchfaceToRW(const std::string& watchName);
 
-    // Complications that this watch may not offer. `limitSpec` goes to the data library unchanged.
+    // Complications that this watch may not offer. `limitSpec` goes to the data library unchanged. Not
+    // working yet: none is found or removed.
     bool HasLimitedComplication(const std::string& watchName, bool isRW, const char* limitSpec = nullptr);
     bool RemoveLimitedComplication(const std::string& watchName, const char* limitSpec = nullptr);
     bool CheckAndRemoveLimitedComplication(const std::string& watchName, bool isRW,
@@ -95,7 +96,7 @@ public:
     void SetPreviewDoneCallback(std::function<void()> callback);
 
     // Adds the watch faces of one area to `watchfaces`, over entries that are there.
-    void ScanWatchfaces(WatchfaceMap& watchfaces, bool isRW);
+    void ScanWatchfaces(WatchfaceMap& watchfaces, bool isRW) const;
 
     // Brings every watch face of this product into the read/write area and asks for its preview.
     void RegeneratePreviews();
