@@ -51,7 +51,7 @@ void PrintFaces(const std::vector<Face>& faces, const Current& current)
         std::string name = face.name;
         name.resize(width, ' ');
         const bool isCurrent = IsCurrent(current, face.name);
-        if (isCurrent && color) name = "\033[1m" + name + "\033[0m";
+        if (isCurrent && color) name.insert(0, "\033[1m").append("\033[0m");
         PrintLine((isCurrent ? "* " : "  ") + name + (face.writable ? "  read-write" : "  read-only ") +
                   (face.hasPreview ? "  preview     " : "  no preview  ") + TitleOf(face.ResultXml()));
     }

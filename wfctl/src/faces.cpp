@@ -63,6 +63,7 @@ std::vector<Face> ListFaces()
     std::map<std::string, Face> faces;
     for (const bool writable : {false, true}) AddFaces(writable, faces);
     std::vector<Face> list;
+    list.reserve(faces.size());
     for (auto& [name, face] : faces) list.push_back(std::move(face));
     return list;
 }

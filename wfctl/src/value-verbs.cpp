@@ -89,6 +89,7 @@ Exit WatchAll(const Options& options, const ValueArguments& arguments, Connectio
     unsigned seen = 0;
     const auto isDone = [&] { return arguments.count > 0 && seen >= arguments.count; };
     std::vector<Platform::SlotPtr> slots;
+    slots.reserve(watched.size());
     for (const Watched& one : watched) {
         slots.push_back(Platform::WatchKey(connection.Get(), one.key, [&, &shown = one] {
             if (isDone()) return;

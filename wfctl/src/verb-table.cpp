@@ -94,6 +94,21 @@ constexpr Verb kVerbs[] = {
 };
 // clang-format on
 
+// An option as the usage line says it: "-h, --help", "--wait S"; a positional's name alone.
+std::string OptionText(const CLI::Option& option)
+{
+    if (option.get_positional()) return option.get_name(true);
+    std::string text;
+    for (const std::string& name : option.get_snames()) text += (text.empty() ? "-" : ", -") + name;
+    for (const std::string& name : option.get_lnames()) text += (text.empty() ? "--" : ", --") + name;
+    if (option.get_items_expected_max() == 0) return text;
+    // What follows the type's name is the checks'.
+    std::string type = option.get_type_name();
+    const auto colon = type.find(':');
+    if (colon != std::string::npos && colon > 0 && type[colon - 1] != '[') type.erase(colon);
+    return text + " " + type;
+}
+
 constexpr char kExitStatuses[] =
     "Exit status: 0 done, 1 error or the service said no, 2 usage, 3 no answer in time, 4 not permitted,\n"
     "  8 no watch running, 9 nothing to do, 10 not found, 130 interrupted.\n";
@@ -131,7 +146,7 @@ int UnknownVerb(const std::vector<std::string>& arguments)
         std::puts("wfctl " WATCH_VERSION);
         return static_cast<int>(Exit::kDone);
     }
-    std::string words = arguments[0];
+    const std::string& words = arguments[0];
     std::string known;
     for (const Verb& verb : kVerbs) {
         if (verb.name.starts_with(words + " ")) known += (known.empty() ? "" : ", ") + std::string(verb.name);
@@ -186,9 +201,7 @@ std::string HelpText(const Verb& verb)
     if (!verb.arguments.empty()) text += " " + std::string(verb.arguments);
     text += "\n\n" + std::string(verb.help) + "\n\n";
     for (const CLI::Option* option : parser.get_options()) {
-        std::string name = option->get_name(true, false);
-        if (option->get_items_expected_max() > 0 && !option->get_positional())
-            name += " " + option->get_type_name();
+        std::string name = OptionText(*option);
         name.resize(std::max<std::size_t>(name.size(), 22), ' ');
         text += "  " + name + " " + option->get_description() + "\n";
     }

@@ -105,6 +105,15 @@ TEST(Help, of_a_verb_has_its_arguments_and_an_example)
     }
 }
 
+TEST(Help, of_a_verb_has_a_line_for_every_option)
+{
+    const Output output = RunWfctl({"send", "--help"});
+    for (const char* text : {"\n  -h, --help ", "\n  --as APP[:PORT] ", "\n  KEY=VALUE ", "\n  --wait S ",
+                             "\n  --untrusted ", "\n  --root DIR ", "\n  --json "}) {
+        EXPECT_THAT(output.out, HasSubstr(text));
+    }
+}
+
 TEST(TheCommandLine, without_a_verb_is_a_usage_error)
 {
     EXPECT_EQ(RunWfctl({}).status, 2);
