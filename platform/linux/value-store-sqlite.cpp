@@ -6,20 +6,21 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <limits>
+#include <thread>
 
 #include "areas.h"
 #include "platform-log.h"
-#include "unique-fd.h"
 
 namespace Platform {
 
 namespace {
 
 constexpr int kBusyMilliseconds = 2000;
+constexpr auto kLockPause = std::chrono::milliseconds(2);
 
 // Kept in the file; do not renumber.
 enum StoredType { kString = 0, kInteger = 1, kBool = 2 };
@@ -96,10 +97,23 @@ int ValueStore::Prepare(const char* sql, Statement* statement)
     return code;
 }
 
+// Held while the file is opened or set aside. Without it, several programs that start together stand in each
+// other's way while the first makes the tables, and one that comes late sets the new file aside for the old.
+std::optional<UniqueFd> ValueStore::LockOpening() const
+{
+    UniqueFd lock(open((mPath + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mMode));
+    if (!lock) return lock;  // what cannot be locked cannot be written either, or is not shared
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyMilliseconds);
+    while (flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
+        const bool held = errno == EWOULDBLOCK || errno == EINTR;
+        if (!held || std::chrono::steady_clock::now() > deadline) return std::nullopt;
+        std::this_thread::sleep_for(kLockPause);
+    }
+    return lock;
+}
+
 int ValueStore::OpenOnce()
 {
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(mPath).parent_path(), error);
     // The mode of a new file is ours, not SQLite's. A file that is there must not be opened: closing it again
     // would drop the locks that this process holds on it, and another process would take the write-ahead log
     // away.
@@ -115,15 +129,18 @@ int ValueStore::OpenOnce()
     if (code == SQLITE_OK) code = Prepare("DELETE FROM value WHERE key = ?1", &mUnset);
     if (code == SQLITE_OK) code = Prepare("SELECT key, type, value FROM value ORDER BY key", &mList);
     mInode = InodeOf(mPath);
-    if (code != SQLITE_OK) mDatabase.reset();
+    if (code != SQLITE_OK) Close();
     return code;
 }
 
 bool ValueStore::Open()
 {
-    CloseIfReplaced();
-    if (mDatabase) return true;
-    int code = OpenOnce();
+    if (mDatabase && InodeOf(mPath) == mInode) return true;
+    Close();  // another process may have set the file aside, or somebody removed it
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(mPath).parent_path(), error);
+    const auto lock = LockOpening();
+    int code = lock ? OpenOnce() : SQLITE_BUSY;
     if (IsDamage(code)) {
         SetAside(code);
         code = OpenOnce();
@@ -132,23 +149,27 @@ bool ValueStore::Open()
     return code == SQLITE_OK;
 }
 
-// Another process may have set the file aside, or somebody removed it.
-void ValueStore::CloseIfReplaced()
+void ValueStore::Close()
 {
-    if (!mDatabase || InodeOf(mPath) == mInode) return;
     for (Statement* statement : {&mGet, &mSet, &mUnset, &mList}) statement->reset();
     mDatabase.reset();
 }
 
+// A statement found the open file damaged.
+void ValueStore::FoundDamaged(int code)
+{
+    const auto lock = LockOpening();
+    Close();
+    // Whoever waited for the lock finds a new file and leaves it alone.
+    if (lock && InodeOf(mPath) == mInode) SetAside(code);
+}
+
+// Only while LockOpening() is held.
 void ValueStore::SetAside(int code)
 {
-    for (Statement* statement : {&mGet, &mSet, &mUnset, &mList}) statement->reset();
-    mDatabase.reset();
-    const UniqueFd lock(open((mPath + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mMode));
-    if (!lock || flock(lock.Get(), LOCK_EX) != 0) return;
-    // Whoever waited for the lock finds a new file and leaves it alone.
-    if (mInode != 0 && InodeOf(mPath) != mInode) return;
-    const std::string aside = mPath + ".damaged-" + std::to_string(std::time(nullptr));
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const auto stamp = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+    const std::string aside = mPath + ".damaged-" + std::to_string(stamp);
     for (const char* suffix : {"", "-wal", "-shm"})
         rename((mPath + suffix).c_str(), (aside + suffix).c_str());
     PLATFORM_FAULT("[%s] was damaged (%s); it is kept as [%s] and begun anew", mPath.c_str(),
@@ -166,7 +187,7 @@ int ValueStore::Run(Statement ValueStore::*statement, const std::function<int(sq
         sqlite3_reset(raw);
         sqlite3_clear_bindings(raw);
         if (!IsDamage(code)) break;
-        SetAside(code);
+        FoundDamaged(code);
     }
     const bool done = code == SQLITE_DONE || code == SQLITE_ROW;
     if (!done) PLATFORM_FAULT("[%s]: %s", mPath.c_str(), sqlite3_errstr(code));

@@ -15,6 +15,8 @@
 #include <variant>
 #include <vector>
 
+#include "unique-fd.h"
+
 struct sqlite3;
 struct sqlite3_stmt;
 
@@ -48,7 +50,9 @@ private:
 
     bool Open();
     int OpenOnce();
-    void CloseIfReplaced();
+    std::optional<UniqueFd> LockOpening() const;
+    void Close();
+    void FoundDamaged(int code);
     void SetAside(int code);
     int Prepare(const char* sql, Statement* statement);
     int Run(Statement ValueStore::*statement, const std::function<int(sqlite3_stmt*)>& bindAndStep);

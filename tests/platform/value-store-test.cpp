@@ -2,8 +2,11 @@
 
 #include "value-store-sqlite.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -27,7 +30,9 @@ protected:
     {
         int count = 0;
         for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
-            count += entry.path().string().find(".damaged-") != std::string::npos;
+            const std::string name = entry.path();
+            count += name.find(".damaged-") != std::string::npos && !name.ends_with("-wal") &&
+                     !name.ends_with("-shm");
         }
         return count;
     }
@@ -82,6 +87,55 @@ TEST_F(AValueStore, sets_a_damaged_file_aside_and_begins_anew)
     EXPECT_EQ(store.Set("key", true), 0);
     EXPECT_THAT(store.Get("key"), Optional(StoredValue(true)));
     EXPECT_EQ(SetAside(), 1);
+}
+
+// Programs that start together: each writes a key of its own. How many could not.
+int WriteFromProcesses(const std::string& path, int count)
+{
+    int go[2];
+    if (pipe2(go, O_CLOEXEC) != 0) return count;
+    std::vector<pid_t> programs;
+    for (int i = 0; i < count; ++i) {
+        const pid_t program = fork();
+        if (program == 0) {
+            close(go[1]);
+            char byte = 0;
+            const bool started = read(go[0], &byte, 1) == 0;  // the end, which all see at once
+            ValueStore store(path, 0600);
+            _exit(started && store.Set("key" + std::to_string(i), true) == 0 ? 0 : 1);
+        }
+        programs.push_back(program);
+    }
+    close(go[0]);
+    close(go[1]);
+    int failed = 0;
+    for (const pid_t program : programs) {
+        int status = -1;
+        waitpid(program, &status, 0);
+        failed += status != 0;
+    }
+    return failed;
+}
+
+TEST_F(AValueStore, is_begun_by_several_processes_at_once)
+{
+    constexpr int kProcesses = 6;
+    for (int round = 0; round < 20; ++round) {
+        const std::string path = Path() + std::to_string(round);
+        EXPECT_EQ(WriteFromProcesses(path, kProcesses), 0);
+        EXPECT_THAT(ValueStore(path, 0600).List(), SizeIs(kProcesses));
+    }
+}
+
+TEST_F(AValueStore, that_several_processes_find_damaged_is_set_aside_once)
+{
+    constexpr int kProcesses = 6;
+    for (int round = 1; round <= 20; ++round) {
+        Damage();
+        EXPECT_EQ(WriteFromProcesses(Path(), kProcesses), 0);
+        EXPECT_THAT(ValueStore(Path(), 0600).List(), SizeIs(kProcesses));
+        EXPECT_EQ(SetAside(), round);
+    }
 }
 
 TEST_F(AValueStore, follows_a_file_that_another_process_began_anew)
