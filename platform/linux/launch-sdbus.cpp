@@ -1,6 +1,7 @@
 #include "launch-sdbus.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -23,14 +24,17 @@ public:
     int Reply(app_control_result_e result, const LaunchData& extra) override
     {
         if (!mCall) return APP_CONTROL_ERROR_INVALID_PARAMETER;
-        const MessagePtr call = std::move(mCall);
         sd_bus_message* raw = nullptr;
-        int code = sd_bus_message_new_method_return(call.get(), &raw);
+        int code = sd_bus_message_new_method_return(mCall.get(), &raw);
         const MessagePtr answer(raw);
         if (code >= 0) code = sd_bus_message_append(raw, "i", static_cast<int>(result));
         if (code >= 0) code = AppendLaunchData(raw, extra);
-        if (code >= 0) code = sd_bus_send(sd_bus_message_get_bus(call.get()), raw, nullptr);
-        if (code >= 0) return APP_CONTROL_ERROR_NONE;
+        if (code >= 0) code = sd_bus_send(sd_bus_message_get_bus(mCall.get()), raw, nullptr);
+        if (code >= 0) {
+            mCall.reset();
+            return APP_CONTROL_ERROR_NONE;
+        }
+        // The caller still waits: another answer is taken, or it is told "failed" with the last handle.
         PLATFORM_FAULT("launch request not answered: %s", std::strerror(-code));
         return APP_CONTROL_ERROR_IO_ERROR;
     }
@@ -46,11 +50,36 @@ bool CouldNotStart(const BusError& error)
            std::strncmp(error.Name(), "org.freedesktop.DBus.Error.Spawn.", 33) == 0;
 }
 
+using Clock = std::chrono::steady_clock;
+
+// Microseconds until then, at least one.
+uint64_t Until(Clock::time_point deadline)
+{
+    using std::chrono::microseconds;
+    const auto left = std::chrono::duration_cast<microseconds>(deadline - Clock::now()).count();
+    return left > 0 ? static_cast<uint64_t>(left) : 1;
+}
+
+// Returns once the bus has greeted us; a bus that does not answer would hold a call for longer than its
+// timeout.
+int WaitForGreeting(sd_bus* bus, Clock::time_point deadline)
+{
+    for (;;) {
+        const int ready = sd_bus_is_ready(bus);
+        if (ready != 0) return ready;
+        int code = sd_bus_process(bus, nullptr);
+        if (code == 0 && Clock::now() >= deadline) return -ETIMEDOUT;
+        if (code == 0) code = sd_bus_wait(bus, Until(deadline));
+        if (code < 0 && code != -EINTR) return code;
+    }
+}
+
 // An application that runs needs no starting, also when the bus knows no way to start it.
-bool IsRunning(sd_bus* bus, const std::string& app)
+bool IsRunning(sd_bus* bus, const std::string& app, Clock::time_point deadline)
 {
     sd_bus_message* answer = nullptr;
     BusError error;
+    sd_bus_set_method_call_timeout(bus, Until(deadline));
     const int code = sd_bus_call_method(bus, kDriver, kDriverPath, kDriver, "NameHasOwner", error.Out(),
                                         &answer, "s", app.c_str());
     const MessagePtr owned(answer);
@@ -82,26 +111,37 @@ MessagePtr NewLaunchCall(sd_bus* bus, const std::string& app, const std::string&
 
 int StartApplication(const std::string& address, const std::string& app)
 {
+    const auto deadline = Clock::now() + std::chrono::microseconds(kStartTimeoutUsec);
     sd_bus* raw = nullptr;
     int code = sd_bus_new(&raw);
-    const BusPtr bus(raw);
+    // Not flushed at the end: that would wait for a bus that does not answer.
+    const std::unique_ptr<sd_bus, Releases<sd_bus_close_unref>> bus(raw);
     if (code >= 0) code = sd_bus_set_address(raw, address.c_str());
     if (code >= 0) code = sd_bus_set_bus_client(raw, true);
-    if (code >= 0) code = sd_bus_set_method_call_timeout(raw, kStartTimeoutUsec);
     if (code >= 0) code = sd_bus_start(raw);
-    if (code < 0) return AppControlError(code);
+    if (code >= 0) code = WaitForGreeting(raw, deadline);
+    if (code >= 0) code = sd_bus_set_method_call_timeout(raw, Until(deadline));
+    if (code < 0) {
+        PLATFORM_FAULT("could not start [%s]: the bus: %s", app.c_str(), std::strerror(-code));
+        return AppControlError(code);
+    }
     BusError error;
     sd_bus_message* answer = nullptr;
     code = sd_bus_call_method(raw, kDriver, kDriverPath, kDriver, "StartServiceByName", error.Out(), &answer,
                               "su", app.c_str(), 0U);
     const MessagePtr owned(answer);
     if (code >= 0) return APP_CONTROL_ERROR_NONE;
-    if (error.Is(SD_BUS_ERROR_SERVICE_UNKNOWN) && IsRunning(raw, app)) return APP_CONTROL_ERROR_NONE;
+    if (error.Is(SD_BUS_ERROR_SERVICE_UNKNOWN) && IsRunning(raw, app, deadline))
+        return APP_CONTROL_ERROR_NONE;
     PLATFORM_FAULT("could not start [%s]: %s", app.c_str(), error.Text());
     return CouldNotStart(error) ? APP_CONTROL_ERROR_LAUNCH_FAILED : AppControlError(code);
 }
 
-LaunchReceiver::LaunchReceiver(Bus& bus, Handler handler) : mHandler(std::move(handler))
+LaunchReceiver::LaunchReceiver(Bus& bus, Handler handler)
+    : mHandler(std::move(handler)), mRefusalSecond(1.0, [this] {
+          mRefusals.EndSecond();
+          return kCommonUtilTaskEnd;
+      })
 {
     static const sd_bus_vtable kTable[] = {
         SD_BUS_VTABLE_START(0),
@@ -118,16 +158,23 @@ LaunchReceiver::LaunchReceiver(Bus& bus, Handler handler) : mHandler(std::move(h
 int LaunchReceiver::OnLaunch(sd_bus_message* message, void* data, sd_bus_error*)
 {
     app_control_s request;
-    std::string error;
+    std::string error = "the message cannot be read";
     const char* caller = nullptr;
+    auto* self = static_cast<LaunchReceiver*>(data);
     if (sd_bus_message_read(message, "s", &caller) < 0 || !ReadLaunchData(message, &request.extra, &error)) {
-        PLATFORM_REFUSAL("launch request refused: %s", error.c_str());
-        return sd_bus_reply_method_errorf(message, SD_BUS_ERROR_INVALID_ARGS, "%s", error.c_str());
+        return self->Refuse(message, error);
     }
     request.appId = caller;
     request.pending = std::make_shared<PendingCall>(message);
-    static_cast<LaunchReceiver*>(data)->mHandler(&request);
+    self->mHandler(&request);
     return 1;
+}
+
+int LaunchReceiver::Refuse(sd_bus_message* message, const std::string& reason)
+{
+    const char* sender = sd_bus_message_get_sender(message);
+    if (mRefusals.Refused(sender ? sender : "", "launch request: " + reason)) mRefusalSecond.Start();
+    return sd_bus_reply_method_errorf(message, SD_BUS_ERROR_INVALID_ARGS, "%s", reason.c_str());
 }
 
 LaunchSender::LaunchSender(Bus& bus, std::string address, std::string appId, LoopInbox& inbox)
@@ -159,25 +206,30 @@ void LaunchSender::SendOnLoop(app_control_s request, app_control_reply_cb callba
     if (pending->slot) return;
     PLATFORM_FAULT("launch request to [%s] not sent: %s", pending->request.appId.c_str(),
                    std::strerror(-code));
-    mPending.erase(pending);
+    app_control_s nothing;
+    End(pending, &nothing, APP_CONTROL_RESULT_FAILED);
 }
 
-void LaunchSender::Answered(std::list<Pending>::iterator it, sd_bus_message* answer)
+// Runs the callback, which may send another request or cancel all.
+void LaunchSender::End(std::list<Pending>::iterator it, app_control_h reply, app_control_result_e result)
 {
     // The slot is kept until the callback has returned: the function object that runs us lives in it.
     std::list<Pending> one;
     one.splice(one.begin(), mPending, it);
     Pending& pending = one.front();
+    if (pending.callback) pending.callback(&pending.request, reply, result, pending.userData);
+}
+
+void LaunchSender::Answered(std::list<Pending>::iterator pending, sd_bus_message* answer)
+{
     app_control_s reply;
     std::string error;
     int result = APP_CONTROL_RESULT_FAILED;
     const bool read = !sd_bus_message_get_error(answer) && sd_bus_message_read(answer, "i", &result) >= 0 &&
                       ReadLaunchData(answer, &reply.extra, &error);
-    if (!read) PLATFORM_FAULT("launch request to [%s] was not answered", pending.request.appId.c_str());
-    if (pending.callback) {
-        const auto code = read && result == 0 ? APP_CONTROL_RESULT_SUCCEEDED : APP_CONTROL_RESULT_FAILED;
-        pending.callback(&pending.request, &reply, code, pending.userData);
-    }
+    if (!read) PLATFORM_FAULT("launch request to [%s] was not answered", pending->request.appId.c_str());
+    const bool succeeded = read && result == 0;
+    End(pending, &reply, succeeded ? APP_CONTROL_RESULT_SUCCEEDED : APP_CONTROL_RESULT_FAILED);
 }
 
 void LaunchSender::CancelAll()

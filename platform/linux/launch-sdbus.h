@@ -7,8 +7,10 @@
 #include <string>
 
 #include "bus-sdbus.h"
+#include "common-util-tasks.h"
 #include "event-loop-sdevent.h"
 #include "launch-data.h"
+#include "refusal-log.h"
 
 namespace Platform {
 
@@ -36,8 +38,12 @@ public:
 
 private:
     static int OnLaunch(sd_bus_message* message, void* self, sd_bus_error*);
+    int Refuse(sd_bus_message* message, const std::string& reason);
+
     Handler mHandler;
-    SlotPtr mObject;
+    RefusalLog mRefusals;
+    CommonUtilTimer mRefusalSecond;
+    SlotPtr mObject;  // last: no request arrives while the rest is destroyed
 };
 
 // Requests that this application makes. Send() may be called on any thread; the rest on the main loop's.
@@ -61,6 +67,7 @@ private:
     };
     void SendOnLoop(app_control_s request, app_control_reply_cb callback, void* userData);
     void Answered(std::list<Pending>::iterator pending, sd_bus_message* answer);
+    void End(std::list<Pending>::iterator pending, app_control_h reply, app_control_result_e result);
 
     Bus& mBus;
     const std::string mAddress;

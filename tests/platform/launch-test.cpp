@@ -1,5 +1,7 @@
 // Launch requests between applications, and programs that the bus starts for them.
 
+#include <algorithm>
+#include <atomic>
 #include <optional>
 #include <thread>
 
@@ -119,12 +121,48 @@ TEST_F(ALaunchRequest, has_failed_when_its_last_clone_is_destroyed)
     EXPECT_EQ(reply->result, APP_CONTROL_RESULT_FAILED);
 }
 
+TEST_F(ALaunchRequest, whose_answer_cannot_be_sent_has_failed)
+{
+    int code = 0;
+    Receive([&](app_control_h request) {
+        app_control_h answer = nullptr;
+        app_control_create(&answer);
+        app_control_add_extra_data(answer, "Result", "\xff");  // no UTF-8: launch data has no form for it
+        code = app_control_reply_to_launch_request(answer, request, APP_CONTROL_RESULT_SUCCEEDED);
+        app_control_destroy(answer);
+    });
+    Ask();
+    ASSERT_TRUE(RunUntil([&] { return reply.has_value(); }));
+    EXPECT_NE(code, 0);
+    EXPECT_EQ(reply->result, APP_CONTROL_RESULT_FAILED);
+}
+
+TEST_F(ALaunchRequest, that_is_refused_costs_ten_lines_a_second)
+{
+    Receive([](app_control_h) {});
+    testing::internal::CaptureStderr();
+    int refused = 0;
+    for (int i = 0; i < 50; ++i) {
+        sd_bus_message* raw = nullptr;
+        sd_bus_message_new_method_call(peer.Get(), &raw, kApp, Platform::kApplicationPath,
+                                       Platform::kApplicationInterface, "Launch");
+        sd_bus_message_append(raw, "sa{sv}", "", 1, "number", "i", 1);
+        const Platform::MessagePtr call(raw);
+        Platform::CallDetached(peer.Get(), raw, 0, [&](sd_bus_message* answer) {
+            refused += sd_bus_message_get_error(answer) != nullptr;
+        });
+    }
+    EXPECT_TRUE(RunUntil([&] { return refused == 50; }));
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 10) << log;
+}
+
 class ALauncher : public AnApplication {
 protected:
     ALauncher() { Announce(); }
 
     // Sends on a thread of its own, as the service does, while the loop runs.
-    int SendFromThread(const std::string& app)
+    int SendFromThread(const std::string& app, const std::string& value = "")
     {
         std::optional<int> code;
         std::atomic<bool> done = false;
@@ -132,6 +170,7 @@ protected:
             app_control_h request = nullptr;
             app_control_create(&request);
             app_control_set_app_id(request, app.c_str());
+            app_control_add_extra_data(request, "key", value.c_str());
             code = app_control_send_launch_request(request, OnReply, this);
             app_control_destroy(request);
             done = true;
@@ -217,6 +256,25 @@ TEST_F(ALauncher, gives_up_after_three_seconds_with_another_error)
     const int code = SendFromThread(kCapture);
     EXPECT_EQ(code, APP_CONTROL_ERROR_TIMED_OUT);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+}
+
+TEST_F(ALauncher, gives_up_after_three_seconds_when_the_bus_does_not_answer)
+{
+    bus.Pause();
+    const auto begin = std::chrono::steady_clock::now();
+    const int code = SendFromThread(kCapture);
+    const auto took = std::chrono::steady_clock::now() - begin;
+    bus.Resume();
+    EXPECT_EQ(code, APP_CONTROL_ERROR_TIMED_OUT);
+    EXPECT_LT(took, std::chrono::seconds(5));
+}
+
+TEST_F(ALauncher, is_told_of_a_request_that_could_not_be_sent)
+{
+    RunCapture(0);
+    EXPECT_EQ(SendFromThread(kCapture, "\xff"), 0);
+    ASSERT_TRUE(RunUntil([&] { return reply.has_value(); }));
+    EXPECT_EQ(reply->result, APP_CONTROL_RESULT_FAILED);
 }
 
 TEST_F(ALauncher, hears_nothing_after_it_cancelled)

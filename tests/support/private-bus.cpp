@@ -69,6 +69,16 @@ void PrivateBus::Kill()
     mDaemon = -1;
 }
 
+void PrivateBus::Pause()
+{
+    if (mDaemon > 0) kill(mDaemon, SIGSTOP);
+}
+
+void PrivateBus::Resume()
+{
+    if (mDaemon > 0) kill(mDaemon, SIGCONT);
+}
+
 void PrivateBus::AddActivation(const std::string& name, const std::string& command)
 {
     std::ofstream(mFolder.Path() + "/services/" + name + ".service")

@@ -34,6 +34,10 @@ public:
     // Lets the bus start `command` for `name`.
     void AddActivation(const std::string& name, const std::string& command);
 
+    // Lets the daemon answer nobody, and go on.
+    void Pause();
+    void Resume();
+
     // Kills the daemon at once.
     void Kill();
 
