@@ -31,4 +31,11 @@ bool IsUtf8(std::string_view text)
     return true;
 }
 
+std::string_view Utf8Prefix(std::string_view text, std::size_t most)
+{
+    if (text.size() <= most) return text;
+    while (most > 0 && (static_cast<uint8_t>(text[most]) & 0xC0) == 0x80) --most;
+    return text.substr(0, most);
+}
+
 }  // namespace Platform

@@ -11,4 +11,7 @@ std::size_t Utf8SequenceLength(std::string_view text);
 
 bool IsUtf8(std::string_view text);
 
+// At most `most` bytes from the start of UTF-8 text, without half a character at the end.
+std::string_view Utf8Prefix(std::string_view text, std::size_t most);
+
 }  // namespace Platform

@@ -10,6 +10,8 @@ namespace Platform {
 
 namespace {
 
+constexpr std::size_t kMostShown = 256;  // of a peer's text in a refusal
+
 bool TravelsAsBytes(const std::string& text)
 {
     return text.size() >= kBytesFrom || !IsUtf8(text);
@@ -76,6 +78,7 @@ bool ReadStrings(sd_bus_message* m, const char* element, StringArray* out)
         std::string text;
         if (!(*element == 's' ? ReadString(m, &text) : ReadBytes(m, &text))) return false;
         out->push_back(std::move(text));
+        if (out->size() > kMostBundleStrings) return false;
     }
     return sd_bus_message_exit_container(m) >= 0;
 }
@@ -99,7 +102,7 @@ bool ReadValue(sd_bus_message* m, bool bytes, WireValue* value, std::string* err
     if (type == "as") read = ReadStrings(m, "s", &texts);
     if (type == "aay" && bytes) read = ReadStrings(m, "ay", &texts);
     if (!read) {
-        *error = "a value of type " + type + " is not taken, or has a NUL inside";
+        *error = "a value of type " + type + " is not taken, or has a NUL or too many strings inside";
         return false;
     }
     if (type == "s" || type == "ay")
@@ -109,11 +112,34 @@ bool ReadValue(sd_bus_message* m, bool bytes, WireValue* value, std::string* err
     return sd_bus_message_exit_container(m) >= 0;
 }
 
-std::size_t Bytes(const WireValue& value)
+// What a bundle amounts to.
+struct Amount {
+    std::size_t bytes = 0;
+    std::size_t strings = 0;
+
+    bool Fits() const { return bytes <= kMostBundleBytes && strings <= kMostBundleStrings; }
+    void Add(const std::string& text)
+    {
+        bytes += text.size();
+        ++strings;
+    }
+    void Add(const StringArray& texts)
+    {
+        for (const std::string& text : texts) bytes += text.size() + 1;
+        strings += texts.size();
+    }
+};
+
+Amount AmountOf(const bundle& values)
 {
-    if (const auto* text = std::get_if<std::string>(&value)) return text->size();
-    std::size_t sum = 0;
-    for (const std::string& text : std::get<StringArray>(value)) sum += text.size() + 1;
+    Amount sum;
+    for (const auto& [key, value] : values.values) {
+        sum.Add(key);
+        if (const auto* text = std::get_if<std::string>(&value))
+            sum.Add(*text);
+        else
+            sum.Add(std::get<StringArrayValue>(value).strings);
+    }
     return sum;
 }
 
@@ -122,19 +148,20 @@ template <typename Put>
 bool ReadEntries(sd_bus_message* m, bool bytes, std::string* error, Put&& put)
 {
     *error = "the message cannot be read";
-    std::size_t size = 0;
+    Amount sum;
     if (sd_bus_message_enter_container(m, 'a', "{sv}") < 0) return false;
     while (sd_bus_message_enter_container(m, 'e', "sv") > 0) {
         std::string key;
         WireValue value;
         if (!ReadString(m, &key) || !ReadValue(m, bytes, &value, error)) return false;
-        size += key.size() + Bytes(value);
-        if (size > kMostBundleBytes) {
-            *error = "it is larger than 8 MiB";
+        sum.Add(key);
+        std::visit([&](const auto& held) { sum.Add(held); }, value);
+        if (!sum.Fits()) {
+            *error = "it is larger than 8 MiB, or has more than 65536 strings";
             return false;
         }
         if (!put(key, std::move(value))) {
-            *error = "the key [" + key + "] is there twice";
+            *error = "the key [" + std::string(Utf8Prefix(key, kMostShown)) + "] is there twice";
             return false;
         }
         if (sd_bus_message_exit_container(m) < 0) return false;
@@ -146,20 +173,12 @@ bool ReadEntries(sd_bus_message* m, bool bytes, std::string* error, Put&& put)
 
 std::size_t BundleBytes(const bundle& values)
 {
-    std::size_t sum = 0;
-    for (const auto& [key, value] : values.values) {
-        sum += key.size();
-        if (const auto* text = std::get_if<std::string>(&value))
-            sum += text->size();
-        else
-            sum += Bytes(std::get<StringArrayValue>(value).strings);
-    }
-    return sum;
+    return AmountOf(values).bytes;
 }
 
 int AppendBundle(sd_bus_message* message, const bundle& values)
 {
-    if (BundleBytes(values) > kMostBundleBytes) return -EMSGSIZE;
+    if (!AmountOf(values).Fits()) return -EMSGSIZE;
     int code = sd_bus_message_open_container(message, 'a', "{sv}");
     for (const auto& [key, value] : values.values) {
         if (code < 0) return code;

@@ -17,6 +17,8 @@ using BundlePtr = std::unique_ptr<bundle, BundleDeleter>;
 
 // Longest message, as the sum of its keys and values.
 inline constexpr std::size_t kMostBundleBytes = std::size_t{8} << 20;
+// Most keys, values and elements of arrays together: empty strings count for no bytes, and yet each is held.
+inline constexpr std::size_t kMostBundleStrings = std::size_t{1} << 16;
 // From this length on a string travels as bytes.
 inline constexpr std::size_t kBytesFrom = 4096;
 

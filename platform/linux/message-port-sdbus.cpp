@@ -10,6 +10,7 @@
 #include "application-table.h"
 #include "event-loop-sdevent.h"
 #include "platform-log.h"
+#include "utf8.h"
 
 namespace Platform {
 
@@ -23,6 +24,7 @@ constexpr char kQueueFull[] = "com.corvane.platform.Error.QueueFull";
 constexpr std::size_t kMostWaiting = 512;
 constexpr std::size_t kMostWaitingOfOne = 64;
 constexpr std::size_t kMostWaitingBytes = std::size_t{32} << 20;
+constexpr std::size_t kMostShown = 256;  // of a peer's text in a refusal
 
 std::string EncodeLabel(const std::string& label)
 {
@@ -202,7 +204,7 @@ std::shared_ptr<MessagePorts::Incoming> MessagePorts::Parse(sd_bus_message* mess
     const char *port = nullptr, *app = nullptr, *senderPort = nullptr;
     const char* connection = sd_bus_message_get_sender(message);
     if (!connection || sd_bus_message_read(message, "sss", &port, &app, &senderPort) < 0) {
-        Refuse(message, connection ? connection : "", kInvalidBundle, "the message cannot be read");
+        Refuse(message, "", kInvalidBundle, "the message cannot be read");
         return nullptr;
     }
     std::string error;
@@ -217,7 +219,8 @@ std::shared_ptr<MessagePorts::Incoming> MessagePorts::Parse(sd_bus_message* mess
         return nullptr;
     }
     if (!Find(port, trusted)) {
-        Refuse(message, app, kNoSuchPort, std::string("there is no such port [") + port + "]");
+        Refuse(message, app, kNoSuchPort,
+               "there is no such port [" + std::string(Utf8Prefix(port, kMostShown)) + "]");
         return nullptr;
     }
     incoming->message.reset(sd_bus_message_ref(message));
@@ -310,7 +313,10 @@ void MessagePorts::Deliver(Incoming& incoming)
 void MessagePorts::Refuse(sd_bus_message* message, const std::string& sender, const char* error,
                           const std::string& reason)
 {
-    if (mRefusals.Refused(sender, reason)) mRefusalSecond.Start();
+    // Counted by connection: what a sender calls itself is its own invention, and as long as it likes.
+    const char* connection = sd_bus_message_get_sender(message);
+    const std::string claimed = "it says it is [" + std::string(Utf8Prefix(sender, kMostShown)) + "]: ";
+    if (mRefusals.Refused(connection ? connection : "", claimed + reason)) mRefusalSecond.Start();
     if (sd_bus_message_get_expect_reply(message) > 0) {
         sd_bus_reply_method_errorf(message, error, "%s", reason.c_str());
     }

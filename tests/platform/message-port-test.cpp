@@ -267,6 +267,47 @@ TEST_F(ATrustedPort, takes_a_bundle_of_eight_megabytes_and_none_larger)
     EXPECT_THAT(received, SizeIs(1));
 }
 
+TEST_F(ATrustedPort, refuses_more_strings_than_it_wants_to_hold)
+{
+    home.Own(kHome);
+    const auto send = [&](std::size_t count) {
+        return AnswerToBundle(home, [&](sd_bus_message* m) {
+            sd_bus_message_open_container(m, 'a', "{sv}");
+            sd_bus_message_open_container(m, 'e', "sv");
+            sd_bus_message_append(m, "s", "k");
+            sd_bus_message_open_container(m, 'v', "aay");
+            sd_bus_message_open_container(m, 'a', "ay");
+            for (std::size_t i = 0; i < count; ++i) sd_bus_message_append_array(m, 'y', nullptr, 0);
+            for (int i = 0; i < 4; ++i) sd_bus_message_close_container(m);
+        });
+    };
+    EXPECT_EQ(send(Platform::kMostBundleStrings - 1), "");
+    EXPECT_EQ(send(Platform::kMostBundleStrings), kInvalidBundle);
+    EXPECT_EQ(send(10 * Platform::kMostBundleStrings), kInvalidBundle);
+    EXPECT_THAT(received, SizeIs(1));
+}
+
+TEST_F(ATrustedPort, logs_ten_lines_a_second_of_a_connection_whatever_it_calls_itself)
+{
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 50; ++i) {
+        home.Send("com.example.invented" + std::to_string(i), *Bundle({
+                                                                  {"type", "x"}
+        }));
+    }
+    EXPECT_TRUE(RunUntil([&] { return home.Answers().size() == 50; }));
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 10) << log;
+}
+
+TEST_F(ATrustedPort, answers_a_refused_message_whatever_it_holds)
+{
+    std::string port;
+    for (int i = 0; i < 100'000; ++i) port += "\u00e9";
+    EXPECT_EQ(AnswerTo(home, kHome, port), kNoSuchPort);
+    EXPECT_EQ(AnswerTo(home, kHome, "x" + port), kNoSuchPort);
+}
+
 TEST_F(ATrustedPort, bounds_what_waits_for_its_check)
 {
     // A connection that has not been seen: all its messages wait for its user.
