@@ -10,7 +10,7 @@ public:
 
     void Write(std::string_view bytes)
     {
-        if (mReplacement) mGood = mReplacement->Write(bytes) && mGood;
+        if (mReplacement && mGood) mGood = mReplacement->Write(bytes);
     }
 
     void Close()

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -57,29 +56,22 @@ bool RemoveTree(int parent, const std::string& name, int depth)
     return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0 && all;
 }
 
-bool MakeArea(const std::string& area)
-{
-    std::error_code error;
-    std::filesystem::create_directories(area, error);
-    if (error) PLATFORM_FAULT("could not make [%s]: %s", area.c_str(), error.message().c_str());
-    return !error;
-}
-
 bool CopyBytes(int from, Platform::FileReplacement& to)
 {
     if (ioctl(to.Fd(), FICLONE, from) == 0) return true;
     off_t copied = 0;
     while (copied <= kLongestCopy) {
+        // Whatever stops it, an end that the kernel only believes in included, reading finds out and says.
         const ssize_t n = copy_file_range(from, nullptr, to.Fd(), nullptr, 1 << 20, 0);
-        if (n == 0) return true;
-        if (n < 0 && copied == 0) break;
-        if (n < 0) return false;
+        if (n <= 0) break;
         copied += n;
     }
+    if (copied > kLongestCopy) return false;
     char buffer[1 << 16];
     for (;;) {
         const ssize_t n = read(from, buffer, sizeof buffer);
         if (n < 0 && errno == EINTR) continue;
+        if (n < 0) PLATFORM_FAULT("could not read what is to be copied: %s", std::strerror(errno));
         if (n <= 0) return n == 0;
         copied += n;
         if (copied > kLongestCopy || !to.Write({buffer, static_cast<std::size_t>(n)})) return false;
@@ -101,11 +93,12 @@ Eina_Bool ecore_file_mkpath(const char* path)
 {
     const auto split =
         Platform::SplitWritable(path ? path : "", Platform::PathRule::kPlain, "making a folder");
-    if (!split || !MakeArea(split->area)) return 0;
-    UniqueFd at(open(split->area.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!split) return 0;
+    UniqueFd at = Platform::MakeArea(*split);
     for (const std::string& part : split->components) {
         if (!at || (mkdirat(at.Get(), part.c_str(), 0755) != 0 && errno != EEXIST)) return 0;
         at = Platform::OpenFolderBeneath(at.Get(), part);
+        if (!at && errno == EXDEV) Platform::RefuseEscape("making a folder", path);
     }
     return static_cast<bool>(at);
 }
@@ -148,6 +141,10 @@ Eina_List* ecore_file_ls(const char* directory)
         if (!node) break;
         *node = {strdup(name.c_str()), list};
         list = node;
+        if (!node->data) {
+            list = eina_list_remove_list(node, node);
+            break;
+        }
     }
     return list;
 }

@@ -2,9 +2,11 @@
 
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 
 #include <cerrno>
+#include <cstring>
 #include <string_view>
 
 #include "areas.h"
@@ -13,6 +15,8 @@
 namespace Platform {
 
 namespace {
+
+constexpr int kMostAttempts = 16;
 
 std::vector<std::string> Components(std::string_view text)
 {
@@ -56,10 +60,44 @@ std::optional<AreaPath> Refuse(const char* operation, const std::string& path, c
     return std::nullopt;
 }
 
+void LogOpening(const std::string& path)
+{
+    PLATFORM_FAULT("could not open the folder of [%s]: %s", path.c_str(), std::strerror(errno));
+}
+
+UniqueFd OpenResolving(int parent, const std::string& relative, uint64_t resolve)
+{
+    open_how how{};
+    how.flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    how.resolve = resolve;
+    // The kernel asks to try again when something is renamed while it follows a link upwards.
+    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+        const long fd = syscall(SYS_openat2, parent, relative.c_str(), &how, sizeof how);
+        if (fd >= 0 || errno != EAGAIN) return UniqueFd(static_cast<int>(fd));
+    }
+    return {};
+}
+
+UniqueFd OpenRoot()
+{
+    return UniqueFd(open(CurrentAreas().root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+// No link on the way from the root: an area is where it is said to be.
+constexpr uint64_t kNoLinks = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+
+UniqueFd OpenArea(const AreaPath& path)
+{
+    const UniqueFd root = OpenRoot();
+    return root ? OpenResolving(root.Get(), path.areaBelowRoot, kNoLinks) : UniqueFd();
+}
+
 }  // namespace
 
 std::optional<AreaPath> SplitWritable(const std::string& path, PathRule rule, const char* operation)
 {
+    // What the system would read as the end must not hide what is behind it.
+    if (path.find('\0') != std::string::npos) return Refuse(operation, path, "it has a NUL inside");
     const std::size_t length = AreaLength(path);
     if (length == 0) return Refuse(operation, path, "it is outside the writable areas");
     std::string below = path.substr(length);
@@ -68,9 +106,10 @@ std::optional<AreaPath> SplitWritable(const std::string& path, PathRule rule, co
     AreaPath split;
     split.area = path.substr(0, length);
     if (split.area.back() != '/') split.area += '/';
+    split.areaBelowRoot = split.area.substr(CurrentAreas().root.size() + 1);
     split.components = Components(below);
     // The application's own name is a component too.
-    for (const auto& part : Components(split.area.substr(CurrentAreas().root.size()))) {
+    for (const auto& part : Components(split.areaBelowRoot)) {
         if (part == "." || part == "..") return Refuse(operation, path, "it has a \".\" or \"..\" component");
     }
     const bool isArea = below.empty();
@@ -83,11 +122,31 @@ std::optional<AreaPath> SplitWritable(const std::string& path, PathRule rule, co
 
 UniqueFd OpenFolderBeneath(int parent, const std::string& relative)
 {
-    open_how how{};
-    how.flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
-    const char* path = relative.empty() ? "." : relative.c_str();
-    return UniqueFd(static_cast<int>(syscall(SYS_openat2, parent, path, &how, sizeof how)));
+    return OpenResolving(parent, relative.empty() ? "." : relative, RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS);
+}
+
+UniqueFd MakeArea(const AreaPath& path)
+{
+    if (UniqueFd area = OpenArea(path)) return area;
+    if (errno != ENOENT) {
+        LogOpening(path.area);
+        return {};
+    }
+    UniqueFd at = OpenRoot();
+    for (const std::string& part : Components(path.areaBelowRoot.substr(0, path.areaBelowRoot.size() - 1))) {
+        if (!at || (mkdirat(at.Get(), part.c_str(), 0755) != 0 && errno != EEXIST)) {
+            LogOpening(path.area);
+            return {};
+        }
+        at = OpenResolving(at.Get(), part, kNoLinks);
+    }
+    if (!at) LogOpening(path.area);
+    return at;
+}
+
+void RefuseEscape(const char* operation, const std::string& path)
+{
+    Refuse(operation, path, "it leads out of its area");
 }
 
 std::optional<WritableTarget> OpenWritable(const std::string& path, PathRule rule, const char* operation)
@@ -100,14 +159,15 @@ std::optional<WritableTarget> OpenWritable(const std::string& path, PathRule rul
     }
     std::string above;
     for (std::size_t i = 0; i + 1 < split->components.size(); ++i) above += split->components[i] + "/";
-    const UniqueFd area(open(split->area.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!area) return std::nullopt;
-    WritableTarget target{OpenFolderBeneath(area.Get(), above), split->components.back()};
-    if (!target.parent) {
-        if (errno == EXDEV) Refuse(operation, path, "it leads out of its area");
-        return std::nullopt;
+    const UniqueFd area = OpenArea(*split);
+    WritableTarget target{area ? OpenFolderBeneath(area.Get(), above) : UniqueFd(), split->components.back()};
+    if (target.parent) return target;
+    if (errno == EXDEV || errno == ELOOP) {
+        RefuseEscape(operation, path);
+    } else if (errno != ENOENT && errno != ENOTDIR) {
+        LogOpening(path);
     }
-    return target;
+    return std::nullopt;
 }
 
 }  // namespace Platform

@@ -35,9 +35,16 @@ std::optional<WritableTarget> OpenWritable(const std::string& path, PathRule rul
 // The area that `path` lies in, with "/" at its end, and the components below it, for making folders.
 struct AreaPath {
     std::string area;
+    std::string areaBelowRoot;  // "apps/A/shared/data/"
     std::vector<std::string> components;
 };
 std::optional<AreaPath> SplitWritable(const std::string& path, PathRule rule, const char* operation);
+
+// Opens the folder of the area, made with its parents where it is missing; invalid on failure.
+UniqueFd MakeArea(const AreaPath& path);
+
+// One line about a path whose links lead out of its area.
+void RefuseEscape(const char* operation, const std::string& path);
 
 // Opens a folder below `parent` without leaving it, whatever links there are; invalid on failure.
 UniqueFd OpenFolderBeneath(int parent, const std::string& relative);

@@ -223,6 +223,33 @@ TEST_F(AFile, below_a_link_out_of_the_area_is_not_touched)
     EXPECT_EQ(Everything(), before);
 }
 
+TEST_F(AFile, in_an_area_that_is_a_link_is_not_touched)
+{
+    const std::string trusted = Platform::CurrentAreas().TrustedOf(kFaces);
+    fs::remove_all(trusted);
+    fs::create_directories(fs::path(trusted).parent_path().parent_path());
+    fs::create_directory_symlink(Outside(""), trusted.substr(0, trusted.size() - 1));
+    const auto before = Everything();
+    EXPECT_FALSE(ecore_file_mkpath((trusted + "new").c_str()));
+    EXPECT_FALSE(ecore_file_remove((trusted + "note").c_str()));
+    EXPECT_FALSE(ecore_file_recursive_rm((trusted + "note").c_str()));
+    EXPECT_FALSE(CommonUtilFile::Copy(InArea("watchlist/a/a.png"), trusted + "note"));
+    EXPECT_EQ(Everything(), before);
+}
+
+TEST_F(AFile, whose_path_has_a_NUL_inside_is_not_written)
+{
+    const auto before = Everything();
+    EXPECT_FALSE(
+        CommonUtilFile::Copy(InArea("watchlist/a/a.png"), InArea("watchlist/a") + std::string("/b\0c", 4)));
+    {
+        FileOutputStream stream(InArea("watchlist/a") + std::string("/b\0c", 4));
+        stream.Write("new");
+        EXPECT_FALSE(stream.Good());
+    }
+    EXPECT_EQ(Everything(), before);
+}
+
 TEST_F(AFile, recursive_removal_refuses_empty_components_and_the_roots_of_areas)
 {
     fs::create_directories(Platform::CurrentAreas().TrustedOf(kFaces) + "theme");
@@ -312,6 +339,34 @@ TEST_F(ACopy, is_at_most_32_MiB_long)
     fs::resize_file(InArea("from"), kLongestCopy);
     EXPECT_TRUE(CommonUtilFile::Copy(InArea("from"), InArea("to")));
     EXPECT_EQ(fs::file_size(InArea("to")), kLongestCopy);
+}
+
+TEST_F(ACopy, takes_the_place_of_a_link_and_leaves_alone_where_it_leads)
+{
+    fs::create_symlink(Outside("note"), InArea("to"));
+    fs::create_symlink(Outside("nothing"), InArea("dangling"));
+    EXPECT_TRUE(CommonUtilFile::Copy(InArea("watchlist/a/a.png"), InArea("to")));
+    EXPECT_TRUE(CommonUtilFile::Copy(InArea("watchlist/a/a.png"), InArea("dangling")));
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(InArea("to"))));
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(InArea("dangling"))));
+    EXPECT_EQ(ReadFile(Outside("note")), "note");
+    EXPECT_FALSE(fs::exists(Outside("nothing")));
+}
+
+TEST_F(ACopy, may_have_the_longest_name_there_is_and_none_longer)
+{
+    const std::string longest(255, 'n');
+    EXPECT_TRUE(CommonUtilFile::Copy(Outside("note"), InArea(longest)));
+    EXPECT_EQ(ReadFile(InArea(longest)), "note");
+    const auto before = Everything();
+    EXPECT_FALSE(CommonUtilFile::Copy(Outside("note"), InArea(longest + "n")));
+    EXPECT_EQ(Everything(), before);
+}
+
+TEST_F(ACopy, has_all_bytes_of_a_source_that_tells_no_size)
+{
+    EXPECT_TRUE(CommonUtilFile::Copy("/proc/version", InArea("to")));
+    EXPECT_EQ(ReadFile(InArea("to")), ReadFile("/proc/version"));
 }
 
 TEST_F(ACopy, into_a_folder_that_is_not_there_fails)
