@@ -1,5 +1,7 @@
 // Previews asked of the capture application while it is not there: the launch worker and the waiting names.
 
+#include <thread>
+
 #include "a-watchface-manager.h"
 
 using MemoryPlatform::kMainThread;
@@ -333,9 +335,16 @@ TEST_P(ALaunchWorker, is_working_until_it_has_destroyed_its_request)
     platform.Hold("app_control_destroy");
     manager.PreLaunchCaptureApp();
     ASSERT_TRUE(platform.WaitUntilHeld("app_control_destroy"));
-    manager.PreLaunchCaptureApp();
-    EXPECT_THAT(platform.Infos(), Contains("mLaunchCaptureAppThread is working!!"));
-    platform.Release("app_control_destroy");
+    bool refused = false;
+    {
+        // Released from elsewhere: a second worker would be waited for, and with it the one that is held.
+        const std::jthread release([&] {
+            refused = platform.WaitForLog("mLaunchCaptureAppThread is working!!", 1, 2);
+            platform.Release("app_control_destroy");
+        });
+        manager.PreLaunchCaptureApp();
+    }
+    EXPECT_TRUE(refused);
     ASSERT_TRUE(platform.WaitForWorkersEnd());
 }
 
