@@ -6,28 +6,13 @@
 #include <atomic>
 #include <cassert>
 #include <chrono>
-#include <ctime>
 #include <memory>
 #include <thread>
 #include <utility>
 
-#include "common-util-tasks.h"
 #include "files.h"
 
 namespace Platform {
-
-namespace {
-
-constexpr uint64_t kTimerAccuracyUsec = 10'000;
-
-uint64_t Microseconds(double seconds)
-{
-    constexpr double kLongest = 1e9;  // half a lifetime
-    if (!(seconds > 0)) return 0;
-    return static_cast<uint64_t>((seconds < kLongest ? seconds : kLongest) * 1e6);
-}
-
-}  // namespace
 
 sd_event* MainLoop()
 {
@@ -84,159 +69,6 @@ void FeedWatchdog()
 }
 
 }  // namespace Platform
-
-// --- jobs, idlers, timers
-// ---------------------------------------------------------------------------------------------
-
-namespace {
-
-// What a source works on. The task may destroy the object it belongs to, so the state outlives the run and
-// says afterwards whether the object is still there.
-template <typename Task>
-struct TaskState {
-    Task task;
-    Platform::EventSourcePtr source;  // empty once the object is gone
-    double interval = 0;
-    bool startedWhileRunning = false;
-};
-
-}  // namespace
-
-class CommonUtilJob::Impl {
-public:
-    using State = TaskState<std::function<void()>>;
-    explicit Impl(std::function<void()> task) : mState(std::make_shared<State>())
-    {
-        mState->task = std::move(task);
-        sd_event_source* source = nullptr;
-        sd_event_add_defer(Platform::MainLoop(), &source, Run, this);
-        sd_event_source_set_enabled(source, SD_EVENT_OFF);
-        mState->source.reset(source);
-    }
-    ~Impl() { mState->source.reset(); }
-    void Start() { sd_event_source_set_enabled(mState->source.get(), SD_EVENT_ONESHOT); }
-
-private:
-    static int Run(sd_event_source*, void* self)
-    {
-        const std::shared_ptr<State> state = static_cast<Impl*>(self)->mState;
-        state->task();
-        return 0;
-    }
-    std::shared_ptr<State> mState;
-};
-
-CommonUtilJob::CommonUtilJob(std::function<void()> task) : mImpl(std::make_unique<Impl>(std::move(task))) {}
-CommonUtilJob::~CommonUtilJob() = default;
-void CommonUtilJob::Start()
-{
-    mImpl->Start();
-}
-
-class CommonUtilIdler::Impl {
-public:
-    using State = TaskState<std::function<CommonUtilTaskReturn()>>;
-    explicit Impl(std::function<CommonUtilTaskReturn()> task) : mState(std::make_shared<State>())
-    {
-        mState->task = std::move(task);
-        sd_event_source* source = nullptr;
-        sd_event_add_defer(Platform::MainLoop(), &source, Run, this);
-        sd_event_source_set_priority(source, SD_EVENT_PRIORITY_IDLE);
-        sd_event_source_set_enabled(source, SD_EVENT_OFF);
-        mState->source.reset(source);
-    }
-    ~Impl() { mState->source.reset(); }
-    void Start() { sd_event_source_set_enabled(mState->source.get(), SD_EVENT_ONESHOT); }
-
-private:
-    static int Run(sd_event_source*, void* self)
-    {
-        const std::shared_ptr<State> state = static_cast<Impl*>(self)->mState;
-        if (state->task() != kCommonUtilTaskEnd && state->source) {
-            sd_event_source_set_enabled(state->source.get(), SD_EVENT_ONESHOT);
-        }
-        return 0;
-    }
-    std::shared_ptr<State> mState;
-};
-
-CommonUtilIdler::CommonUtilIdler(std::function<CommonUtilTaskReturn()> task)
-    : mImpl(std::make_unique<Impl>(std::move(task)))
-{
-}
-CommonUtilIdler::~CommonUtilIdler() = default;
-void CommonUtilIdler::Start()
-{
-    mImpl->Start();
-}
-
-class CommonUtilTimer::Impl {
-public:
-    using State = TaskState<std::function<CommonUtilTaskReturn()>>;
-    Impl(double interval, std::function<CommonUtilTaskReturn()> task) : mState(std::make_shared<State>())
-    {
-        mState->task = std::move(task);
-        mState->interval = interval;
-        sd_event_source* source = nullptr;
-        sd_event_add_time_relative(Platform::MainLoop(), &source, CLOCK_MONOTONIC, 0,
-                                   Platform::kTimerAccuracyUsec, Run, this);
-        sd_event_source_set_enabled(source, SD_EVENT_OFF);
-        mState->source.reset(source);
-    }
-    ~Impl() { mState->source.reset(); }
-    void SetInterval(double interval) { mState->interval = interval; }
-    void Start()
-    {
-        mState->startedWhileRunning = true;
-        Arm(*mState);
-    }
-    void Stop()
-    {
-        mState->startedWhileRunning = true;  // the task's own answer counts no more
-        sd_event_source_set_enabled(mState->source.get(), SD_EVENT_OFF);
-    }
-
-private:
-    static void Arm(State& state)
-    {
-        const uint64_t usec = Platform::Microseconds(state.interval);
-        sd_event_source_set_time_accuracy(state.source.get(), usec ? Platform::kTimerAccuracyUsec : 1);
-        // From now, not from when the loop's turn began: the task that starts a timer may have paused.
-        timespec now{};
-        clock_gettime(CLOCK_MONOTONIC, &now);
-        const auto nowUsec =
-            static_cast<uint64_t>(now.tv_sec) * 1'000'000 + static_cast<uint64_t>(now.tv_nsec) / 1000;
-        sd_event_source_set_time(state.source.get(), nowUsec + usec);
-        sd_event_source_set_enabled(state.source.get(), SD_EVENT_ONESHOT);
-    }
-    static int Run(sd_event_source*, uint64_t, void* self)
-    {
-        const std::shared_ptr<State> state = static_cast<Impl*>(self)->mState;
-        state->startedWhileRunning = false;
-        const bool again = state->task() != kCommonUtilTaskEnd;
-        if (again && state->source && !state->startedWhileRunning) Arm(*state);
-        return 0;
-    }
-    std::shared_ptr<State> mState;
-};
-
-CommonUtilTimer::CommonUtilTimer(double interval, std::function<CommonUtilTaskReturn()> task)
-    : mImpl(std::make_unique<Impl>(interval, std::move(task)))
-{
-}
-CommonUtilTimer::~CommonUtilTimer() = default;
-void CommonUtilTimer::SetInterval(double interval)
-{
-    mImpl->SetInterval(interval);
-}
-void CommonUtilTimer::Start()
-{
-    mImpl->Start();
-}
-void CommonUtilTimer::Stop()
-{
-    mImpl->Stop();
-}
 
 // A pause that the service takes blocks the loop, and with it the watchdog's own feeding.
 int usleep(unsigned int microseconds)
