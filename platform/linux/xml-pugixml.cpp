@@ -1,11 +1,16 @@
 // The XML module: the gate of the face documents decides what is well-formed, pugixml holds the tree.
 
-#include <fstream>
-#include <iterator>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <new>
+#include <optional>
 #include <pugixml.hpp>
 #include <string>
 
+#include "unique-fd.h"
 #include "xml-gate.h"
 #include "xml-module.h"
 
@@ -29,16 +34,35 @@ const void* FirstFitting(pugi::xml_node node, const char* name)
     return node.internal_object();
 }
 
+// A regular file no longer than the gate takes; anything else, which may be endless or never answer, counts
+// as missing.
+std::optional<std::string> ReadDocument(const char* path)
+{
+    const Platform::UniqueFd file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat info {};
+    if (!file || fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
+    std::string text(DataUtil::kMostBytes + 1, '\0');
+    std::size_t length = 0;
+    while (length < text.size()) {
+        const ssize_t n = read(file.Get(), text.data() + length, text.size() - length);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return std::nullopt;
+        if (n == 0) break;
+        length += static_cast<std::size_t>(n);
+    }
+    text.resize(length);
+    return text;
+}
+
 }  // namespace
 
 void* watch_xml_open(const char* path)
 {
     try {
-        std::ifstream file(path, std::ios::binary);
-        if (!file) return nullptr;
-        const std::string text{std::istreambuf_iterator<char>(file), {}};
+        const auto text = ReadDocument(path);
+        if (!text) return nullptr;
         DataUtil::Findings findings;
-        return DataUtil::XmlTree::Load(text, findings).release();
+        return DataUtil::XmlTree::Load(*text, findings).release();
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

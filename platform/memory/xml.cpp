@@ -1,5 +1,6 @@
 #include <expat.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -76,6 +77,10 @@ public:
 CommonUtilXmlParser::CommonUtilXmlParser(const std::string& path) : mImpl(std::make_unique<Impl>())
 {
     MemoryPlatform::Note("xml " + MemoryPlatform::Shown(path));
+    constexpr std::uintmax_t kMostBytes = 1024 * 1024;
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) return;
+    if (std::filesystem::file_size(path, error) > kMostBytes) return;
     std::ifstream file(path, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     mImpl->wellFormed = IsWellFormed(text) && mImpl->document.load_buffer(text.data(), text.size());

@@ -1,4 +1,7 @@
 #include "common-util-xml.h"
+
+#include <sys/stat.h>
+
 #include "contract-test.h"
 
 namespace Contract {
@@ -52,6 +55,25 @@ TEST_F(AnXmlDocument, has_no_root_when_it_is_not_well_formed)
                              "<a>&undefined;</a>", "<a>\xFF</a>", "<a x=1/>"}) {
         EXPECT_FALSE(CommonUtilXmlParser(Save(text)).GetRoot().IsValid()) << text;
     }
+}
+
+TEST_F(AnXmlDocument, has_no_root_when_it_is_no_regular_file)
+{
+    ASSERT_EQ(mkfifo(InArea("fifo.xml").c_str(), 0600), 0);
+    for (const std::string& path : {InArea("fifo.xml"), InArea(), std::string("/dev/zero"), std::string()}) {
+        EXPECT_FALSE(CommonUtilXmlParser(path).GetRoot().IsValid()) << path;
+    }
+}
+
+TEST_F(AnXmlDocument, is_at_most_one_MiB_long)
+{
+    const std::string around = "<a></a>";
+    std::string text = "<a>" + std::string((1 << 20) - around.size(), 'x') + "</a>";
+    EXPECT_TRUE(CommonUtilXmlParser(Save(text)).GetRoot().IsValid());
+    text.insert(3, "x");
+    EXPECT_FALSE(CommonUtilXmlParser(Save(text)).GetRoot().IsValid());
+    std::filesystem::resize_file(InArea("document.xml"), std::uintmax_t{1} << 36);
+    EXPECT_FALSE(CommonUtilXmlParser(InArea("document.xml")).GetRoot().IsValid());
 }
 
 TEST_F(AnXmlDocument, gives_nothing_for_an_invalid_node)
