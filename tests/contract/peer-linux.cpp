@@ -126,11 +126,13 @@ int BusPeer::Answer(sd_bus_message* message)
 
 void BusPeer::Listen(const std::string& port, bool trusted)
 {
-    {
+    OnThread([&] {
+        sd_bus_request_name(mBus, Platform::PortBusName(mAppId, port, trusted).c_str(), 0);
+        while (sd_bus_process(mBus, nullptr) > 0) {
+        }  // what came before the port was up is lost
         const std::lock_guard lock(mMutex);
         mListening.insert({port, trusted});
-    }
-    OnThread([&] { sd_bus_request_name(mBus, Platform::PortBusName(mAppId, port, trusted).c_str(), 0); });
+    });
 }
 
 std::vector<Received> BusPeer::Inbox() const
