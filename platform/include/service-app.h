@@ -21,8 +21,9 @@ typedef struct {
 // when the application could not run or lost its bus. A second instance is refused.
 int service_app_main(int argc, char** argv, service_app_lifecycle_callback_s* callbacks, void* userData);
 
-// Ends the application on its own wish: it gives up its ports and its name, works off what has arrived by then,
-// and service_app_main() returns 0. A message that comes later finds nobody, or starts the program anew.
+// Ends the application on its own wish: it gives up its ports and its name, works off what has arrived by
+// then, and service_app_main() returns 0. A message that comes later finds nobody, or starts the program
+// anew.
 void service_app_exit(void);
 
 typedef enum {
