@@ -1,8 +1,16 @@
 // The few functions of cairo that look at a picture, opened when the first picture is looked at.
 
 #include <cairo.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
 
 #include "late-library.h"
+#include "unique-fd.h"
 
 namespace {
 
@@ -19,9 +27,54 @@ Platform::LateLibrary& Cairo()
     if (!function) return otherwise;                                              \
     return function(__VA_ARGS__)
 
+namespace {
+
+using Platform::UniqueFd;
+
+constexpr uint32_t kLongestSide = 4096;
+
+// The picture at `path`, at its start; invalid for what is no regular file or no PNG, or claims to be larger.
+// A file of a megabyte may claim a picture of gigabytes, which would be allocated before its first line is
+// read.
+UniqueFd OpenPicture(const char* path)
+{
+    UniqueFd file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat info {};
+    uint8_t head[24];  // signature, length and type of the first chunk, width, height
+    if (!file || fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return {};
+    if (pread(file.Get(), head, sizeof head, 0) != sizeof head) return {};
+    if (std::memcmp(head, "\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16) != 0) return {};
+    for (const int at : {16, 20}) {
+        const uint32_t side = uint32_t{head[at]} << 24 | uint32_t{head[at + 1]} << 16 |
+                              uint32_t{head[at + 2]} << 8 | uint32_t{head[at + 3]};
+        if (side == 0 || side > kLongestSide) return {};
+    }
+    return file;
+}
+
+cairo_status_t ReadPicture(void* file, unsigned char* data, unsigned int length)
+{
+    while (length > 0) {
+        const ssize_t n = read(static_cast<UniqueFd*>(file)->Get(), data, length);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return CAIRO_STATUS_READ_ERROR;
+        data += n;
+        length -= static_cast<unsigned int>(n);
+    }
+    return CAIRO_STATUS_SUCCESS;
+}
+
+cairo_surface_t* PictureFrom(UniqueFd* file)
+{
+    FORWARD(cairo_image_surface_create_from_png_stream, nullptr, ReadPicture, file);
+}
+
+}  // namespace
+
 cairo_surface_t* cairo_image_surface_create_from_png(const char* path)
 {
-    FORWARD(cairo_image_surface_create_from_png, nullptr, path);
+    UniqueFd file = OpenPicture(path);
+    return PictureFrom(&file);  // of an invalid file: cairo's own surface that says so
 }
 
 cairo_status_t cairo_surface_status(cairo_surface_t* surface)
