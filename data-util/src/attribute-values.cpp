@@ -147,6 +147,7 @@ Value OneOf(std::string_view raw, const std::vector<std::string_view>& names, st
 Value SourceName(std::string_view raw, bool emptyToo, std::string& problem)
 {
     std::vector<std::string_view> names;
+    names.reserve(std::size(kSources) + 1);
     for (const Source& source : kSources) names.emplace_back(source.name);
     if (emptyToo) names.emplace_back("empty");
     return OneOf(raw, names, problem);

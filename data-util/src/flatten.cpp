@@ -127,7 +127,7 @@ private:
 
     void Open(int depth, std::string_view name, const Attributes& attributes, bool closed)
     {
-        mText.append(static_cast<std::size_t>(2 * depth), ' ');
+        mText.append(2 * static_cast<std::size_t>(depth), ' ');
         mText += "<" + std::string(name);
         for (const auto& [key, value] : attributes) {
             mText += " " + std::string(key) + "=\"" + Escaped(value, true) + "\"";
@@ -137,7 +137,7 @@ private:
 
     void Close(int depth, std::string_view name)
     {
-        mText.append(static_cast<std::size_t>(2 * depth), ' ');
+        mText.append(2 * static_cast<std::size_t>(depth), ' ');
         mText += "</" + std::string(name) + ">\n";
     }
 

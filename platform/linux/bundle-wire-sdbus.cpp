@@ -197,7 +197,7 @@ BundlePtr ReadBundle(sd_bus_message* message, std::string* error)
     if (!values) return {};
     const bool read = ReadEntries(message, true, error, [&](const std::string& key, WireValue value) {
         if (values->values.contains(key)) return false;
-        std::visit([&](auto&& held) { values->Set(key, std::move(held)); }, std::move(value));
+        std::visit([&](auto& held) { values->Set(key, std::move(held)); }, value);
         return true;
     });
     return read ? std::move(values) : nullptr;

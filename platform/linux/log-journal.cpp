@@ -24,12 +24,9 @@ Target FindTarget()
 {
     struct stat info {};
     if (fstat(STDERR_FILENO, &info) != 0) return Target::kStream;
-    unsigned long long device = 0, inode = 0;
     const char* stream = std::getenv("JOURNAL_STREAM");
-    if (stream && std::sscanf(stream, "%llu:%llu", &device, &inode) == 2 && info.st_dev == device &&
-        info.st_ino == inode) {
-        return Target::kJournal;
-    }
+    const std::string ours = std::to_string(info.st_dev) + ":" + std::to_string(info.st_ino);
+    if (stream && ours == stream) return Target::kJournal;
     return S_ISREG(info.st_mode) ? Target::kFile : Target::kStream;
 }
 

@@ -133,7 +133,11 @@ void PaintShadow(Painter& painter, const Element& hand, const std::vector<Elemen
     const double dx = hand.Number("shadow-x") * painter.scale, dy = hand.Number("shadow-y") * painter.scale;
     const PixelBox box = Reach(painter, parts, dx, dy, edge + 1);
     if (box.Area() == 0) return;
-    painter.budget.Charge(hand, 256 + 10 * box.Area() * static_cast<double>(1 + parts.size() / 8));
+    painter.budget.Charge(
+        hand,
+        256 + 10 * box.Area() *
+                  static_cast<double>(
+                      1 + parts.size() / 8));  // NOLINT(bugprone-integer-division): one more for each eight
 
     cairo_surface_t* mask = cairo_image_surface_create(CAIRO_FORMAT_A8, box.Width(), box.Height());
     const ContextPtr cr(cairo_create(mask));
