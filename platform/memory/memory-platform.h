@@ -21,9 +21,8 @@
 //   EXPECT_THAT(platform.LogTexts(), Contains("E idle clock set done!!"));
 //
 // What always holds
-//   - Every Platform of a process uses the same folder, emptied at its start and at its end: code that keeps
-//   a
-//     path for the life of the process stays right from test to test.
+//   - Every Platform of a process uses the same folder, emptied at its start and at its end: code that
+//     keeps a path for the life of the process stays right from test to test.
 //   - Files are real, written by the file layer of the product. Calls that are made to fail have no effect.
 //   - What a test calls of the platform itself is recorded and counted like the calls of the code under test.
 //   - Recording is safe on any thread. usleep() returns at once; on the main thread it moves the clock.
@@ -288,8 +287,7 @@ public:
     void SendAs(const std::string& senderId, const std::string& port, bool trusted, const Message& message,
                 const std::string& senderPort = "");
 
-    // --- Stores (by another application: watchers are told on the next turn)
-    // ---------------------------------
+    // --- Stores (by another application: watchers are told on the next turn) ---
     void SetKey(const std::string& key, const StoreValue& value);
     void UnsetKey(const std::string& key);
     std::optional<StoreValue> Key(const std::string& key) const;
@@ -318,8 +316,7 @@ public:
     // while clones of it exist. Null when no application runs.
     std::unique_ptr<ReceivedRequest> Request(const Message& extra, const std::string& caller = "");
 
-    // --- The application and what else it calls
-    // --------------------------------------------------------------
+    // --- The application and what else it calls ---
     void ScriptMain(MainScript script);
     void RaiseEvent(app_event_type_e type);  // runs the handlers at once
     DataLibrary& Data();
