@@ -121,6 +121,19 @@ TEST_F(AKey, written_by_another_application_is_announced)
     EXPECT_TRUE(RunUntilTold(2));
 }
 
+TEST_F(AKey, may_hold_quotes_backslashes_and_commas)
+{
+    for (const std::string key : {"db/it's", "db/a\\b", "db/a,b='c", "db/\xC3\xA9"}) {
+        told.clear();
+        const CommonUtilVConfCallback watcher(key, Into(told));
+        harness->WaitTurn();
+        CommonUtilVConf::SetInt(kOtherKey, 1);
+        CommonUtilVConf::SetInt(key, 2);
+        ASSERT_TRUE(RunUntilTold(1)) << key;
+        EXPECT_THAT(told, testing::ElementsAre(Change{key, 2, 0}));
+    }
+}
+
 TEST_F(AKey, is_announced_to_its_own_watchers_only)
 {
     const CommonUtilVConfCallback watcher(kKey, Into(told));
