@@ -154,10 +154,13 @@ int MessagePorts::Send(const std::string& app, const std::string& port, bool tru
 
 int MessagePorts::IsTrustedPortUp(const std::string& app, const std::string& port)
 {
+    // What is no name cannot be up, and would be part of a match rule.
+    const std::string portName = PortBusName(app, port, true);
+    if (sd_bus_service_name_is_valid(portName.c_str()) <= 0) return 0;
     const auto owner = mBus.OwnerNow(app);
     if (!owner) return -EIO;
     if (owner->empty()) return 0;
-    const auto portOwner = mBus.OwnerNow(PortBusName(app, port, true));
+    const auto portOwner = mBus.OwnerNow(portName);
     if (!portOwner) return -EIO;
     return *portOwner == *owner ? 1 : 0;
 }

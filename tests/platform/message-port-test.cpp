@@ -415,6 +415,15 @@ TEST_F(ASender, sees_a_port_as_up_while_its_name_has_the_applications_owner)
     EXPECT_EQ(process->Ports().IsTrustedPortUp(kHome, kHomePort), 0);
 }
 
+TEST_F(ASender, sees_no_port_of_what_is_no_application)
+{
+    for (const char* app : {"", "no name", "a.b',member='x", "com..example", ".a.b"}) {
+        EXPECT_EQ(process->Ports().IsTrustedPortUp(app, kHomePort), 0) << app;
+    }
+    EXPECT_EQ(process->Ports().IsTrustedPortUp(kHome, std::string(300, 'x')), 0);
+    EXPECT_EQ(process->GetBus().Owners().NamesWatched(), 0u);
+}
+
 TEST_F(ASender, does_not_see_a_port_that_another_connection_put_up)
 {
     home.Own(kHome);
