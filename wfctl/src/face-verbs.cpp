@@ -118,7 +118,8 @@ Exit Set(const Options& options, const SetArguments& arguments)
     const auto isSet = [&] { return announced && IsCurrent(CurrentFace(keys), arguments.name); };
     if (!connection.RunUntil(isSet, Seconds(arguments.timeout))) {
         throw Stop(Exit::kNoAnswer, "the service did not make [" + arguments.name +
-                                        "] the current watch face in time; its log says why");
+                                        "] the current watch face in time; look for watchface-service in " +
+                                        LogPlace("watchface-service"));
     }
     if (options.json)
         PrintLine(JsonLine(Json::object({

@@ -101,14 +101,11 @@ public:
         log.seekg(static_cast<std::streamoff>(mStart));
         std::string reasons;
         for (std::string line; std::getline(log, line);) {
-            if (line.find("/data-util(") != std::string::npos) reasons += "\n  " + line;
+            const bool isRefusal =
+                line.find("W/platform(") != std::string::npos && line.find(" refused") != std::string::npos;
+            if (isRefusal || line.find("/data-util(") != std::string::npos) reasons += "\n  " + line;
         }
         return reasons;
-    }
-    std::string Where() const
-    {
-        std::error_code error;
-        return fs::exists(mPath, error) ? "[" + mPath + "]" : "the journal (journalctl -t data-util)";
     }
 
 private:
@@ -133,7 +130,13 @@ Document ReadDocument(const InstallArguments& arguments)
     if (document.name.empty() && stem.ends_with(kResultSuffix)) {
         document.name = stem.substr(0, stem.size() - std::string_view(kResultSuffix).size());
     }
-    if (document.name.empty()) throw Stop(Exit::kUsage, "which watch face is that? say --name NAME");
+    if (document.name.empty()) {
+        throw Stop(Exit::kUsage,
+                   "[" + arguments.file +
+                       "] does not say which watch face it is, because it cannot be read as one; "
+                       "type: wfctl flatten " +
+                       ShellQuoted(arguments.file) + ", or say --name NAME");
+    }
     return document;
 }
 
@@ -185,9 +188,9 @@ bool AwaitPreview(Connection& connection, const Face& face, const FileMark& befo
 [[noreturn]] void Refused(const Document& document, const LogTail& log)
 {
     const std::string reasons = log.Reasons();
-    throw Stop(Exit::kError,
-               "the service refused [" + document.name + "]; " +
-                   (reasons.empty() ? "look for data-util in " + log.Where() : "its log says:" + reasons));
+    throw Stop(Exit::kError, "the service refused [" + document.name + "]; " +
+                                 (reasons.empty() ? "look for data-util in " + LogPlace("data-util")
+                                                  : "its log says:" + reasons));
 }
 
 Exit Install(const Options& options, const InstallArguments& arguments)

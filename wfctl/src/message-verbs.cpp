@@ -125,7 +125,9 @@ Exit Launch(const Options& options, const LaunchArguments& arguments)
         {"result", result                 },
         {"extra",  LaunchDataToJson(reply)}
     })));
-    return result == 0 ? Exit::kDone : Exit::kError;
+    if (result == 0) return Exit::kDone;
+    throw Stop(Exit::kError, "[" + to.app + "] answered " + std::to_string(result) +
+                                 ": the request failed, or nothing in it takes such requests");
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ struct ErrorMeaning {
 
 constexpr ErrorMeaning kMeanings[] = {
     {"NotTrusted",     Exit::kNotPermitted, "does not trust the sender"                       },
-    {"NoSuchPort",     Exit::kNotFound,     "has no such port; `wfctl status` says what runs" },
+    {"NoSuchPort",     Exit::kNotFound,     "takes no message there"                          },
     {"InvalidBundle",  Exit::kError,        "refused the message"                             },
     {"QueueFull",      Exit::kError,        "has too many messages waiting; try again"        },
     {"ServiceUnknown", Exit::kNotFound,     "is not running and cannot be started on this bus"},
@@ -58,8 +58,8 @@ void StopFor(const Answer& answer, const PeerAddress& to, const std::string& sel
     }
     for (const ErrorMeaning& meaning : kMeanings) {
         if (meaning.name != name) continue;
-        throw Stop(meaning.status, whom + meaning.text + " (as " + (self.empty() ? "nobody" : self) +
-                                       "): " + answer.errorText);
+        throw Stop(meaning.status, whom + meaning.text + (self.empty() ? "" : " (as " + self + ")") + ": " +
+                                       answer.errorText);
     }
     throw Stop(Exit::kError, whom + "failed: " + answer.errorText + " (" + answer.errorName + ")");
 }
@@ -125,6 +125,11 @@ void Peer::Send(const PeerAddress& to, bool trusted, const bundle& message)
     const Answer answer =
         HasNames() ? SendOwn(to, trusted, message) : mRelayClient->Send(to, trusted, message, kSendPatience);
     if (answer.Good()) return;
+    if (!HasNames() && (!answer.message || answer.errorName == SD_BUS_ERROR_NO_REPLY)) {
+        throw Stop(Exit::kNoAnswer, "[" + mSelf.app +
+                                        "] is running already, and nothing came back through it from [" +
+                                        to.app + "] in time; end it or use another --as");
+    }
     if (!HasNames() && IsUnknown(answer)) {
         const auto pid = mConnection.ProcessBehind(mSelf.app);
         throw Stop(Exit::kError, "[" + mSelf.app + "] is another program" +

@@ -13,6 +13,7 @@
 #include <iterator>
 
 #include "application-table.h"
+#include "areas.h"
 #include "exit-status.h"
 #include "process.h"
 
@@ -264,10 +265,24 @@ Platform::UniqueFd LockWatch(const WatchPaths& paths)
     return lock;
 }
 
+void RequireOwnWatch(const WatchPaths& paths)
+{
+    if (access(paths.State().c_str(), R_OK) == 0 || errno != EACCES) return;
+    throw Stop(Exit::kNotPermitted,
+               "the watch at [" + paths.root + "] is another user's; speak to it as that user");
+}
+
+std::string LogPlace(const std::string& tag)
+{
+    const std::string path = WatchPaths{Platform::CurrentAreas().root}.Log();
+    return access(path.c_str(), F_OK) == 0 ? "[" + path + "]" : "the journal (journalctl -t " + tag + ")";
+}
+
 void SelectWatch(const std::string& dir)
 {
     if (!dir.empty()) {
         const WatchPaths paths = PathsOf(dir);
+        RequireOwnWatch(paths);
         const auto state = ReadState(paths);
         if (!state) {
             throw Stop(Exit::kNoWatch,

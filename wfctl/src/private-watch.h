@@ -63,6 +63,12 @@ void RemoveRunFiles(const WatchPaths& paths, const WatchState& state);
 // Held while the watch is brought up or taken down.
 Platform::UniqueFd LockWatch(const WatchPaths& paths);
 
+// Stops with Exit::kNotPermitted when the watch is another user's.
+void RequireOwnWatch(const WatchPaths& paths);
+
+// Where this process's watch logs: the file's name, or how to read the journal's lines with that tag.
+std::string LogPlace(const std::string& tag);
+
 // Takes the watch below DIR for this process; without DIR it is that of the environment. Stops with
 // Exit::kNoWatch when none is up below DIR.
 void SelectWatch(const std::string& dir);

@@ -232,7 +232,8 @@ std::vector<std::pair<std::string, std::string>> ParseSettings(const std::vector
         };
     for (const std::string& word : words) {
         const auto equals = word.find('=');
-        if (equals == std::string::npos) throw Stop(Exit::kUsage, "[" + word + "] is no NAME=VALUE");
+        if (equals == std::string::npos)
+            throw Stop(Exit::kUsage, "[" + word + "] is no NAME=VALUE; type: wfctl setting set --help");
         settings.emplace_back(word.substr(0, equals), word.substr(equals + 1));
     }
     return settings;
@@ -244,6 +245,9 @@ Exit SettingSet(const Options& options, const ValueArguments& arguments)
     std::vector<std::pair<std::string, StoredValue>> values;
     for (const auto& [name, text] : ParseSettings(arguments.keys)) {
         const SystemSetting& setting = FindSetting(name);
+        if (setting.isBool && text != "true" && text != "false") {
+            throw Stop(Exit::kUsage, "the setting [" + name + "] is true or false, not [" + text + "]");
+        }
         values.emplace_back(setting.key, ParseValue(text, setting.isBool ? "bool" : "string", std::nullopt));
     }
     KeyStore store(options);

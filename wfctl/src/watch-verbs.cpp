@@ -54,8 +54,10 @@ WatchPaths MakeRoot(const std::string& dir)
 {
     std::error_code error;
     fs::create_directories(dir, error);
-    if (error && !fs::is_directory(dir)) {
-        throw Stop(Exit::kError, "the folder [" + dir + "] cannot be made: " + error.message());
+    std::error_code ignored;
+    if (error && !fs::is_directory(dir, ignored)) {
+        throw Stop(Exit::kError, "the folder [" + dir + "] cannot be made: " + error.message() +
+                                     "; name another with --root DIR");
     }
     return PathsOf(dir);
 }
@@ -211,6 +213,7 @@ Exit Down(const Options& options)
     if (!fs::is_directory(dir, error))
         throw Stop(Exit::kNothingToDo, "nothing to do: there is no folder [" + dir + "]");
     const WatchPaths paths = PathsOf(dir);
+    RequireOwnWatch(paths);
     if (!ReadState(paths))
         throw Stop(Exit::kNothingToDo, "nothing to do: no watch is up at [" + paths.root + "]");
     const UniqueFd lock = LockWatch(paths);
