@@ -117,9 +117,11 @@ public:
 
     void RunUntil(const std::function<bool()>& condition)
     {
+        const auto deadline = Clock::now() + std::chrono::seconds(20);
         while (!condition()) {
             if (sd_bus_process(Bus(), nullptr) > 0) continue;
-            if (!condition()) sd_bus_wait(Bus(), 5'000'000);
+            if (Clock::now() > deadline) throw std::runtime_error("a program does not answer");
+            if (!condition()) sd_bus_wait(Bus(), 1'000'000);
         }
     }
 

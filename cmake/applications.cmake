@@ -14,7 +14,16 @@ const char* const kEmbeddedApplicationId = Platform::IdOfProgram(\"${program}\")
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/platform/core)
 endfunction()
 
-# watch_late_modules(TARGET): the modules that the platform opens late in TARGET call back into it.
+# watch_late_modules(TARGET): the modules that the platform opens late in TARGET log through it, and call nothing else
+# of it.
 function(watch_late_modules target)
-  set_target_properties(${target} PROPERTIES ENABLE_EXPORTS ON)
+  target_link_options(${target} PRIVATE -Wl,--export-dynamic-symbol=__dlog_print)
+endfunction()
+
+# watch_binds_little(TARGET): TARGET carries the C++ library in itself. Binding the shared one is most of the
+# instructions of a start (bench/run), and nothing of it crosses to the modules.
+function(watch_binds_little target)
+  if(NOT WATCH_SANITIZE)
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+  endif()
 endfunction()
