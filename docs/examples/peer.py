@@ -126,6 +126,8 @@ class Peer:
 def main():
     if len(sys.argv) < 5:
         sys.exit(__doc__)
+    if "DBUS_SESSION_BUS_ADDRESS" not in os.environ:
+        sys.exit("peer.py: no watch in the environment; type: . DIR/watch.env")
     app, port, to_app, to_port = sys.argv[1:5]
     peer = Peer(app, port)
     peer.send(to_app, to_port, dict(pair.split("=", 1) for pair in sys.argv[5:]))

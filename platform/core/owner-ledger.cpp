@@ -33,31 +33,32 @@ std::optional<std::string> OwnerLedger::Known(const std::string& name) const
 void OwnerLedger::Answered(const std::string& name, uint64_t generation, const std::string& owner)
 {
     Entry* entry = Find(name, generation);
-    // A change that came before the answer has told more than the answer does.
     if (!entry || entry->owner) return;
-    Resolve(*entry, owner);
+    entry->owner = owner;
+    Tell(*entry, owner);
 }
 
 void OwnerLedger::Failed(const std::string& name, uint64_t generation)
 {
     Entry* entry = Find(name, generation);
     if (!entry || entry->owner) return;
-    Resolve(*entry, std::string());
+    entry->owner.emplace();  // for questions asked meanwhile
+    Tell(*entry, std::string());
     // Not known to be without owner: the next question asks the bus again.
     entry = Find(name, generation);
-    if (!entry) return;
-    mByAge.erase(entry->age);
-    mEntries.erase(name);
-    mWatcher.Forget(name);
+    if (entry) Drop(name);
 }
 
 void OwnerLedger::Changed(const std::string& name, const std::string& before, const std::string& after)
 {
     const auto it = mEntries.find(name);
     if (it == mEntries.end()) return;
-    const uint64_t generation = it->second.generation;
-    if (!it->second.owner) Resolve(it->second, before);
-    if (Entry* entry = Find(name, generation)) entry->owner = after;
+    Entry& entry = it->second;
+    if (entry.owner) {
+        entry.owner = after;
+    } else {
+        Tell(entry, before);
+    }
 }
 
 OwnerLedger::Entry* OwnerLedger::Find(const std::string& name, uint64_t generation)
@@ -77,8 +78,9 @@ OwnerLedger::Entry* OwnerLedger::Enter(const std::string& name)
     Entry& entry = mEntries[name];
     entry.generation = ++mGenerations;
     entry.age = mByAge.insert(mByAge.end(), name);
-    mWatcher.Watch(name, entry.generation);
-    return &entry;
+    if (mWatcher.Watch(name, entry.generation)) return &entry;
+    Drop(name);
+    return nullptr;
 }
 
 bool OwnerLedger::MakeRoom()
@@ -86,18 +88,22 @@ bool OwnerLedger::MakeRoom()
     for (const std::string& name : mByAge) {
         const auto it = mEntries.find(name);
         if (!it->second.waiting.empty()) continue;
-        const std::string gone = name;
-        mByAge.erase(it->second.age);
-        mEntries.erase(it);
-        mWatcher.Forget(gone);
+        Drop(std::string(name));
         return true;
     }
     return false;
 }
 
-void OwnerLedger::Resolve(Entry& entry, const std::string& owner)
+void OwnerLedger::Drop(const std::string& name)
 {
-    entry.owner = owner;
+    const auto it = mEntries.find(name);
+    mByAge.erase(it->second.age);
+    mEntries.erase(it);
+    mWatcher.Forget(name);
+}
+
+void OwnerLedger::Tell(Entry& entry, const std::string& owner)
+{
     const std::vector<Then> waiting = std::exchange(entry.waiting, {});
     mQuestions -= waiting.size();
     for (const Then& then : waiting) then(owner);  // may change the ledger; `entry` is not used after this

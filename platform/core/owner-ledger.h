@@ -5,9 +5,10 @@
 // the bus routed it. Asking the bus anew for each message would answer for a later moment.
 //
 // Normal flow: Ask() about a name that is not watched yet makes the bus side watch it (the match stands
-// before the question is sent) and waits. Either the answer comes first, and is the owner; or a change comes
-// first, and then its *old* owner is the one that held while the question waited. From then on the name is
-// known and Ask() answers at once.
+// before the question is sent) and waits. A change that comes before the answer tells those who wait: its
+// *old* owner is the one that held while they waited. It does not make the name known, since an earlier watch
+// of the name may still have matched it, with changes behind it that no match saw. The answer does: it is the
+// owner, for those who wait and from then on, when Ask() answers at once.
 //
 // Names watched and questions waiting are bounded. A name that nobody waits for gives way to a new one.
 
@@ -30,7 +31,7 @@ public:
     class Watcher {
     public:
         virtual ~Watcher() = default;
-        virtual void Watch(const std::string& name, uint64_t generation) = 0;
+        virtual bool Watch(const std::string& name, uint64_t generation) = 0;  // false: it could not ask
         virtual void Forget(const std::string& name) = 0;
     };
 
@@ -67,7 +68,8 @@ private:
     Entry* Find(const std::string& name, uint64_t generation);
     Entry* Enter(const std::string& name);
     bool MakeRoom();
-    void Resolve(Entry& entry, const std::string& owner);
+    void Drop(const std::string& name);
+    void Tell(Entry& entry, const std::string& owner);
 
     Watcher& mWatcher;
     const std::size_t mMostNames;

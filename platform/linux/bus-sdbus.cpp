@@ -22,6 +22,11 @@ std::string_view OrEmpty(const char* text)
     return text ? text : "";
 }
 
+bool IsFromDriver(sd_bus_message* answer)
+{
+    return OrEmpty(sd_bus_message_get_sender(answer)) == kDriver;
+}
+
 MessagePtr NewDriverCall(sd_bus* bus, const char* member, const std::string& argument)
 {
     sd_bus_message* call = nullptr;
@@ -90,8 +95,8 @@ int Bus::OnFilter(sd_bus_message* message, void* data, sd_bus_error*)
     if (type != SD_BUS_MESSAGE_SIGNAL) return 0;
     const auto sender = OrEmpty(sd_bus_message_get_sender(message));
     const auto interface = OrEmpty(sd_bus_message_get_interface(message));
-    // Made by sd-bus itself when the connection ends; the bus passes no such message on.
-    if (interface == "org.freedesktop.DBus.Local") {
+    // Made by sd-bus itself when the connection ends; whoever is on the bus has a unique name instead.
+    if (sender == "org.freedesktop.DBus.Local") {
         auto* self = static_cast<Bus*>(data);
         if (sd_bus_message_is_signal(message, nullptr, "Disconnected") > 0 && self->mOnLost) self->mOnLost();
         return 0;
@@ -122,7 +127,7 @@ SlotPtr Bus::MatchOwnerChanges(const std::string& names)
     });
 }
 
-void Bus::Watch(const std::string& name, uint64_t generation)
+bool Bus::Watch(const std::string& name, uint64_t generation)
 {
     // The watch's applications are watched from the start, so that the ledger is exact from the first message
     // of each. Any other name is watched from its first message on.
@@ -131,7 +136,7 @@ void Bus::Watch(const std::string& name, uint64_t generation)
     const auto then = [this, name, generation](sd_bus_message* answer) {
         const char* owner = nullptr;
         const sd_bus_error* error = sd_bus_message_get_error(answer);
-        if (!error && sd_bus_message_read(answer, "s", &owner) >= 0) {
+        if (!error && IsFromDriver(answer) && sd_bus_message_read(answer, "s", &owner) >= 0) {
             mOwners.Answered(name, generation, owner);
         } else if (error && sd_bus_error_has_name(error, SD_BUS_ERROR_NAME_HAS_NO_OWNER) > 0) {
             mOwners.Answered(name, generation, "");
@@ -139,9 +144,9 @@ void Bus::Watch(const std::string& name, uint64_t generation)
             mOwners.Failed(name, generation);
         }
     };
-    if (!call || CallDetached(Get(), call.get(), kDriverTimeoutUsec, then) < 0) {
-        PLATFORM_FAULT("could not ask the bus for the owner of [%s]", name.c_str());
-    }
+    if (call && CallDetached(Get(), call.get(), kDriverTimeoutUsec, then) >= 0) return true;
+    PLATFORM_FAULT("could not ask the bus for the owner of [%s]", name.c_str());
+    return false;
 }
 
 void Bus::Forget(const std::string& name)
@@ -187,7 +192,9 @@ void Bus::UserOf(const std::string& uniqueName, std::function<void(std::optional
     };
     const auto answered = [this, uniqueName, tellAll](sd_bus_message* answer) {
         uint32_t uid = 0;
-        if (sd_bus_message_get_error(answer) || sd_bus_message_read(answer, "u", &uid) < 0) {
+        const bool told = !sd_bus_message_get_error(answer) && IsFromDriver(answer) &&
+                          sd_bus_message_read(answer, "u", &uid) >= 0;
+        if (!told) {
             return tellAll(std::nullopt);
         }
         if (mUsers.size() >= kMostUsers) mUsers.clear();

@@ -58,7 +58,7 @@ private:
     Bus(BusPtr bus, std::function<void()> onLost);
     static int OnFilter(sd_bus_message* message, void* self, sd_bus_error*);
     SlotPtr MatchOwnerChanges(const std::string& names);
-    void Watch(const std::string& name, uint64_t generation) override;
+    bool Watch(const std::string& name, uint64_t generation) override;
     void Forget(const std::string& name) override;
 
     std::function<void()> mOnLost;

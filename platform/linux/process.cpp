@@ -118,6 +118,7 @@ bool Process::Connect()
 
 void Process::HandleSignals()
 {
+    signal(SIGPIPE, SIG_IGN);  // whoever reads our log may leave
     for (const int number : {SIGTERM, SIGINT}) {
         sigset_t set;
         sigemptyset(&set);
@@ -172,8 +173,9 @@ void Process::Leave()
     });
     mBus->ReleaseName(mAppId);
     mPorts->Retire();
-    // The answer comes behind everything that was routed to our names.
-    mBus->AfterRouting([this] { mEnd->Start(); });
+    // The first answer comes behind everything that was routed to our names, the second behind the answers to
+    // what had to be asked about the senders of that.
+    mBus->AfterRouting([this] { mBus->AfterRouting([this] { mEnd->Start(); }); });
 }
 
 void Process::Exit(int code)

@@ -68,11 +68,12 @@ void Check(bool holds, const char* what)
 
 class Bus final : public Platform::OwnerLedger::Watcher {
 public:
-    void Watch(const std::string& name, uint64_t generation) override
+    bool Watch(const std::string& name, uint64_t generation) override
     {
         const std::size_t index = IndexOf(name);
         if (!mNames[index].isApplication) mRequests.push_back({Request::kMatch, index});
         mRequests.push_back({Request::kOwner, index, generation});
+        return true;
     }
 
     void Forget(const std::string& name) override

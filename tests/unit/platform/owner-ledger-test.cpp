@@ -16,16 +16,18 @@ constexpr char kName[] = "com.example.peer";
 // The bus side: what the ledger asked of it.
 class RecordingWatcher final : public OwnerLedger::Watcher {
 public:
-    void Watch(const std::string& name, uint64_t generation) override
+    bool Watch(const std::string& name, uint64_t generation) override
     {
         watched.push_back(name);
         lastGeneration = generation;
+        return canAsk;
     }
     void Forget(const std::string& name) override { forgotten.push_back(name); }
 
     std::vector<std::string> watched;
     std::vector<std::string> forgotten;
     uint64_t lastGeneration = 0;
+    bool canAsk = true;
 };
 
 class AnOwnerLedger : public testing::Test {
@@ -79,15 +81,17 @@ TEST_F(AnOwnerLedger, takes_the_old_owner_of_a_change_that_comes_before_the_answ
     Ask();
     ledger.Changed(kName, ":1.7", ":1.9");
     EXPECT_THAT(owners, ElementsAre(":1.7"));
-    EXPECT_EQ(ledger.Known(kName), ":1.9");
 }
 
-TEST_F(AnOwnerLedger, ignores_an_answer_that_a_change_has_overtaken)
+TEST_F(AnOwnerLedger, knows_a_name_by_its_answer_and_not_by_a_change_that_comes_before)
 {
     Ask();
     ledger.Changed(kName, ":1.7", ":1.9");
-    ledger.Answered(kName, watcher.lastGeneration, ":1.7");
-    EXPECT_EQ(ledger.Known(kName), ":1.9");
+    EXPECT_EQ(ledger.Known(kName), std::nullopt);
+    Ask();
+    ledger.Answered(kName, watcher.lastGeneration, ":1.11");  // a change between two watches was not seen
+    EXPECT_THAT(owners, ElementsAre(":1.7", ":1.11"));
+    EXPECT_EQ(ledger.Known(kName), ":1.11");
 }
 
 TEST_F(AnOwnerLedger, follows_every_later_change)
@@ -154,6 +158,15 @@ TEST_F(AnOwnerLedger, bounds_the_questions_that_wait)
     Ask();
     EXPECT_FALSE(asked);
     EXPECT_EQ(ledger.QuestionsWaiting(), 4u);
+}
+
+TEST_F(AnOwnerLedger, keeps_nobody_waiting_for_a_question_that_could_not_be_sent)
+{
+    watcher.canAsk = false;
+    Ask();
+    EXPECT_FALSE(asked);
+    EXPECT_EQ(ledger.NamesWatched(), 0u);
+    EXPECT_THAT(watcher.forgotten, ElementsAre(kName));
 }
 
 TEST_F(AnOwnerLedger, may_be_asked_again_inside_an_answer)
