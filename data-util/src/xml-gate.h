@@ -30,7 +30,7 @@ public:
     Place PlaceAt(std::size_t offset) const;
 
 private:
-    static constexpr std::size_t kStep = 1024;
+    static constexpr std::size_t kStep = 64;
     std::size_t CharactersBefore(std::size_t offset) const;
 
     std::string_view mText;

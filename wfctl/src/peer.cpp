@@ -114,7 +114,9 @@ Answer Peer::SendOwn(const PeerAddress& to, bool trusted, const bundle& message)
     int code = 0;
     const auto call = Platform::NewPortMessage(mConnection.Get(), to.app, to.port, trusted, mSelf.app,
                                                mSelf.port, message, true, &code);
-    if (code == -EMSGSIZE) throw Stop(Exit::kError, "the message is larger than 8 MiB, which no port takes");
+    if (code == -EMSGSIZE)
+        throw Stop(Exit::kError,
+                   "the message is larger than 8 MiB or has more than 65,536 strings, which no port takes");
     if (!call) throw Stop(Exit::kError, std::string("the message cannot be sent: ") + std::strerror(-code));
     return mConnection.Call(call.get(), kSendPatience);
 }
