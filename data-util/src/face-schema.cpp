@@ -175,7 +175,7 @@ constexpr AttributeRule kStopAttributes[] = {
     {"offset", K::kShare, kRequired},
     {"color",  K::kColor, kRequired},
 };
-constexpr AttributeRule kSlotAttributes[] = {
+constexpr AttributeRule kSlotPlace[] = {
     {"name",         K::kSlug,       kRequired},
     {"group",        K::kSlug,       kRequired},
     {"label-key",    K::kStringKey,  kRequired},
@@ -185,19 +185,8 @@ constexpr AttributeRule kSlotAttributes[] = {
     {"width",        K::kLength,     kRequired},
     {"height",       K::kLength,     kRequired},
     {"color",        K::kColor,      kRequired},
-    {"icon-color",   K::kColor},
-    {"accent",       K::kColor},
-    {"track",        K::kColor,      "none"},
-    {"font",         K::kChoice,     "sans",  "sans serif mono"},
-    {"size",         K::kFontSize},
-    {"weight",       K::kWeight,     "400"},
-    {"case",         K::kChoice,     "as-is", "as-is upper"},
-    {"skeleton",     K::kSkeleton,   "d"},
-    {"start",        K::kDegrees,    "225"},
-    {"sweep",        K::kDegrees,    "270"},
-    {"stroke-width", K::kLength,     "4"},
-    {"cap",          K::kChoice,     "round", "butt round"},
 };
+constexpr auto kSlotAttributes = Joined(kSlotPlace, kComplicationStyle);
 constexpr AttributeRule kOfferAttributes[] = {{"source", K::kSource, kRequired}};
 constexpr AttributeRule kFallbackAttributes[] = {{"source", K::kSourceOrEmpty, kRequired}};
 constexpr AttributeRule kPickAttributes[] = {

@@ -6,6 +6,10 @@
 
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <iterator>
 #include <span>
 #include <string>
 #include <string_view>
@@ -68,6 +72,36 @@ struct ElementRule {
     bool isShape = false;    // takes paint; a closed shape also takes a gradient
     bool hasText = false;    // holds text instead of elements
 };
+
+// How a complication looks: what a slot of a result XML and a complication of a flat document have alike, in
+// their order.
+// clang-format off
+inline constexpr AttributeRule kComplicationStyle[] = {
+    {"icon-color",   ValueKind::kColor},
+    {"accent",       ValueKind::kColor},
+    {"track",        ValueKind::kColor,      "none"},
+    {"font",         ValueKind::kChoice,     "sans",  "sans serif mono"},
+    {"size",         ValueKind::kFontSize},
+    {"weight",       ValueKind::kWeight,     "400"},
+    {"case",         ValueKind::kChoice,     "as-is", "as-is upper"},
+    {"skeleton",     ValueKind::kSkeleton,   "d"},
+    {"start",        ValueKind::kDegrees,    "225"},
+    {"sweep",        ValueKind::kDegrees,    "270"},
+    {"stroke-width", ValueKind::kLength,     "4"},
+    {"cap",          ValueKind::kChoice,     "round", "butt round"},
+};
+// clang-format on
+
+// Two lists of attributes as one.
+template <std::size_t First, std::size_t Then>
+constexpr std::array<AttributeRule, First + Then> Joined(const AttributeRule (&first)[First],
+                                                         const AttributeRule (&then)[Then])
+{
+    std::array<AttributeRule, First + Then> rules{};
+    std::copy(std::begin(first), std::end(first), rules.begin());
+    std::copy(std::begin(then), std::end(then), rules.begin() + First);
+    return rules;
+}
 
 const ElementRule& RuleOf(Element element);
 // The rule of the child `name` of `parent`, or null.

@@ -14,7 +14,7 @@ using K = DataUtil::ValueKind;
 
 // A slot of the result XML becomes a complication; what only choosing needs is gone from it.
 // clang-format off
-constexpr AttributeRule kComplicationAttributes[] = {
+constexpr AttributeRule kComplicationPlace[] = {
     {"name",         K::kSlug,          DataUtil::kRequired},
     {"group",        K::kSlug,          DataUtil::kRequired},
     {"source",       K::kSourceOrEmpty, DataUtil::kRequired},
@@ -24,21 +24,14 @@ constexpr AttributeRule kComplicationAttributes[] = {
     {"width",        K::kLength,        DataUtil::kRequired},
     {"height",       K::kLength,        DataUtil::kRequired},
     {"color",        K::kColor},
-    {"icon-color",   K::kColor},
-    {"accent",       K::kColor},
-    {"track",        K::kColor,         "none"},
-    {"font",         K::kChoice,        "sans",  "sans serif mono"},
-    {"size",         K::kFontSize},
-    {"weight",       K::kWeight,        "400"},
-    {"case",         K::kChoice,        "as-is", "as-is upper"},
-    {"skeleton",     K::kSkeleton,      "d"},
-    {"start",        K::kDegrees,       "225"},
-    {"sweep",        K::kDegrees,       "270"},
-    {"stroke-width", K::kLength,        "4"},
-    {"cap",          K::kChoice,        "round", "butt round"},
 };
+// clang-format on
+constexpr auto kComplicationAttributes = DataUtil::Joined(kComplicationPlace, DataUtil::kComplicationStyle);
 
-AttributeRules Of(DataUtil::Element element) { return DataUtil::RuleOf(element).attributes; }
+AttributeRules Of(DataUtil::Element element)
+{
+    return DataUtil::RuleOf(element).attributes;
+}
 
 struct Kind {
     std::string_view name;
@@ -47,20 +40,19 @@ struct Kind {
 };
 
 const Kind kKinds[] = {
-    {"rect",         Of(DataUtil::Element::kRect),     PaintShape},
-    {"circle",       Of(DataUtil::Element::kCircle),   PaintShape},
-    {"polygon",      Of(DataUtil::Element::kPolygon),  PaintShape},
-    {"line",         Of(DataUtil::Element::kLine),     PaintShape},
-    {"arc",          Of(DataUtil::Element::kArc),      PaintShape},
-    {"image",        Of(DataUtil::Element::kImage),    PaintImage},
-    {"layer",        Of(DataUtil::Element::kLayer),    PaintLayer},
-    {"text",         Of(DataUtil::Element::kText),     PaintText},
-    {"ticks",        Of(DataUtil::Element::kTicks),    PaintTicks},
-    {"numerals",     Of(DataUtil::Element::kNumerals), PaintNumerals},
-    {"hand",         Of(DataUtil::Element::kHand),     PaintHand},
+    {"rect",         Of(DataUtil::Element::kRect),     PaintShape       },
+    {"circle",       Of(DataUtil::Element::kCircle),   PaintShape       },
+    {"polygon",      Of(DataUtil::Element::kPolygon),  PaintShape       },
+    {"line",         Of(DataUtil::Element::kLine),     PaintShape       },
+    {"arc",          Of(DataUtil::Element::kArc),      PaintShape       },
+    {"image",        Of(DataUtil::Element::kImage),    PaintImage       },
+    {"layer",        Of(DataUtil::Element::kLayer),    PaintLayer       },
+    {"text",         Of(DataUtil::Element::kText),     PaintText        },
+    {"ticks",        Of(DataUtil::Element::kTicks),    PaintTicks       },
+    {"numerals",     Of(DataUtil::Element::kNumerals), PaintNumerals    },
+    {"hand",         Of(DataUtil::Element::kHand),     PaintHand        },
     {"complication", kComplicationAttributes,          PaintComplication},
 };
-// clang-format on
 
 const Kind& KindOf(Painter& painter, pugi::xml_node node)
 {
