@@ -15,6 +15,10 @@ Areas& Current()
 }
 }  // namespace
 
+std::string Areas::Common() const
+{
+    return root + "/common/";
+}
 std::string Areas::PrivateOf(const std::string& appId) const
 {
     return root + "/apps/" + appId + "/";

@@ -39,8 +39,11 @@ off_t OffsetOf(const std::string& path)
 class CommonUtilFileLock::Impl {
 public:
     Impl(const std::string& path, int mode)
-        : mFile(open((Platform::CurrentAreas().root + "/locks").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660))
     {
+        const std::string common = Platform::CurrentAreas().Common();
+        std::error_code error;
+        std::filesystem::create_directories(common, error);
+        mFile = Platform::UniqueFd(open((common + "locks").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660));
         struct flock lock {};
         lock.l_type = (mode & kWrite) ? F_WRLCK : F_RDLCK;
         lock.l_whence = SEEK_SET;

@@ -37,6 +37,20 @@ std::string DefaultRoot()
     return Environment("HOME") + "/.local/state/watch";
 }
 
+// The platform keys are found at the root, and lie where all programs may make files: a database needs more
+// than its one.
+bool MakeRoot()
+{
+    std::error_code error;
+    std::filesystem::create_directories(CurrentAreas().Common(), error);
+    if (error) {
+        PLATFORM_FAULT("could not make [%s]: %s", CurrentAreas().Common().c_str(), error.message().c_str());
+        return false;
+    }
+    std::filesystem::create_symlink("common/keys.db", CurrentAreas().root + "/keys.db", error);
+    return true;
+}
+
 }  // namespace
 
 std::string InstallPrefix()
@@ -67,12 +81,7 @@ void SetAreasFromEnvironment()
 std::unique_ptr<Process> Process::Start(const std::string& appId)
 {
     SetAreasFromEnvironment();
-    std::error_code error;
-    std::filesystem::create_directories(CurrentAreas().root, error);
-    if (error) {
-        PLATFORM_FAULT("could not make [%s]: %s", CurrentAreas().root.c_str(), error.message().c_str());
-        return nullptr;
-    }
+    if (!MakeRoot()) return nullptr;
     std::unique_ptr<Process> process(new Process(appId, BusAddress()));
     return process->Connect() ? std::move(process) : nullptr;
 }

@@ -1,10 +1,12 @@
 #include "service-app.h"
 
+#include <cstdlib>
 #include <memory>
 #include <new>
 
 #include "app-control.h"
 #include "common-util-ipc-control.h"
+#include "confinement-landlock.h"
 #include "process.h"
 
 extern "C" {
@@ -17,6 +19,7 @@ using Platform::Process;
 int service_app_main(int, char**, service_app_lifecycle_callback_s* callbacks, void* userData)
 {
     const auto process = Process::Start(kEmbeddedApplicationId);
+    if (process && !Platform::Confine(Platform::ConfinementOf(kEmbeddedApplicationId))) return EXIT_FAILURE;
     return process ? process->Run(*callbacks, userData) : Platform::kExitBusLost;
 }
 

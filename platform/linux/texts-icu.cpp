@@ -1,34 +1,17 @@
 // Texts by Unicode's rules, with ICU opened when the first one is needed.
 
 #include <unicode/ustring.h>
-#include <unicode/uversion.h>
 
 #include <vector>
 
 #include "common-util-i18n.h"
-#include "late-library.h"
-
-#define TEXT_OF(macro) #macro
-#define EXPANDED_TEXT_OF(macro) TEXT_OF(macro)
-
-namespace {
-
-// ICU puts its version into the names of library and functions; the headers know them.
-Platform::LateLibrary& Icu()
-{
-    static Platform::LateLibrary library("libicuuc.so." EXPANDED_TEXT_OF(U_ICU_VERSION_MAJOR_NUM));
-    return library;
-}
-
-#define LATE_ICU(name) Platform::LateFunction<decltype(name)>(Icu(), EXPANDED_TEXT_OF(name))
-
-}  // namespace
+#include "late-icu.h"
 
 std::string CommonUtilI18NStringUtility::ToUpper(const std::string& text)
 {
-    static const auto fromUtf8 = LATE_ICU(u_strFromUTF8WithSub);
-    static const auto toUpper = LATE_ICU(u_strToUpper);
-    static const auto toUtf8 = LATE_ICU(u_strToUTF8);
+    static const auto fromUtf8 = LATE_ICU_UC(u_strFromUTF8WithSub);
+    static const auto toUpper = LATE_ICU_UC(u_strToUpper);
+    static const auto toUtf8 = LATE_ICU_UC(u_strToUTF8);
     if (!fromUtf8 || !toUpper || !toUtf8) return text;
 
     constexpr UChar32 kReplacement = 0xFFFD;

@@ -245,7 +245,7 @@ std::vector<std::pair<std::string, StoredValue>> ValueStore::List()
 
 std::string KeysPath()
 {
-    return CurrentAreas().root + "/keys.db";
+    return CurrentAreas().Common() + "keys.db";
 }
 std::string PreferencesPath(const std::string& appId)
 {

@@ -195,20 +195,27 @@ protected:
             SD_BUS_VTABLE_START(0),
             SD_BUS_METHOD(
                 "Launch", "sa{sv}", "ia{sv}",
-                [](sd_bus_message* m, void* code, sd_bus_error*) {
-                    return sd_bus_reply_method_return(m, "ia{sv}", *static_cast<int*>(code), 1, "Result", "s",
-                                                      "OK");
+                [](sd_bus_message* m, void* self, sd_bus_error*) {
+                    auto& launcher = *static_cast<ALauncher*>(self);
+                    launcher.request.reset(sd_bus_message_ref(m));
+                    return launcher.captureWaits ? 1 : launcher.Answer();
                 },
                 SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_VTABLE_END,
         };
         captureResult = result;
         sd_bus_add_object_vtable(capture.Get(), nullptr, Platform::kApplicationPath,
-                                 Platform::kApplicationInterface, kTable, &captureResult);
+                                 Platform::kApplicationInterface, kTable, this);
+    }
+    int Answer()
+    {
+        return sd_bus_reply_method_return(request.get(), "ia{sv}", captureResult, 1, "Result", "s", "OK");
     }
 
     Peer capture{bus.Address()};
     int captureResult = 0;
+    bool captureWaits = false;     // answers only when the test says so
+    Platform::MessagePtr request;  // that the application got last
     std::optional<Reply> reply;
     std::thread::id replyThread;
 };
@@ -280,9 +287,12 @@ TEST_F(ALauncher, is_told_of_a_request_that_could_not_be_sent)
 
 TEST_F(ALauncher, hears_nothing_after_it_cancelled)
 {
+    captureWaits = true;
     RunCapture(0);
     EXPECT_EQ(SendFromThread(kCapture), 0);
+    ASSERT_TRUE(RunUntil([&] { return request != nullptr; }));
     process->Launches().CancelAll();
+    EXPECT_GE(Answer(), 0);
     Settle(capture);
     EXPECT_FALSE(reply.has_value());
 }
