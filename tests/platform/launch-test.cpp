@@ -197,7 +197,7 @@ protected:
                 "Launch", "sa{sv}", "ia{sv}",
                 [](sd_bus_message* m, void* self, sd_bus_error*) {
                     auto& launcher = *static_cast<ALauncher*>(self);
-                    launcher.request.reset(sd_bus_message_ref(m));
+                    launcher.heldCall.reset(sd_bus_message_ref(m));
                     return launcher.captureWaits ? 1 : launcher.Answer();
                 },
                 SD_BUS_VTABLE_UNPRIVILEGED),
@@ -209,13 +209,13 @@ protected:
     }
     int Answer()
     {
-        return sd_bus_reply_method_return(request.get(), "ia{sv}", captureResult, 1, "Result", "s", "OK");
+        return sd_bus_reply_method_return(heldCall.get(), "ia{sv}", captureResult, 1, "Result", "s", "OK");
     }
 
     Peer capture{bus.Address()};
     int captureResult = 0;
-    bool captureWaits = false;     // answers only when the test says so
-    Platform::MessagePtr request;  // that the application got last
+    bool captureWaits = false;      // answers only when the test says so
+    Platform::MessagePtr heldCall;  // that the application got last
     std::optional<Reply> reply;
     std::thread::id replyThread;
 };
@@ -290,7 +290,7 @@ TEST_F(ALauncher, hears_nothing_after_it_cancelled)
     captureWaits = true;
     RunCapture(0);
     EXPECT_EQ(SendFromThread(kCapture), 0);
-    ASSERT_TRUE(RunUntil([&] { return request != nullptr; }));
+    ASSERT_TRUE(RunUntil([&] { return heldCall != nullptr; }));
     process->Launches().CancelAll();
     EXPECT_GE(Answer(), 0);
     Settle(capture);
