@@ -2,6 +2,7 @@
 
 #include "data-util.h"
 #include "late-library.h"
+#include "module-path.h"
 
 namespace {
 

@@ -3,14 +3,8 @@
 #include <dlfcn.h>
 
 #include "platform-log.h"
-#include "process.h"
 
 namespace Platform {
-
-std::string ModulePath(const std::string& file)
-{
-    return InstallPrefix() + "/" WATCH_LIBDIR "/watch/" + file;
-}
 
 void* LateLibrary::Find(const char* symbol)
 {

@@ -8,9 +8,6 @@
 
 namespace Platform {
 
-// Where the modules of this build or installation are: the file of one.
-std::string ModulePath(const std::string& file);
-
 // A library's function, or null with one line in the log. `library` is opened once and stays open.
 class LateLibrary {
 public:

@@ -2,6 +2,7 @@
 
 #include "common-util-xml.h"
 #include "late-library.h"
+#include "module-path.h"
 #include "xml-module.h"
 
 namespace {
