@@ -2,6 +2,7 @@
 
 #include <pango/pangocairo.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -13,25 +14,10 @@ constexpr double kLargestGlyphPicture = 200;  // pixels
 
 using DescriptionPtr = std::unique_ptr<PangoFontDescription, Releases<pango_font_description_free>>;
 using AttributesPtr = std::unique_ptr<PangoAttrList, Releases<pango_attr_list_unref>>;
-using OptionsPtr = std::unique_ptr<cairo_font_options_t, Releases<cairo_font_options_destroy>>;
-
-struct Family {
-    std::string_view font;
-    const char* names;
-};
-constexpr Family kFamilies[] = {
-    {"sans",  "sans-serif"},
-    {"serif", "serif"     },
-    {"mono",  "monospace" }
-};
-
 DescriptionPtr Describe(const TextStyle& style)
 {
     DescriptionPtr description(pango_font_description_new());
-    for (const Family& family : kFamilies) {
-        if (family.font == style.font)
-            pango_font_description_set_family_static(description.get(), family.names);
-    }
+    pango_font_description_set_family(description.get(), FamiliesOf(style.font, style.language).c_str());
     pango_font_description_set_weight(description.get(), static_cast<PangoWeight>(style.weight));
     pango_font_description_set_absolute_size(description.get(), style.size * PANGO_SCALE);
     return description;
@@ -49,6 +35,18 @@ bool Joins(std::string_view text)
         }
     }
     return false;
+}
+
+// Of a text without letters; letters have their own.
+PangoDirection DirectionOf(PangoLanguage* language)
+{
+    constexpr PangoScript kRightToLeft[] = {PANGO_SCRIPT_ARABIC, PANGO_SCRIPT_HEBREW, PANGO_SCRIPT_SYRIAC,
+                                            PANGO_SCRIPT_THAANA, PANGO_SCRIPT_NKO};
+    int count = 0;
+    const PangoScript* scripts = pango_language_get_scripts(language, &count);
+    const bool rightToLeft = count > 0 && std::find(std::begin(kRightToLeft), std::end(kRightToLeft),
+                                                    scripts[0]) != std::end(kRightToLeft);
+    return rightToLeft ? PANGO_DIRECTION_RTL : PANGO_DIRECTION_LTR;
 }
 
 std::string MissingOf(PangoLayout* layout)
@@ -96,32 +94,27 @@ TextStyle StyleOf(const Element& element, double defaultSize, std::string_view l
 Fonts::Fonts() = default;
 Fonts::~Fonts() = default;
 
-void Fonts::Open(cairo_t* cr)
+PangoContext* Fonts::Context(FontSource source, cairo_t* cr)
 {
-    if (!mContext) {
-        mMap.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
-        mContext.reset(pango_font_map_create_context(mMap.get()));
-        const OptionsPtr options(cairo_font_options_create());
-        cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
-        cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
-        cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
-        pango_cairo_context_set_font_options(mContext.get(), options.get());
-        pango_cairo_context_set_resolution(mContext.get(), 96);
-        pango_context_set_round_glyph_positions(mContext.get(), FALSE);
-    }
-    pango_cairo_update_context(cr, mContext.get());
+    FontContextPtr& context = mContexts[source];
+    if (!context) context = OpenFonts(source);
+    pango_cairo_update_context(cr, context.get());
+    return context.get();
 }
 
-TextLine Fonts::Shape(const Painter& painter, std::string_view text, const TextStyle& style)
+TextLine Fonts::ShapeWith(FontSource source, const Painter& painter, std::string_view text,
+                          const TextStyle& style)
 {
     TextLine line;
     line.outline = style.size * painter.scale > kLargestGlyphPicture;
     cairo_save(painter.cr);
     if (line.outline) cairo_identity_matrix(painter.cr);
-    Open(painter.cr);
+    PangoContext* context = Context(source, painter.cr);
     cairo_restore(painter.cr);
-    pango_context_set_language(mContext.get(), pango_language_from_string(style.language.c_str()));
-    line.layout.reset(pango_layout_new(mContext.get()));
+    PangoLanguage* language = pango_language_from_string(style.language.c_str());
+    pango_context_set_language(context, language);
+    pango_context_set_base_dir(context, DirectionOf(language));
+    line.layout.reset(pango_layout_new(context));
     pango_layout_set_single_paragraph_mode(line.layout.get(), TRUE);
     pango_layout_set_font_description(line.layout.get(), Describe(style).get());
     pango_layout_set_text(line.layout.get(), text.data(), static_cast<int>(text.size()));
@@ -136,6 +129,16 @@ TextLine Fonts::Shape(const Painter& painter, std::string_view text, const TextS
     pango_layout_line_get_extents(pango_layout_get_line_readonly(line.layout.get(), 0), nullptr, &logical);
     line.width = static_cast<double>(logical.width) / PANGO_SCALE;
     line.missing = MissingOf(line.layout.get());
+    return line;
+}
+
+TextLine Fonts::Shape(const Painter& painter, std::string_view text, const TextStyle& style)
+{
+    TextLine line = ShapeWith(FontSource::kOwn, painter, text, style);
+    if (!line.missing.empty()) {
+        TextLine other = ShapeWith(FontSource::kSystem, painter, text, style);
+        if (other.missing.size() < line.missing.size()) line = std::move(other);
+    }
     return line;
 }
 

@@ -1,7 +1,7 @@
 // Lines of text.
 //
-// Fonts are opened when the first text is drawn (that costs milliseconds) and stay open. Nothing is hinted,
-// so a text has the same shape at every size and place.
+// Fonts are opened when the first text is drawn (that costs milliseconds) and stay open. A line that the
+// watch's own set of fonts cannot show whole is shaped with all fonts of the system.
 
 #pragma once
 
@@ -13,6 +13,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "font-set.h"
 #include "painter.h"
 #include "releases.h"
 
@@ -22,8 +23,10 @@ struct TextStyle {
     std::string font = "sans";  // sans, serif, mono
     double size = 16;           // em height, canvas units
     int weight = 400;
-    double spacing = 0;    // additional distance between letters
-    std::string language;  // BCP 47; decides between the forms that languages give to one character
+    double spacing = 0;  // additional distance between letters
+    // Decides between the forms that languages give to one character, and the direction of a text without
+    // letters.
+    std::string language;
 };
 
 TextStyle StyleOf(const Element& element, double defaultSize, std::string_view language);
@@ -52,10 +55,11 @@ public:
     static void Show(cairo_t* cr, const TextLine& line, double x, double baseline);
 
 private:
-    void Open(cairo_t* cr);
+    TextLine ShapeWith(FontSource source, const Painter& painter, std::string_view text,
+                       const TextStyle& style);
+    PangoContext* Context(FontSource source, cairo_t* cr);
 
-    std::unique_ptr<PangoFontMap, Releases<g_object_unref>> mMap;
-    std::unique_ptr<PangoContext, Releases<g_object_unref>> mContext;
+    std::map<FontSource, FontContextPtr> mContexts;
     // By font, weight and size in thousandths.
     std::map<std::tuple<std::string, int, int>, double> mDigitMiddles;
 };
