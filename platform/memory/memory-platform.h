@@ -210,7 +210,8 @@ public:
     //   send APP P {...} | send-open APP P {...}
     //   job start | idler start | timer start 0.5 | timer stop
     //   mkpath PATH | recursive_rm PATH | remove PATH | ls PATH | exists PATH | is_dir PATH
-    //   xml PATH | copy FROM -> TO | open PATH | close PATH | lock PATH 3 | unlock PATH
+    //   xml PATH | png PATH | png released | copy FROM -> TO
+    //   open PATH | close PATH | lock PATH 3 | unlock PATH
     //   usleep 200000
     //   app_control_create | app_control_clone | app_control_set_app_id APP | app_control_destroy
     //   launch APP {...} | launch reply 0 {...}
@@ -246,6 +247,7 @@ public:
     //   FileOutputStream CommonUtilVConf::Get CommonUtilVConf::Set CommonUtilPref::Get CommonUtilPref::Set
     //   SendTrustedMessage SendMessage CheckTrustedRemotePort
     //   data_util_... (each by its own name; null or 0) service_app_add_event_handler
+    //   cairo_image_surface_create_from_png
     // A failed app_control_destroy releases the handle all the same. An unknown name throws.
     void Fail(const std::string& function, Failure failure = {});
     int Uses(const std::string& function) const;  // so far, failed ones included

@@ -40,6 +40,7 @@ const std::set<std::string>& Functions()
         "bundle_create",
         "bundle_del",
         "bundle_dup",
+        "cairo_image_surface_create_from_png",
         "data_util_log_item_get_from_result_xml_file",
         "data_util_log_item_supported",
         "data_util_log_result_xml_serialize",

@@ -131,6 +131,14 @@ void WatchfaceManager::ScanWatchfaces(WatchfaceMap& watchfaces, bool isRW) const
     }
 }
 
+WatchfaceManager::WatchfaceMap WatchfaceManager::AllWatchfaces() const
+{
+    WatchfaceMap watchfaces;
+    ScanWatchfaces(watchfaces, false);
+    ScanWatchfaces(watchfaces, true);
+    return watchfaces;
+}
+
 // The current watch face
 
 void WatchfaceManager::SetWatchface(const std::string& watchName, bool force)
@@ -205,22 +213,74 @@ bool WatchfaceManager::CopyWatchfaceToRW(const std::string& watchName)
     return true;
 }
 
-bool WatchfaceManager::HasLimitedComplication(const std::string&, bool, const char*)
+// Limited complications
+
+bool WatchfaceManager::HasLimitedComplication(const std::string& watchName, bool isRW, const char* limitSpec)
 {
-    return false;
+    if (watchName.empty()) {
+        LOG_ERROR("watchName is empty!!");
+        return false;
+    }
+    return data_util_resultxml_has_limited_complication_xml_file(
+               GeneratePath(isRW, PATH_TYPE_RESULT_XML, watchName).c_str(), limitSpec) != 0;
 }
 
-bool WatchfaceManager::RemoveLimitedComplication(const std::string&, const char*)
+bool WatchfaceManager::RemoveLimitedComplication(const std::string& watchName, const char* limitSpec)
 {
-    return false;
+    if (watchName.empty()) {
+        LOG_ERROR("watchName is empty!!");
+        return false;
+    }
+    if (!ecore_file_mkpath(GeneratePath(true, PATH_TYPE_FOLDER, watchName).c_str())) {
+        LOG_ERROR("ecore_file_mkpath failed!!");
+        return false;
+    }
+    const CStringPtr xml(data_util_resultxml_converter_remove_limited_complication(
+        GeneratePath(true, PATH_TYPE_RESULT_XML, watchName).c_str(), limitSpec));
+    if (!xml || !*xml) {
+        // The text names the other converter; what reads the log knows it by this name.
+        LOG_ERROR("data_util_resultxml_memory_converter is failed");
+        return false;
+    }
+    // Without the lock that UpdateWatchface() takes.
+    FileOutputStream watchfaceXml(GeneratePath(true, PATH_TYPE_WATCHFACE_XML, watchName));
+    watchfaceXml.Write(xml.get());
+    watchfaceXml.Close();
+    return true;
 }
 
-bool WatchfaceManager::CheckAndRemoveLimitedComplication(const std::string&, bool, const char*)
+bool WatchfaceManager::CheckAndRemoveLimitedComplication(const std::string& watchName, bool isRW,
+                                                         const char* limitSpec)
 {
-    return false;
+    if (watchName.empty()) {
+        LOG_ERROR("watchName is empty!!");
+        return false;
+    }
+    if (!HasLimitedComplication(watchName, isRW, limitSpec) && !AllowLimitedComplication()) return false;
+    // Each step is tried whatever became of the one before; the preview shows what there is.
+    if (!isRW) CopyWatchfaceToRW(watchName);
+    RemoveLimitedComplication(watchName, limitSpec);
+    RequestPreviewCapture(watchName);
+    return true;
 }
 
-void WatchfaceManager::CheckComplications(int) {}
+void WatchfaceManager::CheckComplications(int mode)
+{
+    if (mode != 1 && mode != 2) {
+        LOG_ERROR("not standalone neither LO");
+        return;
+    }
+    WatchfaceMap watchfaces = AllWatchfaces();
+    // The one that is shown comes first, and is loaded anew when something was removed from it.
+    const std::string current = CommonUtilVConf::GetString(kWatchfaceNameKey).second;
+    if (const auto shown = watchfaces.find(current); shown != watchfaces.end()) {
+        if (CheckAndRemoveLimitedComplication(current, shown->second)) {
+            CommonUtilVConf::SetString(kWatchfaceNameKey, current);
+        }
+        watchfaces.erase(shown);
+    }
+    for (const auto& [watchName, isRW] : watchfaces) CheckAndRemoveLimitedComplication(watchName, isRW);
+}
 
 // Previews
 
@@ -317,10 +377,7 @@ void WatchfaceManager::UpdatePreviewDone(const std::string& watchName)
 
 void WatchfaceManager::RegeneratePreviews()
 {
-    WatchfaceMap watchfaces;
-    ScanWatchfaces(watchfaces, false);
-    ScanWatchfaces(watchfaces, true);
-    for (const auto& [watchName, isRW] : watchfaces) {
+    for (const auto& [watchName, isRW] : AllWatchfaces()) {
         if (!IsMirelWatchface(watchName, false)) continue;
         if (!isRW) CopyWatchfaceToRW(watchName);
         RequestPreviewCapture(watchName);

@@ -72,12 +72,24 @@ public:
     // Copies a watch face from the read-only into the read/write area. On failure no part of it stays there.
     bool CopyWatchfaceToRW(const std::string& watchName);
 
-    // Complications that this watch may not offer. `limitSpec` goes to the data library unchanged. Not
-    // working yet: none is found or removed.
+    // A *limited* complication is one that this watch may not offer. `limitSpec` goes to the data library
+    // unchanged; null is the watch's own rule.
+
+    // Whether the result XML of that area holds one; false also for an empty name.
     bool HasLimitedComplication(const std::string& watchName, bool isRW, const char* limitSpec = nullptr);
+
+    // Makes the read/write `watchface.xml` anew from the result XML beside it, without limited
+    // complications; the result XML keeps them. False when the name is empty, the folder cannot be made or
+    // the data library refuses; a failed write is not told.
     bool RemoveLimitedComplication(const std::string& watchName, const char* limitSpec = nullptr);
+
+    // Where that area's watch face has limited complications: brings it into the read/write area, removes
+    // them there and asks for a preview. True when it had some, however that went.
     bool CheckAndRemoveLimitedComplication(const std::string& watchName, bool isRW,
                                            const char* limitSpec = nullptr);
+
+    // Does so for every watch face, the current one first. `mode` is the watch's connection mode; in any
+    // other than 1 and 2 nothing is done.
     void CheckComplications(int mode);
 
     // Asks the capture application for a preview, launching it first when it is not there.
@@ -105,6 +117,8 @@ public:
     void ResetWatchfaces();
 
 private:
+    WatchfaceMap AllWatchfaces() const;  // of both areas; where both hold one, the read/write one
+
     static void OnLaunchReply(app_control_h request, app_control_h reply, app_control_result_e result,
                               void* manager);
     void SendPendingCaptureRequests();

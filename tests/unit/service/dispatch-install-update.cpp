@@ -168,7 +168,8 @@ TEST_P(AnInstallOrUpdate, writes_takes_the_preview_replies_and_reloads_before_it
             "key get file/private/com.corvane.watchface/watchface_name", "log E set watchface to [a]",
             "key set db/wms/clocks_set_idle=com.corvane.watchface",
             "key set file/private/com.corvane.watchface/watchface_name=a", "log E idle clock set done!!",
-            StartsWith("send com.corvane.w-manager-service w-manager-service::localport {")));
+            StartsWith("send com.corvane.w-manager-service w-manager-service::localport {"),
+            "log I watchface[a]", "exists RW:watchlist/a/a.png", "idler start"));
 }
 
 TEST_P(AnInstallOrUpdate, leaves_another_current_watch_face_as_it_is)
@@ -191,6 +192,60 @@ TEST_P(AnInstallOrUpdate, asks_for_a_preview_where_none_is_supplied)
                        {"data/xml_data", "<a/>"    }
     });
     EXPECT_THAT(platform.SentTo(kCapture), SizeIs(1));
+}
+
+TEST_P(AnInstallOrUpdate, has_no_preview_checked_where_none_is_supplied)
+{
+    platform.WriteFile(platform.RW("watchlist/a/a.png"), "earlier preview");
+    Deliver(kHome, {
+                       {"type",          GetParam()},
+                       {"pkgid",         "a"       },
+                       {"data/xml_data", "<a/>"    }
+    });
+    EXPECT_THAT(platform.Calls({"idler start"}), IsEmpty());
+    EXPECT_THAT(platform.Infos(), testing::Not(Contains("watchface[a]")));
+}
+
+TEST_P(AnInstallOrUpdate, has_the_preview_checked_that_is_supplied)
+{
+    platform.WriteFile(platform.Root() + "/i.png", "no picture");
+    Deliver(kViewer, {
+                         {"type",           GetParam()                },
+                         {"pkgid",          "a"                       },
+                         {"data/icon_path", platform.Root() + "/i.png"},
+                         {"data/xml_data",  "<a/>"                    }
+    });
+    EXPECT_THAT(platform.SentTo(kCapture), IsEmpty());
+    platform.RunUntilIdle();
+    EXPECT_THAT(platform.Calls({"png RW"}), ElementsAre("png RW:watchlist/a/a.png"));
+    EXPECT_THAT(platform.SentTo(kCapture), SizeIs(1));
+}
+
+TEST_P(AnInstallOrUpdate, has_a_supplied_preview_that_cannot_be_copied_looked_for_all_the_same)
+{
+    Deliver(kHome, {
+                       {"type",           GetParam()                      },
+                       {"pkgid",          "a"                             },
+                       {"data/icon_path", platform.Root() + "/missing.png"},
+                       {"data/xml_data",  "<a/>"                          }
+    });
+    EXPECT_EQ(platform.Errors().back(), "preview for watchface[a] not found!!");
+    EXPECT_THAT(platform.Calls({"idler start"}), IsEmpty());
+}
+
+TEST_P(AnInstallOrUpdate, that_fails_has_no_preview_checked)
+{
+    platform.WriteFile(platform.RW("watchlist/a/a.png"), "earlier preview");
+    platform.Data().convert = [](const std::string&) { return std::nullopt; };
+    Deliver(
+        kHome,
+        {
+            {"type",           GetParam()},
+            {"pkgid",          "a"       },
+            {"data/icon_path", "/i.png"  },
+            {"data/xml_data",  "<a/>"    }
+    });
+    EXPECT_THAT(platform.Calls({"idler start"}), IsEmpty());
 }
 
 TEST_P(AnInstallOrUpdate, of_a_local_editor_is_told_to_the_phone_with_the_services_own_preview_path)
@@ -280,7 +335,7 @@ TEST_F(AMsgControl, logs_that_the_notice_to_the_editor_has_no_message_when_none_
                       {"data/icon_path", platform.Root() + "/i.png"},
                       {"data/xml_data",  "<a/>"                    }
     });
-    EXPECT_EQ(platform.LogTexts().back(), "E message is nullptr!!");
+    EXPECT_EQ(platform.Errors().back(), "message is nullptr!!");
     EXPECT_THAT(platform.SentTo(kEditor), IsEmpty());
 }
 
@@ -309,6 +364,7 @@ TEST_F(AMsgControl, draws_a_watch_face_of_the_product_anew_that_the_phone_instal
               "com.corvane.watchface-capture watchface-capture::localport "
               "{\"pkgName\": \"com.corvane.watchface-mirel-c1\"}");
     EXPECT_THAT(platform.SentTo(kCapture), SizeIs(1));
+    EXPECT_EQ(platform.Calls().back(), "idler start");  // the supplied preview is checked last of all
 }
 
 TEST_F(AMsgControl, asks_twice_for_the_preview_of_the_products_own_that_the_phone_installs_without_one)

@@ -1,6 +1,7 @@
 // Messages that arrive: checks, the change of the current watch face, finished captures.
 
 #include "a-msg-control.h"
+#include "png-writer.h"
 
 using MemoryPlatform::StoreValue;
 using testing::Contains;
@@ -187,9 +188,50 @@ TEST_F(AMsgControl, passes_on_that_a_capture_is_finished_and_does_not_reply)
                           {"pkgid", "a"                     }
     });
     EXPECT_EQ(calls, 1);
-    EXPECT_THAT(platform.Errors(), ElementsAre("messageType = [watch-capture-finished], watch_name = [a]",
-                                               "update preview done!!"));
     EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(AMsgControl, counts_a_finished_capture_before_it_queues_the_preview_for_its_check)
+{
+    platform.SetPortUp(kCapture, kCapturePort);
+    platform.WriteFile(platform.RW("watchlist/a/a.png"), "no picture");
+    manager->RequestPreviewCapture("a");
+    platform.Forget();
+    Deliver(kCapture, {
+                          {"type",  "watch-capture-finished"},
+                          {"pkgid", "a"                     }
+    });
+    EXPECT_THAT(platform.Timeline(),
+                ElementsAre("log E messageType = [watch-capture-finished], watch_name = [a]",
+                            "log E update preview done!!", "timer stop", "log I watchface[a]",
+                            "exists RW:watchlist/a/a.png", "idler start"));
+}
+
+TEST_F(AMsgControl, only_logs_that_a_finished_capture_left_no_preview)
+{
+    Deliver(kCapture, {
+                          {"type",  "watch-capture-finished"},
+                          {"pkgid", "a"                     }
+    });
+    platform.RunUntilIdle();
+    EXPECT_EQ(platform.Errors().back(), "preview for watchface[a] not found!!");
+    EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(AMsgControl, has_a_blank_preview_drawn_again_three_times_in_a_row)
+{
+    platform.SetPortUp(kCapture, kCapturePort);
+    platform.WriteFile(platform.RW("watchlist/a/a.png"),
+                       TestSupport::Png(360, 360, TestSupport::kTransparent));
+    for (int i = 0; i < 4; ++i) {
+        Deliver(kCapture, {
+                              {"type",  "watch-capture-finished"},
+                              {"pkgid", "a"                     }
+        });
+        platform.RunUntilIdle();
+    }
+    EXPECT_THAT(platform.SentTo(kCapture), SizeIs(3));
+    EXPECT_EQ(platform.Errors().back(), "invalid preview generated more than 3 times!! ignored!!");
 }
 
 TEST_F(AMsgControl, takes_a_finished_capture_from_every_allowed_sender)
