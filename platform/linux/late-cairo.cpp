@@ -71,12 +71,6 @@ cairo_surface_t* PictureFrom(UniqueFd* file)
 
 }  // namespace
 
-cairo_surface_t* cairo_image_surface_create_from_png(const char* path)
-{
-    UniqueFd file = OpenPicture(path);
-    return PictureFrom(&file);  // of an invalid file: cairo's own surface that says so
-}
-
 cairo_status_t cairo_surface_status(cairo_surface_t* surface)
 {
     FORWARD(cairo_surface_status, CAIRO_STATUS_NULL_POINTER, surface);
@@ -103,4 +97,27 @@ unsigned char* cairo_image_surface_get_data(cairo_surface_t* surface)
 void cairo_surface_destroy(cairo_surface_t* surface)
 {
     FORWARD(cairo_surface_destroy, , surface);
+}
+
+namespace {
+
+// Who looks at a pixel may count on four bytes each, as cairo has always given of a PNG.
+bool IsNarrow(cairo_surface_t* surface)
+{
+    constexpr int kBytesAPixel = 4;
+    return cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS &&
+           (!cairo_image_surface_get_data(surface) ||
+            cairo_image_surface_get_stride(surface) / kBytesAPixel < cairo_image_surface_get_width(surface));
+}
+
+}  // namespace
+
+cairo_surface_t* cairo_image_surface_create_from_png(const char* path)
+{
+    UniqueFd file = OpenPicture(path);
+    cairo_surface_t* surface = PictureFrom(&file);  // of an invalid file: cairo's own surface that says so
+    if (!IsNarrow(surface)) return surface;
+    cairo_surface_destroy(surface);
+    file = UniqueFd();
+    return PictureFrom(&file);
 }
