@@ -4,24 +4,32 @@
 #include <cstddef>
 
 #include "nearest-name.h"
+#include "utf8.h"
 
 namespace DataUtil {
 
-const std::vector<Source> kSources = {
-    {"date",         false},
-    {"battery",      true },
-    {"pedometer",    true },
-    {"heartrate",    true },
-    {"water",        true },
-    {"caffeine",     true },
-    {"weather",      false},
-    {"calendar",     false},
-    {"alarm",        false},
-    {"d-day",        false},
-    {"notification", false},
-    {"shortcut",     false},
-    {"moonphase",    false},
+namespace {
+
+constexpr Source kSourceTable[] = {
+    {"date",         false, false, "d"    },
+    {"battery",      true,  false, nullptr},
+    {"pedometer",    true,  false, nullptr},
+    {"heartrate",    true,  false, nullptr},
+    {"water",        true,  false, nullptr},
+    {"caffeine",     true,  false, nullptr},
+    {"weather",      false, true,  nullptr},
+    {"calendar",     false, true,  nullptr},
+    {"alarm",        false, false, nullptr},
+    {"d-day",        false, false, nullptr},
+    {"notification", false, true,  nullptr},
+    {"shortcut",     false, false, nullptr},
+    {"moonphase",    false, false, nullptr},
+    {"worldclock",   false, false, "Jmm"  },
 };
+
+}  // namespace
+
+constexpr std::span<const Source> kSources = kSourceTable;
 
 const Source* FindSource(std::string_view name)
 {
@@ -39,6 +47,8 @@ constexpr std::size_t kLongestSkeleton = 16;
 constexpr std::size_t kLongestPath = 255;
 constexpr std::size_t kLongestFaceId = 128;
 constexpr std::size_t kLongestLabel = 32;
+constexpr std::size_t kLongestShortText = 64;
+constexpr std::string_view kZoneFolder = "/zoneinfo/";
 
 bool IsDigit(char c)
 {
@@ -116,9 +126,9 @@ Value Checked(bool good, std::string_view raw, const char* expected, std::string
     return std::nullopt;
 }
 
-Value Color(std::string_view raw, bool literalOnly, std::string& problem)
+Value Color(std::string_view raw, ValueKind kind, std::string& problem)
 {
-    if (raw == "none" && !literalOnly) return std::string(raw);
+    if (raw == "none" && kind != ValueKind::kLiteralColor) return std::string(raw);
     if (raw.starts_with('#')) {
         const bool hex = (raw.size() == 7 || raw.size() == 9) && ConsistsOf(raw.substr(1), [](char c) {
                              return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
@@ -129,11 +139,12 @@ Value Color(std::string_view raw, bool literalOnly, std::string& problem)
             if (value.size() == 9 && value.ends_with("FF")) value.resize(7);
             return value;
         }
-    } else if (!literalOnly && IsSlug(raw, 32, false)) {
+    } else if (kind == ValueKind::kColor && IsSlug(raw, 32, false)) {
         return std::string(raw);
     }
-    problem = literalOnly ? "a colour as #RRGGBB or #RRGGBBAA"
-                          : "a colour as #RRGGBB, #RRGGBBAA, none or a palette role";
+    problem = kind == ValueKind::kLiteralColor ? "a colour as #RRGGBB or #RRGGBBAA"
+              : kind == ValueKind::kPaint      ? "a colour as #RRGGBB, #RRGGBBAA or none"
+                                               : "a colour as #RRGGBB, #RRGGBBAA, none or a palette role";
     return std::nullopt;
 }
 
@@ -207,6 +218,41 @@ const char* AssetProblem(std::string_view raw)
     const bool control =
         !ConsistsOf(raw, [](char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 0x7f; });
     return control ? "a path without control characters" : nullptr;
+}
+
+bool IsLetter(char c)
+{
+    return IsLower(c) || IsUpper(c);
+}
+
+bool IsFileName(std::string_view raw)
+{
+    return !raw.empty() && raw.size() <= kLongestPath && raw != "." && raw != ".." &&
+           raw.find('/') == std::string_view::npos && CountCharacters(raw).has_value();
+}
+
+bool IsShortText(std::string_view raw)
+{
+    const auto count = CountCharacters(raw);
+    return count && *count > 0 && *count <= kLongestShortText;
+}
+
+// Parts of letters, digits and "_+-", with "/" between them.
+bool IsZoneId(std::string_view raw)
+{
+    return !raw.empty() && raw.front() != '/' && raw.back() != '/' &&
+           raw.find("//") == std::string_view::npos && ConsistsOf(raw, [](char c) {
+               return IsLetter(c) || IsDigit(c) || c == '_' || c == '+' || c == '-' || c == '/';
+           });
+}
+
+bool IsZonePath(std::string_view raw)
+{
+    if (raw.size() > kLongestPath) return false;
+    if (!raw.starts_with('/')) return IsZoneId(raw);
+    const std::size_t folder = raw.find(kZoneFolder);
+    return folder != std::string_view::npos && folder + kZoneFolder.size() < raw.size() &&
+           IsZoneId(raw.substr(1));
 }
 
 Value Points(std::string_view raw, std::string& problem)
@@ -317,8 +363,9 @@ std::optional<std::string> CanonicalValue(const AttributeRule& rule, std::string
     constexpr const char* slugExpected = "a small letter, then up to 31 small letters, digits and hyphens";
     switch (rule.kind) {
         case ValueKind::kColor:
+        case ValueKind::kPaint:
         case ValueKind::kLiteralColor:
-            return Color(raw, rule.kind == ValueKind::kLiteralColor, problem);
+            return Color(raw, rule.kind, problem);
         case ValueKind::kChoice:
             return OneOf(raw, SplitAtSpaces(rule.choices), problem);
         case ValueKind::kSlug:
@@ -352,6 +399,25 @@ std::optional<std::string> CanonicalValue(const AttributeRule& rule, std::string
                 "1 to 60 labels of at most 32 bytes, separated by spaces", problem);
         case ValueKind::kIndices:
             return Joined(raw, 360, IsIndex, "indices of marks, separated by spaces", problem);
+        case ValueKind::kUsage:
+            return Checked(!raw.empty() && raw.size() <= 16 &&
+                               ConsistsOf(raw, [](char c) { return IsLetter(c) || IsDigit(c); }),
+                           raw, "1 to 16 letters and digits", problem);
+        case ValueKind::kPrefix:
+            return Checked(!raw.empty() && raw.size() <= 8 &&
+                               ConsistsOf(raw, [](char c) { return IsUpper(c) || IsDigit(c); }),
+                           raw, "1 to 8 capital letters and digits", problem);
+        case ValueKind::kFileName:
+            return Checked(IsFileName(raw), raw,
+                           "a bare file name of at most 255 bytes, without \"/\" and control characters",
+                           problem);
+        case ValueKind::kShortText:
+            return Checked(IsShortText(raw), raw, "1 to 64 characters, none of them a control character",
+                           problem);
+        case ValueKind::kZonePath:
+            return Checked(IsZonePath(raw), raw,
+                           "a time zone as \"Asia/Tokyo\" or as a path that has it behind \"/zoneinfo/\"",
+                           problem);
         case ValueKind::kSource:
         case ValueKind::kSourceOrEmpty:
             return SourceName(raw, rule.kind == ValueKind::kSourceOrEmpty, problem);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,7 @@ enum class ValueKind {
     kSkip,     // of ticks
     kIndices,  // of ticks
     kColor,    // #RRGGBB, #RRGGBBAA, none or a role
+    kPaint,    // #RRGGBB, #RRGGBBAA or none
     kLiteralColor,
     kChoice,  // one of the rule's choices
     kSlug,
@@ -43,6 +45,11 @@ enum class ValueKind {
     kSource,
     kSourceOrEmpty,
     kPickedName,  // written by an editor; what it names is looked up, not required to exist
+    kUsage,       // the feature of a usage record
+    kPrefix,      // a folder of the user's pictures
+    kFileName,    // a bare name
+    kShortText,   // one line
+    kZonePath,    // a time zone, by id or by path
 };
 
 // The `fallback` of an attribute that must be there; recognised by its address.
@@ -77,9 +84,13 @@ std::optional<std::vector<Term>> ParseCondition(std::string_view text);
 // What complications can show.
 struct Source {
     const char* name;
-    bool hasShare;  // can be drawn as an arc
+    bool hasShare;                   // can be drawn as an arc
+    bool needsPhone;                 // shows data of a paired phone
+    const char* skeleton = nullptr;  // of the time or date that it shows, unless the slot has its own
 };
-extern const std::vector<Source> kSources;
+extern const std::span<const Source> kSources;
 const Source* FindSource(std::string_view name);
+inline constexpr std::string_view kWorldClockSource = "worldclock";
+inline constexpr std::string_view kEmptySource = "empty";
 
 }  // namespace DataUtil

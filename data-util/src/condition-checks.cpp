@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "face-checks.h"
 #include "nearest-name.h"
@@ -16,15 +17,16 @@ public:
     {
         for (const Group& group : document.groups) {
             for (const Option& option : group.options) mValues[group.id].emplace_back(option.id);
-            mWhen[group.id] = {&group.when, &group.place};
+            mWhen[group.id] = {&group.when, &group.origin};
         }
         for (const Slot& slot : document.slots) {
             auto& values = mValues[slot.name];
-            values.assign(slot.offers.begin(), slot.offers.end());
-            values.emplace_back("empty");
-            mWhen[slot.name] = {&slot.when, &slot.place};
+            for (const Offer& offer : slot.offers) values.emplace_back(offer.source);
+            values.emplace_back(kEmptySource);
+            mWhen[slot.name] = {&slot.when, &slot.origin};
         }
         for (const auto& [subject, values] : mValues) mSubjects.emplace_back(subject);
+        for (const Photos& photos : document.photos) mPhotos.insert(photos.id);
     }
 
     void Run()
@@ -39,34 +41,34 @@ public:
 private:
     struct When {
         const std::vector<Term>* terms;
-        const Place* place;
+        const Origin* origin;
     };
     enum class Visit { kNone, kOpen, kDone };
 
     void CheckReferences(const Node& node)
     {
-        if (node.Has("when") && !mFindings.IsFull()) {
-            const Place place = node.PlaceOf("when");
-            const auto terms = ParseCondition(node.Get("when"));
-            for (const Term& term : terms.value_or(std::vector<Term>())) CheckTerm(term, place);
-        }
+        if (mFindings.IsFull()) return;
+        for (const Condition& condition : ConditionsOf(node))
+            CheckTerm(condition.term, node, condition.attribute);
         for (const Node& child : node.children) CheckReferences(child);
     }
 
-    void CheckTerm(const Term& term, const Place& place)
+    void CheckTerm(const Term& term, const Node& node, const char* attribute)
     {
         const auto values = mValues.find(term.subject);
         if (values == mValues.end()) {
-            mFindings.Add(
-                "E-REF-UNKNOWN", place,
-                "there is no group or slot " + Quoted(term.subject) + Suggestion(term.subject, mSubjects));
+            mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
+                          mPhotos.count(term.subject) != 0
+                              ? "nothing can depend on the photos " + Quoted(term.subject)
+                              : "there is no group or slot " + Quoted(term.subject) +
+                                    Suggestion(term.subject, mSubjects));
             return;
         }
         mMentioned[term.subject].insert(term.value);
         const auto& known = values->second;
         if (std::find(known.begin(), known.end(), term.value) == known.end()) {
             mFindings.Add(
-                "E-REF-UNKNOWN", place,
+                "E-REF-UNKNOWN", node.Where(attribute),
                 Quoted(term.subject) + " has no " + Quoted(term.value) + Suggestion(term.value, known));
         }
     }
@@ -79,7 +81,7 @@ private:
         Visit& visit = mVisits[subject];
         if (when == mWhen.end() || visit == Visit::kDone) return;
         if (visit == Visit::kOpen) {
-            mFindings.Add("E-CIRCLE", *when->second.place,
+            mFindings.Add("E-CIRCLE", when->second.origin->Where(),
                           "the conditions of " + Quoted(subject) + " depend on itself; break the circle");
             return;
         }
@@ -94,7 +96,7 @@ private:
         const std::set<std::string>& mentioned = mMentioned[group.id];
         if (mentioned.empty()) {
             mFindings.Add(
-                "W-UNUSED", group.place,
+                "W-UNUSED", group.origin.Where(),
                 "no condition depends on " + Quoted(group.id) + "; use it in a \"when\" or remove it");
             return;
         }
@@ -105,7 +107,7 @@ private:
             if (first == nullptr) {
                 first = &option;
             } else {
-                mFindings.Add("W-SAME", option.place,
+                mFindings.Add("W-SAME", option.origin.Where(),
                               "no condition tells the options " + Quoted(first->id) + " and " +
                                   Quoted(option.id) + " apart");
             }
@@ -119,9 +121,33 @@ private:
     std::map<std::string, Visit> mVisits;
     std::map<std::string, std::set<std::string>> mMentioned;
     std::vector<std::string_view> mSubjects;
+    std::set<std::string_view> mPhotos;
 };
 
 }  // namespace
+
+std::vector<Condition> ConditionsOf(const Node& node)
+{
+    std::vector<Condition> conditions;
+    if (node.Has("when")) {
+        for (Term& term : ParseCondition(node.Get("when")).value_or(std::vector<Term>()))
+            conditions.push_back({std::move(term), "when"});
+    }
+    const char* clock = node.Is(Element::kLayer) ? "clock" : node.Is(Element::kText) ? "city" : nullptr;
+    if (clock != nullptr && node.Has(clock))
+        conditions.push_back({
+            {node.Get(clock), std::string(kWorldClockSource), false},
+            clock
+        });
+    return conditions;
+}
+
+std::vector<Term> TermsOf(const Node& node)
+{
+    std::vector<Term> terms;
+    for (Condition& condition : ConditionsOf(node)) terms.push_back(std::move(condition.term));
+    return terms;
+}
 
 void CheckConditions(const FaceDocument& document, Findings& findings)
 {

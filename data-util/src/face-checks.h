@@ -2,19 +2,60 @@
 
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "face-document.h"
 
 namespace DataUtil {
 
 constexpr std::size_t kMostGroups = 16;
 constexpr std::size_t kMostSlots = 8;
+constexpr std::size_t kMostUsages = 2;
 
-// Fills the document from its nodes: groups, slots, texts. Ids, defaults and palettes are checked on the way.
+// Fills the document from its nodes: groups, photos, presets, slots, texts. Ids, defaults and palettes are
+// checked on the way.
 void FillDocument(FaceDocument& document, Findings& findings);
 
-// The user's picks and placements into the document. What names something that does not exist (any more) is
-// left out with a note, so that a face survives an update of its author's part.
-void FillSelection(FaceDocument& document, Findings& findings);
+// The entries of `selection`, of this or an older document, into `document.selection`. What names something
+// that does not exist (any more) is left out with a note, so that a face survives an update of its author's
+// part.
+void FillSelection(const Node& selection, FaceDocument& document, Findings& findings);
+
+// A term that an element depends on, and the attribute that says so: its `when`, or the slot whose world
+// clock it shows.
+struct Condition {
+    Term term;
+    const char* attribute;
+};
+std::vector<Condition> ConditionsOf(const Node& node);
+// The same, the terms alone.
+std::vector<Term> TermsOf(const Node& node);
+
+// What the attributes of an offer, a placement or a complication say about a world clock.
+WorldClock WorldClockOf(const Node& node);
+Placement PlacementOf(const Node& node);
+
+// The item of that id, or null.
+template <typename Item>
+const Item* FindById(const std::vector<Item>& items, const std::string Item::*id, std::string_view wanted)
+{
+    const auto at =
+        std::find_if(items.begin(), items.end(), [&](const Item& item) { return item.*id == wanted; });
+    return at == items.end() ? nullptr : &*at;
+}
+
+template <typename Item>
+std::vector<std::string_view> NamesOf(const std::vector<Item>& items, const std::string Item::*id)
+{
+    std::vector<std::string_view> names;
+    names.reserve(items.size());
+    for (const Item& item : items) names.emplace_back(item.*id);
+    return names;
+}
 
 // Texts: every key used exists in the default language; translations have the same keys.
 void CheckTexts(const FaceDocument& document, Findings& findings);

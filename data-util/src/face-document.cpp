@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "face-checks.h"
+#include "face-schema.h"
 #include "xml-gate.h"
 
 namespace DataUtil {
@@ -12,10 +13,11 @@ ParseResult ParseFace(std::string_view resultXml)
 {
     Findings findings;
     FaceDocument document;
-    if (const auto tree = XmlTree::Load(resultXml, findings);
-        tree && ReadNodes(*tree, document.root, findings)) {
+    document.tree = XmlTree::Load(resultXml, findings);
+    if (document.tree && ReadNodes(*document.tree, FaceSchema(), document.root, findings)) {
         FillDocument(document, findings);
-        FillSelection(document, findings);
+        if (const Node* selection = document.root.Child(Element::kSelection))
+            FillSelection(*selection, document, findings);
         CheckTexts(document, findings);
         CheckConditions(document, findings);
         CheckScene(document, findings);
@@ -31,9 +33,9 @@ bool Resolution::Holds(const std::vector<Term>& terms) const
     return std::all_of(terms.begin(), terms.end(), [this](const Term& term) {
         const auto seen = shown.find(term.subject);
         if (seen == shown.end() || !seen->second) return false;
-        auto value = options.find(term.subject);
-        if (value == options.end()) value = sources.find(term.subject);
-        return (value->second == term.value) != term.negated;
+        const auto option = options.find(term.subject);
+        const std::string& value = option != options.end() ? option->second : sources.at(term.subject).source;
+        return (value == term.value) != term.negated;
     });
 }
 
@@ -45,6 +47,7 @@ public:
     Resolver(const FaceDocument& document, Resolution& resolution) : mResolution(resolution)
     {
         for (const Group& group : document.groups) mWhen[group.id] = &group.when;
+        for (const Photos& photos : document.photos) mWhen[photos.id] = &photos.when;
         for (const Slot& slot : document.slots) mWhen[slot.name] = &slot.when;
     }
 
@@ -66,23 +69,56 @@ private:
     std::map<std::string, const std::vector<Term>*> mWhen;
 };
 
+// The first selection that has an entry for `id`, or nothing.
+template <typename Value>
+const Value* FirstEntry(const std::map<std::string, Value>& picked,
+                        const std::map<std::string, Value>& preset, const std::string& id)
+{
+    for (const auto* entries : {&picked, &preset}) {
+        if (const auto at = entries->find(id); at != entries->end()) return &at->second;
+    }
+    return nullptr;
+}
+
+// A world clock with what it lacks taken from the offer.
+Placement Completed(Placement placement, const Slot& slot)
+{
+    const Offer* offer = slot.OfferOf(placement.source);
+    if (placement.source != kWorldClockSource || offer == nullptr) return placement;
+    WorldClock clock = placement.worldClock.value_or(WorldClock());
+    for (const auto text :
+         {&WorldClock::city, &WorldClock::country, &WorldClock::timezone, &WorldClock::timezonePath}) {
+        if ((clock.*text).empty()) clock.*text = offer->worldClock.*text;
+    }
+    placement.worldClock = std::move(clock);
+    return placement;
+}
+
 }  // namespace
+
+const Offer* Slot::OfferOf(std::string_view source) const
+{
+    return FindById(offers, &Offer::source, source);
+}
 
 Resolution Resolve(const FaceDocument& document)
 {
+    const Selection none;
+    const Preset* preset = FindById(document.presets, &Preset::id, document.selection.preset);
+    const Selection& choices = preset == nullptr ? none : preset->choices;
     Resolution resolution;
     for (const Group& group : document.groups) {
-        const auto pick = document.picks.find(group.id);
-        const std::string& chosen = pick == document.picks.end() ? group.defaultOption : pick->second;
+        const std::string* pick = FirstEntry(document.selection.picks, choices.picks, group.id);
+        const std::string& chosen = pick == nullptr ? group.defaultOption : *pick;
         resolution.options[group.id] = chosen;
         for (const Option& option : group.options) {
             if (option.id == chosen) resolution.colors.insert(option.colors.begin(), option.colors.end());
         }
     }
     for (const Slot& slot : document.slots) {
-        const auto placed = document.placed.find(slot.name);
+        const Placement* placed = FirstEntry(document.selection.places, choices.places, slot.name);
         resolution.sources[slot.name] =
-            placed == document.placed.end() ? slot.fallbacks.front() : placed->second;
+            Completed(placed == nullptr ? Placement{slot.fallbacks.front(), std::nullopt} : *placed, slot);
     }
     Resolver(document, resolution).Settle();
     return resolution;

@@ -1,4 +1,4 @@
-// From checked nodes to groups, slots, texts and the selection.
+// From checked nodes to groups, photos, presets, slots and texts.
 
 #include <algorithm>
 #include <cstddef>
@@ -23,13 +23,18 @@ public:
         mDocument.version = root.Get("version");
         mDocument.titleKey = root.Get("title-key");
         mDocument.defaultLanguage = root.Get("default-language");
+        mDocument.complicationUsage = root.Get("complication-usage");
         for (const Node& child : root.children) {
             if (child.Is(Element::kStrings)) AddStrings(child);
-            if (child.Is(Element::kOptions)) AddGroups(child);
+            if (child.Is(Element::kOptions)) AddOptions(child);
             if (child.Is(Element::kScene)) AddSlots(child, {});
         }
         CheckLimit(mDocument.groups, kMostGroups, "groups of options");
         CheckLimit(mDocument.slots, kMostSlots, "slots");
+        // A preset may stand before what it names.
+        for (const Node& child : root.children) {
+            if (child.Is(Element::kOptions)) AddPresets(child);
+        }
     }
 
 private:
@@ -39,7 +44,7 @@ private:
         const std::string& id = node.Get(attribute);
         if (id.empty()) return false;
         if (known.insert(id).second) return true;
-        mFindings.Add("E-ID-DUPLICATE", node.PlaceOf(attribute),
+        mFindings.Add("E-ID-DUPLICATE", node.Where(attribute),
                       std::string("there is already a ") + what + " " + Quoted(id) + "; choose another name");
         return false;
     }
@@ -50,7 +55,7 @@ private:
         std::transform(language.begin(), language.end(), language.begin(),
                        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
         if (!language.empty() && !mLanguages.insert(language).second) {
-            mFindings.Add("E-ID-DUPLICATE", node.PlaceOf("language"),
+            mFindings.Add("E-ID-DUPLICATE", node.Where("language"),
                           "the texts of " + Quoted(node.Get("language")) +
                               " are already there; put all into one element");
         }
@@ -62,29 +67,60 @@ private:
         }
     }
 
-    void AddGroups(const Node& options)
+    void AddOptions(const Node& options)
     {
         for (const Node& node : options.children) {
-            Group group;
-            group.kind = node.Is(Element::kStyle)     ? GroupKind::kStyle
-                         : node.Is(Element::kPalette) ? GroupKind::kPalette
-                                                      : GroupKind::kSwitch;
-            IsNew(mIds, node, "id", "group or slot");
-            group.id = node.Get("id");
-            group.labelKey = node.Get("label-key");
-            group.when = ParseCondition(node.Get("when")).value_or(std::vector<Term>());
-            group.place = node.place;
-            if (group.kind == GroupKind::kSwitch) {
-                group.options = {
-                    {"on",  "", {}, node.place},
-                    {"off", "", {}, node.place}
-                };
-                group.defaultOption = node.Get("default");
-            } else {
-                AddOptions(node, group);
+            switch (node.Kind()) {
+                case Element::kStyle:
+                    AddGroup(node, GroupKind::kStyle);
+                    break;
+                case Element::kPalette:
+                    AddGroup(node, GroupKind::kPalette);
+                    break;
+                case Element::kSwitch:
+                    AddGroup(node, GroupKind::kSwitch);
+                    break;
+                case Element::kPhotos:
+                    AddPhotos(node);
+                    break;
+                default:
+                    break;
             }
-            mDocument.groups.push_back(std::move(group));
         }
+    }
+
+    void AddGroup(const Node& node, GroupKind kind)
+    {
+        Group group;
+        group.kind = kind;
+        IsNew(mIds, node, "id", "group, slot or photos");
+        group.id = node.Get("id");
+        group.labelKey = node.Get("label-key");
+        group.usage = node.Get("usage");
+        group.when = TermsOf(node);
+        group.origin = node.origin;
+        if (kind == GroupKind::kSwitch) {
+            group.options = {
+                {"on",  "", {}, node.origin},
+                {"off", "", {}, node.origin}
+            };
+            group.defaultOption = node.Get("default");
+        } else {
+            AddOptions(node, group);
+        }
+        if (!group.usage.empty() && ++mUsages == kMostUsages + 1) {
+            mFindings.Add("E-LIMIT-COUNT", node.Where("usage"),
+                          "the picks of more than " + std::to_string(kMostUsages) +
+                              " groups cannot be reported; remove one \"usage\"");
+        }
+        mDocument.groups.push_back(std::move(group));
+    }
+
+    void AddPhotos(const Node& node)
+    {
+        IsNew(mIds, node, "id", "group, slot or photos");
+        mDocument.photos.push_back({node.Get("id"), node.Get("label-key"), node.Get("default"),
+                                    node.Get("background"), node.Get("prefix"), TermsOf(node), node.origin});
     }
 
     void AddOptions(const Node& node, Group& group)
@@ -93,10 +129,10 @@ private:
         const Node* first = nullptr;
         for (const Node& child : node.children) {
             IsNew(ids, child, "id", "option");
-            Option option{child.Get("id"), child.Get("label-key"), {}, child.place};
+            Option option{child.Get("id"), child.Get("label-key"), {}, child.origin};
             if (child.Get("default") == "true") {
                 if (first != nullptr) {
-                    mFindings.Add("E-DEFAULT", child.PlaceOf("default"),
+                    mFindings.Add("E-DEFAULT", child.Where("default"),
                                   Quoted(group.id) + " already has the default " + Quoted(first->Get("id")) +
                                       "; keep one");
                 } else {
@@ -108,7 +144,7 @@ private:
             group.options.push_back(std::move(option));
         }
         if (first == nullptr && !node.children.empty()) {
-            mFindings.Add("E-DEFAULT", node.place,
+            mFindings.Add("E-DEFAULT", node.Where(),
                           Quoted(group.id) + " has no default; mark one option with default=\"true\"");
         }
         if (group.kind == GroupKind::kPalette) CheckPalette(group);
@@ -134,14 +170,14 @@ private:
         for (const Option& option : group.options) {
             for (const std::string& role : roles) {
                 if (option.colors.count(role) != 0) continue;
-                mFindings.Add("E-COVERAGE", option.place,
+                mFindings.Add("E-COVERAGE", option.origin.Where(),
                               "the option " + Quoted(option.id) + " has no colour for the role " +
                                   Quoted(role) + ", which another option sets");
             }
         }
         for (const std::string& role : roles) {
             if (mRoles.insert(role).second) continue;
-            mFindings.Add("E-ID-DUPLICATE", group.place,
+            mFindings.Add("E-ID-DUPLICATE", group.origin.Where(),
                           "another palette already sets the role " + Quoted(role) + "; choose another name");
         }
     }
@@ -149,34 +185,102 @@ private:
     void AddSlots(const Node& parent, const std::vector<Term>& outer)
     {
         for (const Node& node : parent.children) {
+            if (!node.Is(Element::kLayer) && !node.Is(Element::kSlot)) continue;
             std::vector<Term> when = outer;
-            const auto own = ParseCondition(node.Get("when"));
-            if (own) when.insert(when.end(), own->begin(), own->end());
-            if (node.Is(Element::kLayer)) AddSlots(node, when);
-            if (node.Is(Element::kSlot)) AddSlot(node, std::move(when));
+            const auto own = TermsOf(node);
+            when.insert(when.end(), own.begin(), own.end());
+            if (node.Is(Element::kLayer)) {
+                AddSlots(node, when);
+            } else {
+                AddSlot(node, std::move(when));
+            }
         }
     }
 
     void AddSlot(const Node& node, std::vector<Term> when)
     {
-        IsNew(mIds, node, "name", "group or slot");
+        IsNew(mIds, node, "name", "group, slot or photos");
         Slot slot{node.Get("name"), node.Get("group"), node.Get("label-key"), node.Get("role"), {}, {},
-                  std::move(when),  node.place};
+                  std::move(when),  node.origin};
         std::set<std::string> offered;
         std::set<std::string> tried;
         for (const Node& child : node.children) {
             const bool offer = child.Is(Element::kOffer);
             if (!IsNew(offer ? offered : tried, child, "source", offer ? "offer" : "fallback")) continue;
-            (offer ? slot.offers : slot.fallbacks).push_back(child.Get("source"));
+            if (offer) {
+                slot.offers.push_back(OfferOf(child));
+            } else {
+                slot.fallbacks.push_back(child.Get("source"));
+            }
         }
         mDocument.slots.push_back(std::move(slot));
+    }
+
+    static Offer OfferOf(const Node& node)
+    {
+        const Source* source = FindSource(node.Get("source"));
+        const bool always = source != nullptr && source->needsPhone;
+        return {node.Get("source"), always || node.Get("needs") == "phone", WorldClockOf(node)};
+    }
+
+    void AddPresets(const Node& options)
+    {
+        std::set<std::string> ids;
+        for (const Node& node : options.children) {
+            if (!node.Is(Element::kPreset)) continue;
+            IsNew(ids, node, "id", "preset");
+            Preset preset{node.Get("id"), node.Get("label-key"), {}, node.origin};
+            std::set<std::string> named;
+            for (const Node& child : node.children) {
+                if (child.Is(Element::kPresetPick)) {
+                    if (IsNew(named, child, "group", "choice for")) AddPick(child, preset);
+                } else {
+                    if (IsNew(named, child, "slot", "choice for")) AddPlacement(child, preset);
+                }
+            }
+            mDocument.presets.push_back(std::move(preset));
+        }
+    }
+
+    void AddPick(const Node& node, Preset& preset)
+    {
+        const std::string& id = node.Get("group");
+        const std::string& option = node.Get("option");
+        const Group* group = FindById(mDocument.groups, &Group::id, id);
+        if (group == nullptr) {
+            mFindings.Add(
+                "E-REF-UNKNOWN", node.Where("group"),
+                "there is no group " + Quoted(id) + Suggestion(id, NamesOf(mDocument.groups, &Group::id)));
+        } else if (!option.empty() && FindById(group->options, &Option::id, option) == nullptr) {
+            mFindings.Add("E-REF-UNKNOWN", node.Where("option"),
+                          Quoted(id) + " has no option " + Quoted(option) +
+                              Suggestion(option, NamesOf(group->options, &Option::id)));
+        }
+        preset.choices.picks[id] = option;
+    }
+
+    void AddPlacement(const Node& node, Preset& preset)
+    {
+        const std::string& name = node.Get("slot");
+        const std::string& source = node.Get("source");
+        const Slot* slot = FindById(mDocument.slots, &Slot::name, name);
+        if (slot == nullptr) {
+            mFindings.Add(
+                "E-REF-UNKNOWN", node.Where("slot"),
+                "there is no slot " + Quoted(name) + Suggestion(name, NamesOf(mDocument.slots, &Slot::name)));
+        } else if (!source.empty() && source != kEmptySource && slot->OfferOf(source) == nullptr) {
+            mFindings.Add("E-REF-UNKNOWN", node.Where("source"),
+                          Quoted(name) + " does not offer " + Quoted(source) +
+                              Suggestion(source, NamesOf(slot->offers, &Offer::source)));
+        }
+        preset.choices.places[name] = PlacementOf(node);
     }
 
     template <typename Item>
     void CheckLimit(const std::vector<Item>& items, std::size_t most, const char* what)
     {
         if (items.size() <= most) return;
-        mFindings.Add("E-LIMIT-COUNT", items[most].place,
+        mFindings.Add("E-LIMIT-COUNT", items[most].origin.Where(),
                       "more than " + std::to_string(most) + " " + what + "; remove some");
     }
 
@@ -185,76 +289,14 @@ private:
     std::set<std::string> mIds;
     std::set<std::string> mLanguages;
     std::set<std::string> mRoles;
+    std::size_t mUsages = 0;
 };
-
-template <typename Item>
-const Item* Find(const std::vector<Item>& items, const std::string Item::*name, const std::string& wanted)
-{
-    const auto at =
-        std::find_if(items.begin(), items.end(), [&](const Item& item) { return item.*name == wanted; });
-    return at == items.end() ? nullptr : &*at;
-}
-
-bool Contains(const std::vector<std::string>& names, const std::string& wanted)
-{
-    return std::find(names.begin(), names.end(), wanted) != names.end();
-}
-
-void AddPick(const Node& node, FaceDocument& document, Findings& findings)
-{
-    const std::string& id = node.Get("group");
-    const std::string& option = node.Get("option");
-    const Group* group = Find(document.groups, &Group::id, id);
-    if (id.empty() || option.empty()) return;
-    if (group == nullptr) {
-        findings.Add("N-PICK-UNKNOWN", node.PlaceOf("group"),
-                     "there is no group " + Quoted(id) + "; the pick is ignored");
-    } else if (Find(group->options, &Option::id, option) == nullptr) {
-        findings.Add("N-PICK-UNKNOWN", node.PlaceOf("option"),
-                     Quoted(id) + " has no option " + Quoted(option) + "; its default " +
-                         Quoted(group->defaultOption) + " is shown");
-    } else if (!document.picks.insert_or_assign(id, option).second) {
-        findings.Add("N-PICK-REPEATED", node.place,
-                     Quoted(id) + " is picked more than once; the last counts");
-    }
-}
-
-void AddPlacement(const Node& node, FaceDocument& document, Findings& findings)
-{
-    const std::string& name = node.Get("slot");
-    const std::string& source = node.Get("source");
-    const Slot* slot = Find(document.slots, &Slot::name, name);
-    if (name.empty() || source.empty()) return;
-    if (slot == nullptr) {
-        findings.Add("N-PICK-UNKNOWN", node.PlaceOf("slot"),
-                     "there is no slot " + Quoted(name) + "; the placement is ignored");
-    } else if (source != "empty" && !Contains(slot->offers, source)) {
-        findings.Add("N-PICK-UNKNOWN", node.PlaceOf("source"),
-                     Quoted(name) + " does not offer " + Quoted(source) + "; its fallback is shown");
-    } else if (!document.placed.insert_or_assign(name, source).second) {
-        findings.Add("N-PICK-REPEATED", node.place,
-                     Quoted(name) + " is placed more than once; the last counts");
-    }
-}
 
 }  // namespace
 
 void FillDocument(FaceDocument& document, Findings& findings)
 {
     Model(document, findings).Fill();
-}
-
-void FillSelection(FaceDocument& document, Findings& findings)
-{
-    const Node* selection = document.root.Child(Element::kSelection);
-    if (selection == nullptr) return;
-    for (const Node& node : selection->children) {
-        if (node.Is(Element::kPick)) {
-            AddPick(node, document, findings);
-        } else {
-            AddPlacement(node, document, findings);
-        }
-    }
 }
 
 }  // namespace DataUtil

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <map>
+#include <iterator>
 #include <optional>
 #include <pugixml.hpp>
 #include <utility>
@@ -14,19 +14,19 @@ namespace DataUtil {
 
 namespace {
 
-// What tells elements of one name apart in a path.
-constexpr const char* kIdentifying[] = {"id", "name", "key", "language", "role"};
-
 class Reader {
 public:
-    Reader(const XmlTree& tree, Findings& findings) : mTree(tree), mFindings(findings) {}
+    Reader(const XmlTree& tree, const Schema& schema, Findings& findings)
+        : mTree(tree), mSchema(schema), mFindings(findings)
+    {
+    }
 
     // Depth is bounded by the gate, so recursion is too.
-    Node Read(const pugi::xml_node& xml, const ElementRule& rule, std::string path)
+    Node Read(const pugi::xml_node& xml, const ElementRule& rule)
     {
         Node node;
         node.rule = &rule;
-        node.place = mTree.PlaceOf(xml, std::move(path));
+        node.origin = Origin(mTree, xml);
         ReadAttributes(xml, node);
         ReadChildren(xml, node);
         return node;
@@ -35,14 +35,14 @@ public:
 private:
     void ReadAttributes(const pugi::xml_node& xml, Node& node)
     {
-        const std::string& path = node.place.path;
+        node.attributes.reserve(
+            static_cast<std::size_t>(std::distance(xml.attributes_begin(), xml.attributes_end())));
         for (const pugi::xml_attribute& attribute : xml.attributes()) {
             if (mFindings.IsFull()) return;
             const std::string_view name = attribute.name();
-            const Place place = mTree.PlaceOf(xml, name, path + "/@" + std::string(name));
             const AttributeRule* rule = AttributeRuleOf(*node.rule, name);
             if (rule == nullptr) {
-                mFindings.Add("E-ATTRIBUTE-UNKNOWN", place,
+                mFindings.Add("E-ATTRIBUTE-UNKNOWN", node.Where(name),
                               "\"" + std::string(node.rule->name) + "\" has no attribute " + Quoted(name) +
                                   Suggestion(name, AttributeNames(*node.rule)));
                 continue;
@@ -52,73 +52,78 @@ private:
             if (!value || value->empty()) {
                 const char* code = rule->kind == ValueKind::kAsset ? "E-ASSET-PATH" : "E-VALUE";
                 if (value) expected = "a value that is not empty";
-                mFindings.Add(code, place,
+                mFindings.Add(code, node.Where(name),
                               std::string(name) + "=" + Quoted(attribute.value()) + " must be " + expected);
                 value = std::string();
             }
-            node.attributes.push_back({rule, std::move(*value), place.line, place.column});
+            node.attributes.push_back({rule, std::move(*value)});
         }
         for (const AttributeRule& rule : node.rule->attributes) {
             if (rule.fallback != kRequired || xml.attribute(rule.name)) continue;
             mFindings.Add(
-                "E-ATTRIBUTE-MISSING", node.place,
+                "E-ATTRIBUTE-MISSING", node.Where(),
                 "\"" + std::string(node.rule->name) + "\" needs the attribute \"" + rule.name + "\"");
         }
+        CheckChoice(node);
     }
 
-    std::string PathOf(const pugi::xml_node& xml, const std::string& parent,
-                       std::map<std::string_view, int>& counts)
+    void CheckChoice(const Node& node)
     {
-        const std::string_view name = xml.name();
-        const int index = ++counts[name];
-        std::string path = parent + "/" + std::string(name);
-        for (const char* attribute : kIdentifying) {
-            const std::string_view value = xml.attribute(attribute).value();
-            if (!value.empty() && value.size() <= 64) return path + "[" + std::string(value) + "]";
+        const AttributeChoice& choice = node.rule->choice;
+        int present = 0;
+        std::string names;
+        for (const char* name : choice.names) {
+            present += node.Mentions(name) ? 1 : 0;
+            names += (names.empty() ? "\"" : ", \"") + std::string(name) + "\"";
         }
-        return path + "[" + std::to_string(index) + "]";
+        const bool good = choice.exactlyOne ? present == 1 : present >= 1;
+        if (choice.names.empty() || good) return;
+        mFindings.Add("E-ATTRIBUTE-CHOICE", node.Where(),
+                      "\"" + std::string(node.rule->name) + "\" needs " +
+                          (choice.exactlyOne ? "exactly one of " : "at least one of ") + names);
     }
 
     void ReadChildren(const pugi::xml_node& xml, Node& node)
     {
-        std::map<std::string_view, int> counts;
         for (const pugi::xml_node& child : xml.children()) {
             if (mFindings.IsFull()) return;
             if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
                 ReadText(child, node);
             } else if (child.type() == pugi::node_element) {
-                ReadElement(child, node, PathOf(child, node.place.path, counts));
+                ReadElement(child, node);
             }
         }
-        if (node.rule->hasText && node.text.empty()) {
-            mFindings.Add("E-TEXT", node.place, "\"" + std::string(node.rule->name) + "\" needs a text");
+        if (node.rule->Is(kHasText) && node.text.empty()) {
+            mFindings.Add("E-TEXT", node.Where(), "\"" + std::string(node.rule->name) + "\" needs a text");
         }
         CheckCounts(node);
+        CheckTotal(node);
     }
 
     void ReadText(const pugi::xml_node& text, Node& node)
     {
-        if (node.rule->hasText) {
+        if (node.rule->Is(kHasText)) {
             node.text += text.value();
         } else {
             mFindings.Add(
-                "E-TEXT", mTree.PlaceOf(text.parent(), node.place.path),
+                "E-TEXT", node.Where(),
                 "\"" + std::string(node.rule->name) + "\" takes no text, but has " + Quoted(text.value()));
         }
     }
 
-    void ReadElement(const pugi::xml_node& xml, Node& node, std::string path)
+    void ReadElement(const pugi::xml_node& xml, Node& node)
     {
         const std::string_view name = xml.name();
-        if (const ElementRule* rule = ChildRuleOf(*node.rule, name)) {
-            node.children.push_back(Read(xml, *rule, std::move(path)));
+        if (const ElementRule* rule = mSchema.ChildRuleOf(*node.rule, name)) {
+            node.children.push_back(Read(xml, *rule));
             return;
         }
-        const Place place = mTree.PlaceOf(xml, std::move(path));
-        const auto parents = ParentNames(name);
+        const Place place = Origin(mTree, xml).Where();
+        const auto parents = mSchema.ParentNames(name);
         if (parents.empty()) {
-            mFindings.Add("E-ELEMENT-UNKNOWN", place,
-                          "there is no element " + Quoted(name) + Suggestion(name, ChildNames(*node.rule)));
+            mFindings.Add(
+                "E-ELEMENT-UNKNOWN", place,
+                "there is no element " + Quoted(name) + Suggestion(name, mSchema.ChildNames(*node.rule)));
             return;
         }
         std::string where;
@@ -132,25 +137,41 @@ private:
     void CheckCounts(const Node& node)
     {
         for (const ChildRule& child : node.rule->children) {
-            const char* name = RuleOf(child.element).name;
+            const char* name = mSchema.RuleOf(child.element).name;
             int count = 0;
             for (const Node& present : node.children) {
                 if (!present.Is(child.element)) continue;
                 if (++count == child.most + 1 && child.most != 0) {
-                    mFindings.Add("E-CHILD-COUNT", present.place,
+                    mFindings.Add("E-CHILD-COUNT", present.Where(),
                                   "\"" + std::string(node.rule->name) + "\" takes at most " +
                                       std::to_string(child.most) + " \"" + name + "\"");
                 }
             }
             if (count < child.least) {
-                mFindings.Add("E-CHILD-COUNT", node.place,
+                mFindings.Add("E-CHILD-COUNT", node.Where(),
                               "\"" + std::string(node.rule->name) + "\" needs at least " +
                                   std::to_string(child.least) + " \"" + name + "\"");
             }
         }
     }
 
+    void CheckTotal(const Node& node)
+    {
+        const ChildTotal& total = node.rule->total;
+        const auto count = static_cast<int>(node.children.size());
+        if (count < total.least) {
+            mFindings.Add("E-CHILD-COUNT", node.Where(),
+                          "\"" + std::string(node.rule->name) + "\" needs at least " +
+                              std::to_string(total.least) + " of what may stand in it");
+        } else if (total.most != 0 && count > total.most) {
+            mFindings.Add("E-CHILD-COUNT", node.children[static_cast<std::size_t>(total.most)].Where(),
+                          "\"" + std::string(node.rule->name) + "\" takes at most " +
+                              std::to_string(total.most) + " of these; remove all others");
+        }
+    }
+
     const XmlTree& mTree;
+    const Schema& mSchema;
     Findings& mFindings;
 };
 
@@ -178,14 +199,6 @@ std::string_view Node::GetOrDefault(std::string_view name) const
     return attribute->fallback;
 }
 
-Place Node::PlaceOf(std::string_view name) const
-{
-    const auto at = std::find_if(attributes.begin(), attributes.end(),
-                                 [&](const Attribute& attribute) { return name == attribute.rule->name; });
-    if (at == attributes.end()) return place;
-    return {at->line, at->column, place.path + "/@" + std::string(name)};
-}
-
 const Node* Node::Child(Element element) const
 {
     const auto at =
@@ -193,24 +206,23 @@ const Node* Node::Child(Element element) const
     return at == children.end() ? nullptr : &*at;
 }
 
-bool ReadNodes(const XmlTree& tree, Node& root, Findings& findings)
+bool ReadNodes(const XmlTree& tree, const Schema& schema, Node& root, Findings& findings)
 {
-    const ElementRule& rule = RuleOf(Element::kFace);
+    const ElementRule& rule = schema.Root();
     const pugi::xml_node xml = tree.Root();
-    const std::string path = "/" + std::string(xml.name());
+    const Origin origin(tree, xml);
     if (std::string_view(xml.name()) != rule.name) {
-        findings.Add(
-            "E-ROOT", tree.PlaceOf(xml, path),
-            "the root is " + Quoted(xml.name()) + "; a result XML has the root \"" + rule.name + "\"");
+        findings.Add("E-ROOT", origin.Where(),
+                     "the root is " + Quoted(xml.name()) + ", not \"" + rule.name + "\"");
         return false;
     }
     const std::string_view format = xml.attribute("format").value();
     if (!format.empty() && format != "1" && ParseThousandths(format)) {
-        findings.Add("E-FORMAT-VERSION", tree.PlaceOf(xml, "format", path + "/@format"),
+        findings.Add("E-FORMAT-VERSION", origin.Where("format"),
                      "format " + Quoted(format) + " is not known; this library reads format 1");
         return false;
     }
-    root = Reader(tree, findings).Read(xml, rule, path);
+    root = Reader(tree, schema, findings).Read(xml, rule);
     return true;
 }
 

@@ -1,4 +1,4 @@
-// A result XML after its structure was checked: only known elements and attributes, values canonical.
+// A document after its structure was checked: only known elements and attributes, values canonical.
 
 #pragma once
 
@@ -6,8 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "face-schema.h"
 #include "finding.h"
+#include "schema.h"
+#include "xml-gate.h"
 
 namespace DataUtil {
 
@@ -15,12 +16,10 @@ struct Node {
     struct Attribute {
         const AttributeRule* rule;
         std::string value;  // canonical; empty when it was refused
-        int line = 0;
-        int column = 0;
     };
 
     const ElementRule* rule = nullptr;
-    Place place;
+    Origin origin;
     std::vector<Attribute> attributes;  // in document order
     std::string text;
     std::vector<Node> children;
@@ -34,16 +33,15 @@ struct Node {
     bool Mentions(std::string_view name) const;
     // The value, or its default.
     std::string_view GetOrDefault(std::string_view name) const;
+    Place Where() const { return origin.Where(); }
     // Where the attribute stands, or the element without it.
-    Place PlaceOf(std::string_view name) const;
+    Place Where(std::string_view attribute) const { return origin.Where(attribute); }
     // The first child of that kind, or null.
     const Node* Child(Element element) const;
 };
 
-class XmlTree;
-
-// The document of the tree into `root`. Every deviation from the tables of face-schema.h is a finding. False
-// when the root is not a face's or its format is not known.
-bool ReadNodes(const XmlTree& tree, Node& root, Findings& findings);
+// The document of the tree into `root`. Every deviation from the schema is a finding. False when the root is
+// not the schema's or its format is not known.
+bool ReadNodes(const XmlTree& tree, const Schema& schema, Node& root, Findings& findings);
 
 }  // namespace DataUtil

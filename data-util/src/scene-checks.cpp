@@ -40,7 +40,7 @@ private:
         for (const Node& node : parent.children) {
             if (mFindings.IsFull()) return;
             CheckColors(node);
-            if (node.rule->isShape) CheckPaint(node);
+            if (node.rule->Is(kIsShape)) CheckPaint(node);
             CheckKind(node);
             CheckChildren(node);
         }
@@ -49,12 +49,8 @@ private:
     void CheckKind(const Node& node)
     {
         switch (node.Kind()) {
-            case Element::kText:
-                return CheckText(node);
             case Element::kTicks:
                 return CheckTicks(node);
-            case Element::kHand:
-                return CheckHand(node);
             case Element::kLinearGradient:
             case Element::kRadialGradient:
                 return CheckStops(node);
@@ -74,28 +70,22 @@ private:
                 continue;
             mUsedRoles.insert(value);
             if (std::binary_search(mRoles.begin(), mRoles.end(), value)) continue;
-            mFindings.Add("E-REF-UNKNOWN", node.PlaceOf(attribute.rule->name),
+            mFindings.Add("E-REF-UNKNOWN", node.Where(attribute.rule->name),
                           "no palette sets the role " + Quoted(value) + Suggestion(value, mRoles));
         }
     }
 
     void CheckPaint(const Node& node)
     {
-        const Node* gradient = nullptr;
-        for (const Node& child : node.children) {
-            if (gradient != nullptr) {
-                mFindings.Add("E-CHILD-COUNT", child.place, "a shape takes one gradient; remove all but one");
-            }
-            gradient = &child;
-        }
-        if (gradient != nullptr && node.Has("fill")) {
-            mFindings.Add("E-ATTRIBUTE-CHOICE", node.PlaceOf("fill"),
+        const bool gradient = !node.children.empty();
+        if (gradient && node.Has("fill")) {
+            mFindings.Add("E-ATTRIBUTE-CHOICE", node.Where("fill"),
                           "the gradient is the fill; remove \"fill\" or the gradient");
         }
-        const bool painted = gradient != nullptr || Paints(node, "fill") || Paints(node, "stroke");
+        const bool painted = gradient || Paints(node, "fill") || Paints(node, "stroke");
         if (!painted) {
             mFindings.Add(
-                "W-INVISIBLE", node.place,
+                "W-INVISIBLE", node.Where(),
                 "\"" + std::string(node.rule->name) + "\" has neither fill nor stroke and paints nothing");
         }
     }
@@ -105,26 +95,13 @@ private:
         return node.Has(attribute) && node.Get(attribute) != "none";
     }
 
-    void CheckText(const Node& node)
-    {
-        if (node.Mentions("text-key") != node.Mentions("skeleton")) return;
-        mFindings.Add("E-ATTRIBUTE-CHOICE", node.place,
-                      "a text needs exactly one of \"text-key\" and \"skeleton\"");
-    }
-
     void CheckTicks(const Node& node)
     {
         if (node.Mentions("length") && !node.Has("length")) return;  // refused already
         if (node.GetOrDefault("shape") == "bar" && Thousandths(node.GetOrDefault("length")) == 0) {
-            mFindings.Add("E-VALUE", node.PlaceOf("length"),
+            mFindings.Add("E-VALUE", node.Where("length"),
                           "ticks of the shape \"bar\" need a length above 0");
         }
-    }
-
-    void CheckHand(const Node& node)
-    {
-        if (!node.children.empty()) return;
-        mFindings.Add("E-CHILD-COUNT", node.place, "\"hand\" needs at least one shape");
     }
 
     void CheckStops(const Node& node)
@@ -133,7 +110,7 @@ private:
         for (const Node& stop : node.children) {
             const int offset = Thousandths(stop.GetOrDefault("offset"));
             if (stop.Has("offset") && offset < last) {
-                mFindings.Add("E-VALUE", stop.PlaceOf("offset"),
+                mFindings.Add("E-VALUE", stop.Where("offset"),
                               "the offsets of a gradient's stops may not fall");
             }
             last = offset;
@@ -148,7 +125,7 @@ private:
             for (const Node& child : node.children) {
                 const Source* source = FindSource(child.Get("source"));
                 if (!child.Is(Element::kOffer) || source == nullptr || source->hasShare) continue;
-                mFindings.Add("E-ROLE-SOURCE", child.PlaceOf("source"),
+                mFindings.Add("E-ROLE-SOURCE", child.Where("source"),
                               Quoted(source->name) + " has no share to draw as \"" + role +
                                   "\"; remove the offer or choose another role");
             }
@@ -159,7 +136,7 @@ private:
                                     Thousandths(mDocument.root.GetOrDefault(side));
         };
         if (outside("x", "width", "width") || outside("y", "height", "height")) {
-            mFindings.Add("W-OFF-CANVAS", node.place, "the slot reaches beyond the canvas");
+            mFindings.Add("W-OFF-CANVAS", node.Where(), "the slot reaches beyond the canvas");
         }
     }
 
@@ -176,10 +153,10 @@ private:
             const std::string& source = child.Get("source");
             if (!child.Is(Element::kFallback) || source.empty()) continue;
             if ((source == "empty") != (&child == last)) {
-                mFindings.Add("E-FALLBACK", child.PlaceOf("source"),
+                mFindings.Add("E-FALLBACK", child.Where("source"),
                               "a chain of fallbacks ends in \"empty\", and only its end is \"empty\"");
             } else if (source != "empty" && std::find(offers.begin(), offers.end(), source) == offers.end()) {
-                mFindings.Add("E-REF-UNKNOWN", child.PlaceOf("source"),
+                mFindings.Add("E-REF-UNKNOWN", child.Where("source"),
                               "the slot does not offer " + Quoted(source) + Suggestion(source, offers));
             }
         }
@@ -194,7 +171,7 @@ private:
             }
             for (const std::string_view role : roles) {
                 if (mUsedRoles.count(role) != 0) continue;
-                mFindings.Add("W-UNUSED", group.place,
+                mFindings.Add("W-UNUSED", group.origin.Where(),
                               "nothing is painted in the role " + Quoted(role) + "; remove it");
             }
         }

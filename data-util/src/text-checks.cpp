@@ -19,7 +19,7 @@ public:
         const auto at = mDocument.texts.find(mDocument.defaultLanguage);
         if (at == mDocument.texts.end()) {
             if (mDocument.defaultLanguage.empty()) return;
-            mFindings.Add("E-REF-UNKNOWN", mDocument.root.PlaceOf("default-language"),
+            mFindings.Add("E-REF-UNKNOWN", mDocument.root.Where("default-language"),
                           "there are no texts of the default language " + Quoted(mDocument.defaultLanguage));
             return;
         }
@@ -40,7 +40,7 @@ private:
             if (key.empty() || mFindings.IsFull()) continue;
             mUsed.insert(key);
             if (Exists(key)) continue;
-            mFindings.Add("E-REF-UNKNOWN", node.PlaceOf(attribute),
+            mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
                           "the default language has no text " + Quoted(key) + Suggestion(key, mKeys));
         }
         for (const Node& child : node.children) CheckUses(child);
@@ -55,10 +55,10 @@ private:
             if (key.empty() || mFindings.IsFull()) continue;
             present.insert(key);
             if (isDefault && mUsed.count(key) == 0) {
-                mFindings.Add("W-UNUSED", string.PlaceOf("key"),
+                mFindings.Add("W-UNUSED", string.Where("key"),
                               "nothing uses the text " + Quoted(key) + "; remove it");
             } else if (!Exists(key)) {
-                mFindings.Add("E-REF-UNKNOWN", string.PlaceOf("key"),
+                mFindings.Add("E-REF-UNKNOWN", string.Where("key"),
                               "the default language has no text " + Quoted(key) + Suggestion(key, mKeys));
             }
         }
@@ -75,7 +75,7 @@ private:
         }
         if (count == 0) return;
         if (count > 3) missing += " and " + std::to_string(count - 3) + " more";
-        mFindings.Add("W-UNTRANSLATED", strings.PlaceOf("language"),
+        mFindings.Add("W-UNTRANSLATED", strings.Where("language"),
                       Quoted(strings.Get("language")) + " lacks " + missing +
                           "; the default language is shown for them");
     }

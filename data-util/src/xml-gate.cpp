@@ -12,6 +12,10 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+// What tells elements of one name apart in a path.
+constexpr const char* kIdentifying[] = {"id", "name", "key", "language", "role"};
+constexpr std::size_t kLongestIdentity = 64;
+
 // One run of expat over a text. The first fault stops it.
 class Gate {
 public:
@@ -163,7 +167,7 @@ Place TextMap::PlaceAt(std::size_t offset) const
     return {static_cast<int>(next - mLineStarts.begin()), static_cast<int>(column), ""};
 }
 
-XmlTree::XmlTree(std::string_view text) : mText(text), mMap(mText) {}
+XmlTree::XmlTree(std::string_view text) : mText(text) {}
 
 std::unique_ptr<XmlTree> XmlTree::Load(std::string_view text, Findings& findings)
 {
@@ -191,7 +195,8 @@ std::unique_ptr<XmlTree> XmlTree::Load(std::string_view text, Findings& findings
 
 Place XmlTree::PlaceAt(std::size_t offset, std::string path) const
 {
-    Place place = mMap.PlaceAt(offset);
+    if (!mMap) mMap.emplace(mText);
+    Place place = mMap->PlaceAt(offset);
     place.path = std::move(path);
     return place;
 }
@@ -208,6 +213,32 @@ Place XmlTree::PlaceOf(const pugi::xml_node& node, std::string_view attribute, s
     const std::ptrdiff_t name = node.offset_debug();
     if (name <= 0) return PlaceAt(0, std::move(path));
     return PlaceAt(AttributeOffset(mText, static_cast<std::size_t>(name), attribute), std::move(path));
+}
+
+std::string PathOf(const pugi::xml_node& node)
+{
+    const std::string_view name = node.name();
+    if (node.parent().type() == pugi::node_document) return "/" + std::string(name);
+    std::string path = PathOf(node.parent()) + "/" + std::string(name);
+    for (const char* attribute : kIdentifying) {
+        const std::string_view value = node.attribute(attribute).value();
+        if (!value.empty() && value.size() <= kLongestIdentity) return path + "[" + std::string(value) + "]";
+    }
+    int index = 1;
+    pugi::xml_node before = node;
+    while ((before = before.previous_sibling(node.name()))) ++index;
+    return path + "[" + std::to_string(index) + "]";
+}
+
+Place Origin::Where() const
+{
+    return mTree == nullptr ? Place() : mTree->PlaceOf(mNode, PathOf(mNode));
+}
+
+Place Origin::Where(std::string_view attribute) const
+{
+    if (mTree == nullptr || !mNode.attribute(std::string(attribute).c_str())) return Where();
+    return mTree->PlaceOf(mNode, attribute, PathOf(mNode) + "/@" + std::string(attribute));
 }
 
 }  // namespace DataUtil

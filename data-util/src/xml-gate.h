@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
@@ -38,7 +39,8 @@ private:
     std::vector<std::size_t> mCharactersBefore;  // one entry every kStep bytes
 };
 
-// A well-formed document as a tree that knows where its nodes stand in the text.
+// A well-formed document as a tree that knows where its nodes stand in the text. Places are found when they
+// are asked for; a tree belongs to one thread at a time.
 class XmlTree {
 public:
     // The tree of `text`, or null with one finding that says why not.
@@ -56,8 +58,26 @@ private:
     Place PlaceAt(std::size_t offset, std::string path) const;
 
     std::string mText;
-    TextMap mMap;
+    mutable std::optional<TextMap> mMap;
     pugi::xml_document mDocument;
+};
+
+// The way from the root to an element, as "/face-result/options[1]/style[dial]".
+std::string PathOf(const pugi::xml_node& node);
+
+// Where an element stands. The tree must outlive it.
+class Origin {
+public:
+    Origin() = default;
+    Origin(const XmlTree& tree, pugi::xml_node node) : mTree(&tree), mNode(node) {}
+
+    Place Where() const;
+    // The place of the attribute, or of the element without it.
+    Place Where(std::string_view attribute) const;
+
+private:
+    const XmlTree* mTree = nullptr;
+    pugi::xml_node mNode;
 };
 
 }  // namespace DataUtil

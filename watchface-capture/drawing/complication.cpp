@@ -47,7 +47,8 @@ std::string TextOf(Painter& painter, const Element& e, const Sample& sample)
 {
     std::string text = sample.text;
     if (sample.source == "date") {
-        text = painter.dates.Format(e.Text("skeleton"), painter.settings, painter.time);
+        const std::string_view skeleton = e.Has("skeleton") ? e.Text("skeleton") : "d";
+        text = painter.dates.Format(skeleton, painter.settings, painter.time);
     } else if (sample.skeleton) {
         text = painter.dates.Format(sample.skeleton, painter.settings, sample.time);
     }

@@ -4,6 +4,8 @@
 #include <set>
 
 #include "a-face-document.h"
+#include "face-schema.h"
+#include "flat-schema.h"
 
 using testing::HasSubstr;
 
@@ -66,12 +68,12 @@ TEST_P(AShippedFace, takes_every_source_on_offer_and_none)
     ASSERT_TRUE(mParsed.document);
     for (const DataUtil::Slot& slot : mParsed.document->slots) {
         FlatWith("<place slot=\"" + slot.name + "\" source=\"empty\"/>");
-        for (const std::string& source : slot.offers) {
+        for (const DataUtil::Offer& offer : slot.offers) {
             const std::string flat =
-                FlatWith("<place slot=\"" + slot.name + "\" source=\"" + source + "\"/>");
+                FlatWith("<place slot=\"" + slot.name + "\" source=\"" + offer.source + "\"/>");
             if (flat.find("name=\"" + slot.name + "\"") == std::string::npos) continue;  // in a hidden layer
             EXPECT_THAT(flat, HasSubstr("name=\"" + slot.name + "\" group=\"" + slot.group + "\" source=\"" +
-                                        source));
+                                        offer.source));
         }
     }
 }
@@ -93,13 +95,12 @@ TEST(TheFormatPage, shows_the_flat_document_that_is_made_of_the_analog_face)
 TEST(TheFormatPage, names_every_element_attribute_and_source)
 {
     const std::string page = TextOf(FORMAT_PAGE);
-    for (int i = 0; i <= static_cast<int>(DataUtil::Element::kPlace); ++i) {
-        const DataUtil::ElementRule& rule = DataUtil::RuleOf(static_cast<DataUtil::Element>(i));
-        ASSERT_EQ(rule.element, static_cast<DataUtil::Element>(i))
-            << "the table is out of order at " << rule.name;
-        EXPECT_NE(page.find("`" + std::string(rule.name) + "`"), std::string::npos) << rule.name;
-        for (const DataUtil::AttributeRule& attribute : rule.attributes) {
-            EXPECT_NE(page.find(attribute.name), std::string::npos) << attribute.name;
+    for (const DataUtil::Schema* schema : {&DataUtil::FaceSchema(), &DataUtil::FlatSchema()}) {
+        for (const DataUtil::ElementRule& rule : schema->Rules()) {
+            EXPECT_NE(page.find("`" + std::string(rule.name) + "`"), std::string::npos) << rule.name;
+            for (const DataUtil::AttributeRule& attribute : rule.attributes) {
+                EXPECT_NE(page.find(attribute.name), std::string::npos) << attribute.name;
+            }
         }
     }
     for (const DataUtil::Source& source : DataUtil::kSources) {
