@@ -1,6 +1,7 @@
 #include "child-process.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -10,6 +11,7 @@ extern "C" {
 #include <sys/pidfd.h>  // of glibc 2.36, which declares its functions as C++
 }
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -48,6 +50,26 @@ ProcStat ReadProcStat(pid_t pid)
         if (field == kStartTimeField) stat.startTime = std::strtoull(word.c_str(), nullptr, 10);
     }
     return stat;
+}
+
+// The process, or -1.
+pid_t Spawn(const Command& command)
+{
+    std::string name = command.program;
+    std::vector<std::string> arguments = command.arguments;
+    std::vector<char*> words{name.data()};
+    for (std::string& argument : arguments) words.push_back(argument.data());
+    words.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (!command.errors.empty()) {
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, command.errors.c_str(),
+                                         O_WRONLY | O_CREAT | O_APPEND, 0600);
+    }
+    pid_t pid = -1;
+    const int code = posix_spawn(&pid, name.c_str(), &actions, nullptr, words.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return code == 0 ? pid : -1;
 }
 
 }  // namespace
@@ -137,19 +159,41 @@ std::string FindProgram(const std::string& name)
     return {};
 }
 
+std::vector<int> RunPrograms(const std::vector<Command>& commands, unsigned atOnce,
+                             const std::function<void(std::size_t)>& onEnd)
+{
+    std::vector<int> statuses(commands.size(), -1);
+    std::map<pid_t, std::size_t> running;
+    std::size_t next = 0, ended = 0;
+    while (ended < commands.size()) {
+        while (next < commands.size() && running.size() < std::max(atOnce, 1U)) {
+            if (const pid_t pid = Spawn(commands[next]); pid > 0)
+                running[pid] = next;
+            else
+                ++ended;
+            ++next;
+        }
+        if (running.empty()) continue;
+        int status = 0;
+        const pid_t pid = waitpid(-1, &status, 0);
+        if (pid < 0 && errno != EINTR) break;
+        const auto one = running.find(pid);
+        if (one == running.end()) continue;
+        if (WIFEXITED(status)) statuses[one->second] = WEXITSTATUS(status);
+        running.erase(one);
+        ++ended;
+        if (onEnd) onEnd(ended);
+    }
+    return statuses;
+}
+
 int RunProgram(const std::string& program, std::vector<std::string> arguments)
 {
-    std::string name = program;
-    std::vector<char*> words{name.data()};
-    for (std::string& argument : arguments) words.push_back(argument.data());
-    words.push_back(nullptr);
-    pid_t pid = 0;
-    if (posix_spawn(&pid, program.c_str(), nullptr, nullptr, words.data(), environ) != 0) return -1;
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0) {
-        if (errno != EINTR) return -1;
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return RunPrograms(
+        {
+            {program, std::move(arguments), ""}
+    },
+        1)[0];
 }
 
 }  // namespace Wfctl

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,18 @@ std::string ProgramOf(pid_t pid);
 
 // The path of a program that the shell would find; empty when there is none.
 std::string FindProgram(const std::string& name);
+
+struct Command {
+    std::string program;
+    std::vector<std::string> arguments;
+    std::string errors;  // the file that its stderr goes to; empty: ours
+};
+
+// Runs the programs with our stdin and stdout, at most `atOnce` (0 counts as 1) at a time, and waits for all:
+// their exit statuses, or -1 for each that could not be run or was killed. `onEnd`, which may be empty, is
+// told how many have ended. This process has no other children meanwhile.
+std::vector<int> RunPrograms(const std::vector<Command>& commands, unsigned atOnce,
+                             const std::function<void(std::size_t)>& onEnd = {});
 
 // Runs a program with our stdin, stdout and stderr, and waits for it: its exit status, or -1 when it could
 // not be run or was killed.

@@ -101,9 +101,7 @@ Exit Set(const Options& options, const SetArguments& arguments)
     SelectWatch(options.root);
     Connection connection;
     RequireService(connection);
-    if (!FindFace(arguments.name)) {
-        throw Stop(Exit::kNotFound, "there is no watch face [" + arguments.name + "]; type: wfctl list");
-    }
+    RequireFace(arguments.name);
     Platform::ValueStore keys(Platform::KeysPath(), 0660);
     bool announced = false;
     // The name is written last, and announced also when it is the one that was there.

@@ -1,5 +1,6 @@
 #include "faces.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -7,7 +8,9 @@
 
 #include "application-table.h"
 #include "areas.h"
-#include "face-document.h"
+#include "documents.h"
+#include "exit-status.h"
+#include "nearest-name.h"
 
 namespace Wfctl {
 
@@ -76,16 +79,28 @@ std::optional<Face> FindFace(const std::string& name)
     return std::nullopt;
 }
 
+Face RequireFace(const std::string& name)
+{
+    if (auto face = FindFace(name)) return *std::move(face);
+    const std::vector<Face> faces = ListFaces();
+    std::vector<std::string_view> names;
+    names.reserve(faces.size());
+    for (const Face& face : faces) names.push_back(face.name);
+    // A part of a long name is what people type first.
+    const auto part = std::find_if(names.begin(), names.end(), [&](std::string_view known) {
+        return !name.empty() && known.find(name) != std::string_view::npos;
+    });
+    const std::string_view nearest = part != names.end() ? *part : DataUtil::NearestName(name, names);
+    throw Stop(Exit::kNotFound, "there is no watch face [" + name + "]; " +
+                                    (nearest.empty() ? "" : "did you mean " + std::string(nearest) + "? ") +
+                                    "type: wfctl list");
+}
+
 std::string TitleOf(const std::string& resultXml)
 {
     std::ifstream file(resultXml, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    const DataUtil::ParseResult parsed = DataUtil::ParseFace(text);
-    if (!parsed.document) return {};
-    const auto texts = parsed.document->texts.find(parsed.document->defaultLanguage);
-    if (texts == parsed.document->texts.end()) return {};
-    const auto title = texts->second.find(parsed.document->titleKey);
-    return title == texts->second.end() ? std::string() : title->second;
+    return FactsOf(text).title;
 }
 
 Current CurrentFace(Platform::ValueStore& keys)

@@ -28,13 +28,16 @@ struct Face {
 std::vector<Face> ListFaces();
 std::optional<Face> FindFace(const std::string& name);
 
+// The same, or Stop with Exit::kNotFound and the name that may be meant.
+Face RequireFace(const std::string& name);
+
 // The folder of all shipped faces, with "/" at its end.
 std::string ShippedFaces();
 
 // The face's read/write copy, there or not.
 Face WritableFace(const std::string& name);
 
-// The title of a result XML in its default language; empty when it has none or is refused.
+// The title of a result XML in its default language; empty when it has none or cannot be read.
 std::string TitleOf(const std::string& resultXml);
 
 struct Current {

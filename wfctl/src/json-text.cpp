@@ -121,6 +121,11 @@ void PrintLine(const std::string& line)
     if (std::fflush(stdout) != 0) throw Stop(Exit::kError, "stdout cannot be written");
 }
 
+void Warn(const std::string& text)
+{
+    if (!text.empty()) std::fprintf(stderr, "wfctl: warning: %s\n", text.c_str());
+}
+
 bool WantsColor()
 {
     const char* noColor = std::getenv("NO_COLOR");

@@ -31,6 +31,9 @@ std::string ValueText(const Platform::StoredValue& value);
 // Prints a line and flushes it.
 void PrintLine(const std::string& line);
 
+// A line on stderr, none for an empty text.
+void Warn(const std::string& text);
+
 // Whether colour is wanted on stdout: a terminal, no NO_COLOR, no TERM=dumb.
 bool WantsColor();
 

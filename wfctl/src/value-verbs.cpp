@@ -10,6 +10,8 @@
 #include "connection.h"
 #include "exit-status.h"
 #include "json-text.h"
+#include "locales-icu.h"
+#include "nearest-name.h"
 #include "platform-keys-sdbus.h"
 #include "private-watch.h"
 #include "settings.h"
@@ -210,8 +212,9 @@ Exit PrefList(const Options& options, const ValueArguments& arguments)
 const SystemSetting& FindSetting(const std::string& name)
 {
     if (const SystemSetting* setting = Platform::FindSystemSetting(name)) return *setting;
-    throw Stop(Exit::kUsage,
-               "there is no setting [" + name + "]; there are language, country, 24-hour and timezone");
+    std::vector<std::string_view> names;
+    for (const SystemSetting& setting : Platform::kSystemSettings) names.push_back(setting.name);
+    throw Stop(Exit::kUsage, "there is no setting [" + name + "]" + DataUtil::Suggestion(name, names));
 }
 
 Exit SettingGet(const Options& options, const ValueArguments& arguments)
@@ -220,6 +223,21 @@ Exit SettingGet(const Options& options, const ValueArguments& arguments)
     KeyStore store(options);
     Print(options, SettingValue(store.values, setting));
     return Exit::kDone;
+}
+
+// What applications could not make sense of is a slip of typing. Who means it writes the key.
+void CheckSetting(const SystemSetting& setting, const std::string& text)
+{
+    if (setting.isBool && text != "true" && text != "false") {
+        throw Stop(Exit::kUsage,
+                   "the setting [" + std::string(setting.name) + "] is true or false, not [" + text + "]");
+    }
+    if (setting.isBool) return;
+    const bool isZone = setting.id == SYSTEM_SETTINGS_KEY_LOCALE_TIMEZONE;
+    const std::string problem = isZone ? TimezoneProblem(text) : LanguageProblem(text);
+    if (problem.empty()) return;
+    throw Stop(Exit::kUsage, problem + " To write it all the same: wfctl key set " +
+                                 std::string(setting.key) + " " + ShellQuoted(text));
 }
 
 // NAME=VALUE…, or one NAME and its VALUE.
@@ -245,9 +263,7 @@ Exit SettingSet(const Options& options, const ValueArguments& arguments)
     std::vector<std::pair<std::string, StoredValue>> values;
     for (const auto& [name, text] : ParseSettings(arguments.keys)) {
         const SystemSetting& setting = FindSetting(name);
-        if (setting.isBool && text != "true" && text != "false") {
-            throw Stop(Exit::kUsage, "the setting [" + name + "] is true or false, not [" + text + "]");
-        }
+        CheckSetting(setting, text);
         values.emplace_back(setting.key, ParseValue(text, setting.isBool ? "bool" : "string", std::nullopt));
     }
     KeyStore store(options);

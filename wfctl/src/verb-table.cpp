@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <iterator>
 
+#include "nearest-name.h"
+
 namespace Wfctl {
 
 namespace {
@@ -42,6 +44,9 @@ constexpr Verb kVerbs[] = {
     {"render", "FILE|NAME [-o OUT.png] [--language L] [--hours N] [--timezone TZ] [--size N]",
      "draw a watch face's preview, without a watch",
      "wfctl render my-face_result.xml -o my-face.png --language de_DE", DefineRender},
+    {"sheet", "[FACE…] -o OUT.png [--language L,L…] [--hours 12,24] [--columns N] [--size N]",
+     "one picture of all previews, or of faces in several languages and hour modes",
+     "wfctl sheet -o faces.png --language en_GB,de_DE,ko_KR --hours 12,24", DefineSheet},
     {"send", "--as APP[:PORT] APP[:PORT] KEY=VALUE… [--wait S] [--count N] [--untrusted]",
      "send a message as an application; with --wait print what comes back",
      "wfctl send --as com.corvane.w-home com.corvane.watchface-service type=watch-idle-changed pkgid=com.corvane.watchface-mirel-c1",
@@ -152,7 +157,13 @@ int UnknownVerb(const std::vector<std::string>& arguments)
         if (verb.name.starts_with(words + " ")) known += (known.empty() ? "" : ", ") + std::string(verb.name);
     }
     if (!known.empty()) return Complain(Exit::kUsage, "[" + words + "] takes another word: " + known);
-    return Complain(Exit::kUsage, "there is no verb [" + words + "]; type: wfctl --help");
+    std::vector<std::string_view> names;
+    for (const Verb& verb : kVerbs) names.push_back(verb.name);
+    const std::string all = arguments.size() > 1 ? words + " " + arguments[1] : words;
+    std::string_view nearest = DataUtil::NearestName(words, names);
+    if (nearest.empty()) nearest = DataUtil::NearestName(all, names);
+    const std::string hint = nearest.empty() ? "" : "did you mean " + std::string(nearest) + "? ";
+    return Complain(Exit::kUsage, "there is no verb [" + words + "]; " + hint + "type: wfctl --help");
 }
 
 }  // namespace

@@ -56,6 +56,7 @@ Action DefineInstall(CLI::App&);
 Action DefineUpdate(CLI::App&);
 Action DefineFlatten(CLI::App&);
 Action DefineRender(CLI::App&);
+Action DefineSheet(CLI::App&);
 Action DefineSend(CLI::App&);
 Action DefineListen(CLI::App&);
 Action DefineLaunch(CLI::App&);

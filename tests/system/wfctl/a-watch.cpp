@@ -101,7 +101,7 @@ std::string AWatch::ReadWriteFace(const std::string& name) const
     return mRoot + "/apps/com.corvane.watchface/shared/data/watchlist/" + name + "/";
 }
 
-std::string AWatch::StagedResultXml(const std::string& name)
+std::string StagedResultXml(const std::string& name)
 {
     return std::string(STAGED_FACES) + "/com.corvane.watchface/shared/res/watchlist/" + name + "/" + name +
            "_result.xml";

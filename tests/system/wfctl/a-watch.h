@@ -28,13 +28,18 @@ protected:
     std::string mFolder;
 };
 
+// A face of the build tree.
+std::string StagedResultXml(const std::string& name);
+
 class AWatch : public AFolder {
+public:
+    // With the watch in the environment, as after sourcing its watch.env.
+    Result Run(const Arguments& arguments) const;
+
 protected:
     AWatch();
     ~AWatch() override;
 
-    // With the watch in the environment, as after sourcing its watch.env.
-    Result Run(const Arguments& arguments) const;
     std::unique_ptr<Program> Start(const Arguments& arguments) const;
     // `listen`, once it is up.
     std::unique_ptr<Program> Listen(Arguments arguments) const;
@@ -44,7 +49,6 @@ protected:
 
     std::string ReadOnlyFace(const std::string& name) const;
     std::string ReadWriteFace(const std::string& name) const;
-    static std::string StagedResultXml(const std::string& name);
 
     std::string mRoot;
     Result mUp;

@@ -1,0 +1,129 @@
+// Pictures of many faces: sheet; and what is told about languages and time zones.
+
+#include <filesystem>
+
+#include "a-watch.h"
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
+
+// Of a PNG, from its header.
+std::pair<int, int> SizeOf(const std::string& png)
+{
+    const std::string bytes = ContentsOf(png);
+    if (!bytes.starts_with(kPngSignature) || bytes.size() < 24) return {};
+    const auto number = [&bytes](std::size_t at) {
+        int value = 0;
+        for (std::size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+        return value;
+    };
+    return {number(16), number(20)};
+}
+
+}  // namespace
+
+TEST_F(AWatch, shows_all_its_previews_on_one_sheet)
+{
+    const std::string out = mFolder + "/sheet.png";
+    const Result drawn = Run({"sheet", "-o", out, "--json"});
+    ASSERT_EQ(drawn.status, 0) << drawn.err;
+    const Json sheet = drawn.AsJson();
+    EXPECT_EQ(sheet["picture"], out);
+    EXPECT_EQ(sheet["previews"].size(), Run({"list", "--json"}).AsJson().size());
+    for (const Json& preview : sheet["previews"]) {
+        EXPECT_EQ(preview["drawn"], false) << preview;
+        EXPECT_EQ(preview["good"], true) << preview;
+    }
+    EXPECT_EQ(SizeOf(out), std::pair(sheet["width"].get<int>(), sheet["height"].get<int>()));
+}
+
+TEST_F(AWatch, draws_the_previews_that_it_has_not)
+{
+    fs::create_directories(ReadWriteFace(kClassic));
+    for (const char* file : {"watchface.xml", "com.corvane.watchface-mirel-c1_result.xml"}) {
+        fs::copy_file(ReadOnlyFace(kClassic) + file, ReadWriteFace(kClassic) + file);
+    }
+    const Json sheet = Run({"sheet", kClassic, "-o", mFolder + "/sheet.png", "--json"}).AsJson();
+    EXPECT_EQ(sheet["previews"][0]["drawn"], true);
+    EXPECT_EQ(sheet["previews"][0]["good"], true);
+}
+
+TEST_F(AFolder, is_enough_for_a_sheet_in_many_languages)
+{
+    const std::string out = mFolder + "/sheet.png";
+    const Result drawn = Wfctl({"sheet", StagedResultXml(kDigital), "-o", out, "--language",
+                                "en_GB,de_DE,ko_KR", "--hours", "12,24", "--size", "60", "--json"});
+    ASSERT_EQ(drawn.status, 0) << drawn.err;
+    const Json previews = drawn.AsJson()["previews"];
+    ASSERT_EQ(previews.size(), 6U);
+    EXPECT_EQ(
+        previews[1],
+        (Json{
+            {"face",     kDigital},
+            {"drawn",    true    },
+            {"language", "de_DE" },
+            {"hours",    12      },
+            {"good",     true    }
+    }));
+    EXPECT_EQ(previews[5]["hours"], 24);
+    const auto [width, height] = SizeOf(out);
+    EXPECT_GT(width, height);
+    ASSERT_EQ(Wfctl({"sheet", StagedResultXml(kDigital), "-o", out, "--language", "en_GB,de_DE,ko_KR",
+                     "--size", "60", "--columns", "1"})
+                  .status,
+              0);
+    EXPECT_LT(SizeOf(out).first, SizeOf(out).second);
+}
+
+TEST_F(AFolder, has_no_sheet_of_what_is_not_there)
+{
+    const std::string out = mFolder + "/sheet.png";
+    EXPECT_EQ(Wfctl({"sheet", "com.example.none", "-o", out}).status, 10);
+    EXPECT_EQ(Wfctl({"sheet", mFolder + "/none.xml", "-o", out}).status, 10);
+    EXPECT_EQ(Wfctl({"sheet", Holding("bad.xml", "<face-result/>"), "-o", out}).status, 1);
+    EXPECT_EQ(Wfctl({"sheet", StagedResultXml(kDigital), "-o", out, "--hours", "13"}).status, 2);
+    EXPECT_FALSE(fs::exists(out));
+}
+
+TEST_F(AFolder, says_which_preview_of_a_sheet_could_not_be_drawn)
+{
+    const std::string bad = Holding("bad.xml", "<watchface>\n</watchface>");
+    const Result drawn = Wfctl({"sheet", StagedResultXml(kDigital), bad, "-o", mFolder + "/sheet.png"});
+    EXPECT_EQ(drawn.status, 1);
+    EXPECT_THAT(drawn.err, HasSubstr(bad + ":1:"));
+    EXPECT_THAT(drawn.err, HasSubstr("1 of 2 previews could not be drawn"));
+    EXPECT_THAT(ContentsOf(mFolder + "/sheet.png"), StartsWith(kPngSignature));
+}
+
+TEST_F(AFolder, is_told_of_languages_and_time_zones_that_nobody_knows)
+{
+    const std::string face = StagedResultXml(kDigital), out = mFolder + "/out.png";
+    const Result drawn =
+        Wfctl({"render", face, "-o", out, "--language", "xx_YY", "--timezone", "Europe/Berln"});
+    EXPECT_EQ(drawn.status, 0);
+    EXPECT_THAT(drawn.err, HasSubstr("there is no language [xx_YY]"));
+    EXPECT_THAT(drawn.err, HasSubstr("did you mean Europe/Berlin?"));
+    EXPECT_THAT(Wfctl({"sheet", face, "-o", out, "--language", "xx_YY"}).err, HasSubstr("[xx_YY]"));
+    EXPECT_THAT(Wfctl({"render", face, "-o", out, "--language", "de_DE", "--timezone", "Asia/Seoul"}).err,
+                IsEmpty());
+}
+
+TEST_F(AWatch, takes_no_language_or_time_zone_that_nobody_knows)
+{
+    const Result language = Run({"setting", "set", "24-hour=true", "language=xx"});
+    EXPECT_EQ(language.status, 2);
+    EXPECT_THAT(language.err, HasSubstr("wfctl key set db/system/language 'xx'"));
+    const Result zone = Run({"setting", "set", "timezone", "Europe/Berln"});
+    EXPECT_EQ(zone.status, 2);
+    EXPECT_THAT(zone.err, HasSubstr("did you mean Europe/Berlin?"));
+    EXPECT_EQ(Run({"key", "list"}).out, "");
+    EXPECT_EQ(Run({"setting", "set", "timezone=/usr/share/zoneinfo/Asia/Seoul"}).status, 0);
+}

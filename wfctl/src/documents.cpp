@@ -1,0 +1,65 @@
+#include "documents.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "exit-status.h"
+#include "xml-gate.h"
+
+namespace Wfctl {
+
+DocumentFacts FactsOf(std::string_view text)
+{
+    DataUtil::Findings ignored;
+    const auto tree = DataUtil::XmlTree::Load(text, ignored);
+    if (!tree) return {};
+    const pugi::xml_node root = tree->Root();
+    DocumentFacts facts{root.name(), root.attribute("id").value(), "",
+                        std::string_view(root.attribute("shape").value()) != "square"};
+    const auto strings =
+        root.find_child_by_attribute("strings", "language", root.attribute("default-language").value());
+    facts.title =
+        strings.find_child_by_attribute("string", "key", root.attribute("title-key").value()).child_value();
+    return facts;
+}
+
+bool IsFileName(const std::string& what)
+{
+    std::error_code error;
+    return what == "-" || what.find('/') != std::string::npos || what.ends_with(".xml") ||
+           std::filesystem::is_regular_file(what, error);
+}
+
+void WriteFile(const std::string& path, const std::string& text)
+{
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << text << std::flush;
+    if (!file) throw Stop(Exit::kError, "the file [" + path + "] cannot be written: " + std::strerror(errno));
+}
+
+void PrintFindings(const std::string& file, const std::vector<DataUtil::Finding>& findings)
+{
+    for (const DataUtil::Finding& finding : findings) {
+        std::fprintf(stderr, "%s:%s\n", file.c_str(), DataUtil::FormatFinding(finding).c_str());
+    }
+}
+
+Json FindingsJson(const std::vector<DataUtil::Finding>& findings)
+{
+    Json array = Json::array();
+    for (const DataUtil::Finding& finding : findings) {
+        array.push_back(Json::object({
+            {"code",    finding.code                },
+            {"line",    finding.line                },
+            {"column",  finding.column              },
+            {"path",    BytesToJson(finding.path)   },
+            {"message", BytesToJson(finding.message)}
+        }));
+    }
+    return array;
+}
+
+}  // namespace Wfctl

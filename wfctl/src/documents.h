@@ -1,0 +1,34 @@
+// Face documents as files: telling the two kinds apart, and what checking them finds.
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "finding.h"
+#include "json-text.h"
+
+namespace Wfctl {
+
+// What both kinds of documents say at their beginning. All is empty when the text is no XML.
+struct DocumentFacts {
+    std::string root;  // kResultRoot, kFlatRoot or whatever stands there
+    std::string id;
+    std::string title;  // in the default language
+    bool isRound = true;
+};
+inline constexpr char kResultRoot[] = "face-result";
+inline constexpr char kFlatRoot[] = "watchface";
+DocumentFacts FactsOf(std::string_view text);
+
+// Where people may name a file or a watch face: whether this is a file, be it there or not.
+bool IsFileName(const std::string& what);
+
+void WriteFile(const std::string& path, const std::string& text);
+
+// To stderr, one line each: "file:line:col: code: message".
+void PrintFindings(const std::string& file, const std::vector<DataUtil::Finding>& findings);
+Json FindingsJson(const std::vector<DataUtil::Finding>& findings);
+
+}  // namespace Wfctl

@@ -1,0 +1,118 @@
+#include "locales-icu.h"
+
+#include <unicode/ucal.h>
+#include <unicode/uenum.h>
+#include <unicode/uloc.h>
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "late-icu.h"
+#include "nearest-name.h"
+
+namespace Wfctl {
+
+namespace {
+
+constexpr std::size_t kLongestName = 64;
+
+// Letters, digits and what stands between them: nothing that ICU reads as a keyword or an encoding.
+bool HasOnly(const std::string& text, std::string_view others)
+{
+    return !text.empty() && text.size() <= kLongestName && std::all_of(text.begin(), text.end(), [&](char c) {
+        const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        return isLetter || (c >= '0' && c <= '9') || others.find(c) != std::string_view::npos;
+    });
+}
+
+bool IsKnownLanguage(const std::string& language)
+{
+    static const auto languageCode = LATE_ICU_UC(uloc_getISO3Language);
+    static const auto country = LATE_ICU_UC(uloc_getCountry);
+    static const auto countryCode = LATE_ICU_UC(uloc_getISO3Country);
+    if (!languageCode || !country || !countryCode) return true;
+    if (!HasOnly(language, "_-") || !*languageCode(language.c_str())) return false;
+    char named[ULOC_COUNTRY_CAPACITY];
+    UErrorCode status = U_ZERO_ERROR;
+    const bool hasCountry =
+        country(language.c_str(), named, ULOC_COUNTRY_CAPACITY, &status) > 0 || U_FAILURE(status);
+    return !hasCountry || *countryCode(language.c_str());
+}
+
+std::vector<std::string_view> Languages()
+{
+    static const auto count = LATE_ICU_UC(uloc_countAvailable);
+    static const auto available = LATE_ICU_UC(uloc_getAvailable);
+    std::vector<std::string_view> languages;
+    if (!count || !available) return languages;
+    for (int32_t i = 0; i < count(); ++i) languages.emplace_back(available(i));
+    return languages;
+}
+
+std::string_view WithoutFolder(std::string_view timezone)
+{
+    constexpr std::string_view kFolder = "zoneinfo/";
+    const auto folder = timezone.rfind(kFolder);
+    return folder == std::string_view::npos ? timezone : timezone.substr(folder + kFolder.size());
+}
+
+// The ids, which stay with ICU.
+std::vector<std::string> Timezones()
+{
+    static const auto open = LATE_ICU_I18N(ucal_openTimeZones);
+    static const auto next = LATE_ICU_UC(uenum_next);
+    static const auto close = LATE_ICU_UC(uenum_close);
+    std::vector<std::string> ids;
+    if (!open || !next || !close) return ids;
+    UErrorCode status = U_ZERO_ERROR;
+    UEnumeration* all = open(&status);
+    while (const char* id = U_SUCCESS(status) ? next(all, nullptr, &status) : nullptr) ids.emplace_back(id);
+    if (all) close(all);
+    return ids;
+}
+
+std::string Problem(const char* what, const std::string& text, std::string_view name,
+                    const std::vector<std::string_view>& known, const char* example)
+{
+    const std::string_view nearest = DataUtil::NearestName(name, known);
+    return std::string("there is no ") + what + " [" + text + "]; " +
+           (nearest.empty() ? std::string("one looks like ") + example + "."
+                            : "did you mean " + std::string(nearest) + "?");
+}
+
+}  // namespace
+
+std::string LanguageProblem(const std::string& language)
+{
+    if (IsKnownLanguage(language)) return {};
+    std::string name = language;  // as ICU writes it
+    std::replace(name.begin(), name.end(), '-', '_');
+    return Problem("language", language, name, Languages(), "de_DE");
+}
+
+std::string TimezoneProblem(const std::string& timezone)
+{
+    const std::string_view id = WithoutFolder(timezone);
+    const std::vector<std::string> ids = Timezones();
+    if (ids.empty() || std::find(ids.begin(), ids.end(), id) != ids.end()) return {};
+    return Problem("time zone", timezone, id, {ids.begin(), ids.end()}, "Europe/Berlin");
+}
+
+std::string LanguageName(const std::string& language)
+{
+    static const auto displayName = LATE_ICU_UC(uloc_getDisplayName);
+    static const auto toUtf8 = LATE_ICU_UC(u_strToUTF8);
+    if (!displayName || !toUtf8 || !IsKnownLanguage(language)) return language;
+    UErrorCode status = U_ZERO_ERROR;
+    constexpr int32_t kMost = 128;
+    UChar wide[kMost];
+    const int32_t length = displayName(language.c_str(), "en", wide, kMost, &status);
+    char text[3 * kMost];
+    int32_t bytes = 0;
+    toUtf8(text, 3 * kMost, &bytes, wide, std::min(length, kMost), &status);
+    return U_SUCCESS(status) ? std::string(text, static_cast<std::size_t>(bytes)) : language;
+}
+
+}  // namespace Wfctl

@@ -1,0 +1,19 @@
+// Which languages and time zones there are, as ICU knows them. ICU is opened when it is first asked.
+
+#pragma once
+
+#include <string>
+
+namespace Wfctl {
+
+// What is wrong with a language such as "de_DE" or "ko": empty when its language, and its country where it
+// names one, are known; else one line that names what may be meant. Without ICU everything is taken.
+std::string LanguageProblem(const std::string& language);
+
+// The same for a time zone: an id such as "Asia/Seoul", or a path that holds one behind "zoneinfo/".
+std::string TimezoneProblem(const std::string& timezone);
+
+// In English: "German (Germany)". The text itself when it is not known.
+std::string LanguageName(const std::string& language);
+
+}  // namespace Wfctl
