@@ -17,10 +17,10 @@ namespace {
 class APictureOfAnotherCairo : public testing::Test {
 protected:
     // The status of a picture two pixels wide with so many bytes a row.
-    cairo_status_t StatusOf(char stride) const
+    cairo_status_t StatusOf(char stride, bool hasPixels = true) const
     {
         const std::string head("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\2\0\0\0\1", 24);
-        std::ofstream(Path(), std::ios::binary) << head << stride;
+        std::ofstream(Path(), std::ios::binary) << head << stride << char{hasPixels};
         cairo_surface_t* surface = cairo_image_surface_create_from_png(Path().c_str());
         const cairo_status_t status = cairo_surface_status(surface);
         cairo_surface_destroy(surface);
@@ -52,7 +52,7 @@ TEST_F(APictureOfAnotherCairo, is_refused_with_fewer_bytes_a_pixel)
 
 TEST_F(APictureOfAnotherCairo, is_refused_without_pixels)
 {
-    EXPECT_EQ(StatusOf(0), CAIRO_STATUS_READ_ERROR);
+    EXPECT_EQ(StatusOf(8, false), CAIRO_STATUS_READ_ERROR);
 }
 
 TEST_F(APictureOfAnotherCairo, is_released_when_it_is_refused)
