@@ -38,6 +38,12 @@ constexpr Verb kVerbs[] = {
     {"update", "RESULT.xml [--name NAME] [--icon PNG] [--label TEXT] [--as APP] [--no-wait] [--timeout S]",
      "update a watch face and wait for its preview",
      "wfctl update com.corvane.watchface-mirel-c1_result.xml --as com.corvane.watchface-editor", DefineUpdate},
+    {"preview request", "FACE… [--as APP] [--timeout S]",
+     "have the service draw previews again, and wait for them",
+     "wfctl preview request com.corvane.watchface-mirel-c1", DefinePreviewRequest},
+    {"preview check", "[FACE…]",
+     "which previews are missing, no PNG, blank or older than their face; status 1 when one is",
+     "wfctl preview check", DefinePreviewCheck},
     {"flatten", "RESULT.xml [-o OUT]",
      "check a result XML and make the flat document from it, without a watch",
      "wfctl flatten my-face_result.xml -o watchface.xml", DefineFlatten},
@@ -192,9 +198,11 @@ std::string OverviewText()
     std::string text =
         "usage: wfctl VERB … [--root DIR] [--json]\n\nTalks to a watch, as whichever application you "
         "say.\n\n";
+    std::size_t width = 0;
+    for (const Verb& verb : kVerbs) width = std::max(width, verb.name.size());
     for (const Verb& verb : kVerbs) {
         std::string name(verb.name);
-        name.resize(std::max<std::size_t>(name.size(), 14), ' ');
+        name.resize(width, ' ');
         text += "  " + name + " " + std::string(verb.help) + "\n";
     }
     text +=

@@ -54,6 +54,8 @@ Action DefineCurrent(CLI::App&);
 Action DefineSet(CLI::App&);
 Action DefineInstall(CLI::App&);
 Action DefineUpdate(CLI::App&);
+Action DefinePreviewRequest(CLI::App&);
+Action DefinePreviewCheck(CLI::App&);
 Action DefineFlatten(CLI::App&);
 Action DefineRender(CLI::App&);
 Action DefineSheet(CLI::App&);

@@ -19,11 +19,14 @@ Result Wfctl(const Arguments& arguments);
 
 // A folder for one test.
 class AFolder : public testing::Test {
+public:
+    const std::string& Path() const { return mFolder; }
+    // The path of a new file.
+    std::string Holding(const std::string& name, const std::string& bytes) const;
+
 protected:
     AFolder();
     ~AFolder() override;
-
-    std::string Holding(const std::string& name, const std::string& bytes) const;
 
     std::string mFolder;
 };

@@ -116,6 +116,16 @@ TEST_F(AWatch, takes_no_icon_that_is_no_picture)
     EXPECT_EQ(Run({"update", StagedResultXml(kClassic), "--icon", mFolder + "/none.png"}).status, 10);
 }
 
+TEST_F(AWatch, says_at_once_that_an_application_would_get_no_answer)
+{
+    for (const char* mute : {"com.corvane.watchface", "com.example.app:port", "com.corvane.w-home:other"}) {
+        const Result installed = Run({"install", StagedResultXml(kClassic), "--as", mute});
+        EXPECT_EQ(installed.status, 2) << mute;
+        EXPECT_THAT(installed.err, HasSubstr("com.corvane.watchface-editor")) << mute;
+    }
+    EXPECT_FALSE(fs::exists(ReadWriteFace(kClassic)));
+}
+
 TEST_F(AWatch, installs_while_a_listener_is_the_application)
 {
     const auto listener = Listen({"--as", kManager, "--count", "1"});

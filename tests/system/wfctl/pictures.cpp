@@ -1,4 +1,4 @@
-// Pictures of many faces: sheet; and what is told about languages and time zones.
+// Previews: sheet, preview request, preview check; and what is told about languages and time zones.
 
 #include <filesystem>
 
@@ -6,7 +6,6 @@
 
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 namespace fs = std::filesystem;
@@ -26,6 +25,17 @@ std::pair<int, int> SizeOf(const std::string& png)
         return value;
     };
     return {number(16), number(20)};
+}
+
+// A PNG of one colour.
+std::string BlankPicture(const AFolder& folder)
+{
+    const std::string document = folder.Holding("blank.xml", R"(<watchface format="1" id="com.example.blank"
+ version="1" width="16" height="16" shape="square" default-language="en" preview-time="10:08:36" title-key="t">
+ <strings language="en"><string key="t">T</string></strings></watchface>)");
+    const std::string picture = folder.Path() + "/blank.png";
+    EXPECT_EQ(Wfctl({"render", document, "-o", picture}).status, 0);
+    return picture;
 }
 
 }  // namespace
@@ -48,9 +58,8 @@ TEST_F(AWatch, shows_all_its_previews_on_one_sheet)
 TEST_F(AWatch, draws_the_previews_that_it_has_not)
 {
     fs::create_directories(ReadWriteFace(kClassic));
-    for (const char* file : {"watchface.xml", "com.corvane.watchface-mirel-c1_result.xml"}) {
-        fs::copy_file(ReadOnlyFace(kClassic) + file, ReadWriteFace(kClassic) + file);
-    }
+    fs::copy(ReadOnlyFace(kClassic), ReadWriteFace(kClassic));
+    fs::remove(ReadWriteFace(kClassic) + kClassic + ".png");
     const Json sheet = Run({"sheet", kClassic, "-o", mFolder + "/sheet.png", "--json"}).AsJson();
     EXPECT_EQ(sheet["previews"][0]["drawn"], true);
     EXPECT_EQ(sheet["previews"][0]["good"], true);
@@ -126,4 +135,61 @@ TEST_F(AWatch, takes_no_language_or_time_zone_that_nobody_knows)
     EXPECT_THAT(zone.err, HasSubstr("did you mean Europe/Berlin?"));
     EXPECT_EQ(Run({"key", "list"}).out, "");
     EXPECT_EQ(Run({"setting", "set", "timezone=/usr/share/zoneinfo/Asia/Seoul"}).status, 0);
+}
+
+TEST_F(AWatch, has_good_previews_at_first)
+{
+    const Result checked = Run({"preview", "check"});
+    EXPECT_EQ(checked.status, 0) << checked.err;
+    EXPECT_THAT(checked.out, HasSubstr(std::string(kClassic) + "  good, 360x360\n"));
+}
+
+TEST_F(AWatch, knows_what_is_wrong_with_a_preview)
+{
+    fs::create_directories(ReadWriteFace(kClassic));
+    fs::copy(ReadOnlyFace(kClassic), ReadWriteFace(kClassic));
+    const std::string preview = ReadWriteFace(kClassic) + kClassic + ".png";
+    const auto state = [&] {
+        const Result checked = Run({"preview", "check", kClassic, "--json"});
+        const Json report = checked.AsJson()[0];
+        EXPECT_EQ(report["face"], kClassic);
+        EXPECT_EQ(report["preview"], preview);
+        EXPECT_EQ(checked.status, report["state"] == "good" ? 0 : 1);
+        return report["state"].get<std::string>();
+    };
+    const auto document = fs::last_write_time(ReadWriteFace(kClassic) + "watchface.xml");
+    fs::last_write_time(preview, document);
+    EXPECT_EQ(state(), "good");
+    fs::last_write_time(preview, document - std::chrono::seconds(1));
+    EXPECT_EQ(state(), "older");
+    fs::copy_file(BlankPicture(*this), preview, fs::copy_options::overwrite_existing);
+    EXPECT_EQ(state(), "blank");
+    fs::copy_file(ReadOnlyFace(kClassic) + "watchface.xml", preview, fs::copy_options::overwrite_existing);
+    EXPECT_EQ(state(), "no-png");
+    fs::remove(preview);
+    EXPECT_EQ(state(), "missing");
+    EXPECT_THAT(Run({"preview", "check"}).err, HasSubstr(std::string("wfctl preview request ") + kClassic));
+}
+
+TEST_F(AWatch, draws_previews_again)
+{
+    const std::string xml = ContentsOf(StagedResultXml(kClassic));
+    for (int i = 0; i < 2; ++i) {
+        const std::string preview = ReadWriteFace(kClassic) + kClassic + ".png";
+        fs::remove(preview);
+        const Result requested = Run({"preview", "request", kClassic, kDigital});
+        ASSERT_EQ(requested.status, 0) << requested.err;
+        EXPECT_THAT(requested.out, StartsWith(preview + "\n"));
+        EXPECT_THAT(ContentsOf(preview), StartsWith(kPngSignature));
+        EXPECT_EQ(ContentsOf(ReadWriteFace(kClassic) + kClassic + "_result.xml"), xml);
+    }
+    EXPECT_EQ(Run({"preview", "check"}).status, 0);
+}
+
+TEST_F(AWatch, draws_no_preview_of_a_face_that_there_is_not)
+{
+    const Result requested = Run({"preview", "request", kClassic, "mirel-e1"});
+    EXPECT_EQ(requested.status, 10);
+    EXPECT_THAT(requested.err, HasSubstr(std::string("did you mean ") + kDigital + "?"));
+    EXPECT_FALSE(fs::exists(ReadWriteFace(kClassic)));
 }

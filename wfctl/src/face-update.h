@@ -1,0 +1,57 @@
+// Having the service store a face's result XML, as one of its peers does, and waiting for the new preview.
+
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "connection.h"
+#include "faces.h"
+#include "json-text.h"
+#include "peer.h"
+
+namespace Wfctl {
+
+inline constexpr char kManagerId[] = "com.corvane.w-manager-service";
+inline constexpr char kEditorId[] = "com.corvane.watchface-editor";
+inline constexpr char kCreated[] = "watch-setting-created";
+inline constexpr char kUpdated[] = "watch-setting-updated";
+inline constexpr double kUpdatePatience = 20;  // seconds
+
+struct FaceUpdate {
+    std::string type;  // kCreated, kUpdated
+    std::string name;
+    std::string xml;
+    std::string label;  // the name to display; empty: none is sent
+    std::string icon;   // a PNG to start with; empty: none
+    bool awaitsPreview = true;
+    Seconds timeout{kUpdatePatience};  // for the answer, and for the preview
+};
+
+// Is the application while it lives; one face after the other.
+class FaceUpdater {
+public:
+    // Stops with Exit::kUsage when the service would not answer this application there.
+    FaceUpdater(Connection& connection, const std::string& as);
+    FaceUpdater(const FaceUpdater&) = delete;
+    FaceUpdater& operator=(const FaceUpdater&) = delete;
+
+    // Sends, and waits until the service has answered and another picture lies at the face's preview path.
+    // `onReply`, which may be empty, gets the answer at once. Stops with Exit::kError and the reasons when
+    // the service refuses, and with Exit::kNoAnswer when the time is over.
+    void Store(const FaceUpdate& update, const std::function<void(const Json&)>& onReply = {});
+
+private:
+    void Receive(const std::string& app, const std::string& port, const bundle& message);
+
+    Connection& mConnection;
+    const PeerAddress mSelf;
+    const FaceUpdate* mCurrent = nullptr;  // what is waited for
+    Json mReply;                           // null until it is there
+    Peer mPeer;
+};
+
+// Whether the file at `path` is there and at least as new as the one at `than`.
+bool IsNotOlder(const std::string& path, const std::string& than);
+
+}  // namespace Wfctl

@@ -1,0 +1,48 @@
+#include "preview-state.h"
+
+#include <filesystem>
+
+#include "face-update.h"
+
+namespace Wfctl {
+
+namespace {
+
+struct StateWords {
+    std::string_view name, text;
+};
+
+// In the order of PreviewState.
+constexpr StateWords kWords[] = {
+    {"good",    "good"                               },
+    {"missing", "missing"                            },
+    {"no-png",  "no PNG"                             },
+    {"blank",   "blank: all of it has one colour"    },
+    {"older",   "older than the face's watchface.xml"},
+};
+
+}  // namespace
+
+PreviewReport CheckPreview(const Face& face)
+{
+    std::error_code error;
+    if (!std::filesystem::exists(face.Preview(), error)) return {};
+    const PngFacts picture = LookAtPng(face.Preview());
+    if (picture.kind == PictureKind::kNone) return {PreviewState::kNoPng, picture};
+    if (picture.kind == PictureKind::kBlank) return {PreviewState::kBlank, picture};
+    const bool isOlder = std::filesystem::exists(face.WatchfaceXml(), error) &&
+                         !IsNotOlder(face.Preview(), face.WatchfaceXml());
+    return {isOlder ? PreviewState::kOlder : PreviewState::kGood, picture};
+}
+
+std::string_view NameOf(PreviewState state)
+{
+    return kWords[static_cast<int>(state)].name;
+}
+
+std::string_view TextOf(PreviewState state)
+{
+    return kWords[static_cast<int>(state)].text;
+}
+
+}  // namespace Wfctl
