@@ -13,12 +13,18 @@ constexpr size_t kMostFormatters = 64;
 constexpr char16_t kNoBreakSpace = 0xa0, kNarrowSpace = 0x202f;
 
 // "/usr/share/zoneinfo/Asia/Seoul" as "Asia/Seoul".
-icu::UnicodeString ZoneId(std::string_view path)
+std::string IdOf(std::string_view path)
 {
-    constexpr std::string_view kFolder = "zoneinfo/";
+    constexpr std::string_view kFolder = "/zoneinfo/";
     const size_t folder = path.rfind(kFolder);
     if (folder != std::string_view::npos) path.remove_prefix(folder + kFolder.size());
-    return icu::UnicodeString::fromUTF8({path.data(), static_cast<int32_t>(path.size())});
+    return std::string(path);
+}
+
+// Never null; an unknown zone is UTC by another name.
+std::unique_ptr<icu::TimeZone> ZoneOf(const std::string& id)
+{
+    return std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(id)));
 }
 
 bool IsNumber(std::string_view skeleton)
@@ -86,18 +92,15 @@ icu::UnicodeString PatternOf(std::string_view text, const Settings& settings, co
 
 struct Dates::Formatter {
     std::unique_ptr<icu::SimpleDateFormat> format;
-    std::unique_ptr<icu::GregorianCalendar> calendar;
 
-    Formatter(std::string_view skeleton, const Settings& settings)
+    Formatter(std::string_view skeleton, const Settings& settings, const std::string& zone)
     {
         UErrorCode status = U_ZERO_ERROR;
         const icu::Locale locale(settings.language.c_str());
         const icu::UnicodeString pattern = PatternOf(skeleton, settings, locale, status);
         if (U_FAILURE(status)) return;
-        std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(ZoneId(settings.timezone)));
-        calendar = std::make_unique<icu::GregorianCalendar>(*zone, status);
         format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
-        format->adoptTimeZone(zone.release());
+        format->adoptTimeZone(ZoneOf(zone).release());
         if (U_FAILURE(status)) format.reset();
     }
 };
@@ -105,27 +108,50 @@ struct Dates::Formatter {
 Dates::Dates() = default;
 Dates::~Dates() = default;
 
-std::string Dates::Format(std::string_view skeleton, const Settings& settings, const TimeOfDay& time)
+Moment Dates::At(std::string_view zone, const TimeOfDay& time) const
 {
-    const std::string key = settings.language + (settings.hours24 ? "|24|" : "|12|") + settings.timezone +
-                            "|" + std::string(skeleton);
+    Moment moment{0, IdOf(zone), time};
+    UErrorCode status = U_ZERO_ERROR;
+    icu::GregorianCalendar calendar(ZoneOf(moment.zone).release(), status);
+    if (U_FAILURE(status)) return moment;
+    calendar.clear();
+    calendar.set(kPreviewYear, kPreviewMonth - 1, kPreviewDay, time.hour, time.minute, time.second);
+    moment.instant = calendar.getTime(status);
+    return moment;
+}
+
+std::optional<Moment> Dates::SeenIn(const Moment& moment, std::string_view zone) const
+{
+    const std::string id = IdOf(zone);
+    const auto known = ZoneOf(id);
+    int32_t offset = 0, saving = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    known->getOffset(moment.instant, false, offset, saving, status);
+    if (U_FAILURE(status) || *known == icu::TimeZone::getUnknown()) return std::nullopt;
+    constexpr int64_t kSecond = 1000, kMinute = 60, kHour = 60, kDay = 24;
+    const int64_t seconds = (static_cast<int64_t>(moment.instant) + offset + saving) / kSecond;
+    return Moment{
+        moment.instant,
+        id,
+        {static_cast<int>(seconds / (kMinute * kHour) % kDay), static_cast<int>(seconds / kMinute % kHour),
+          static_cast<int>(seconds % kMinute)}
+    };
+}
+
+std::string Dates::Format(std::string_view skeleton, const Settings& settings, const Moment& moment)
+{
+    const std::string key =
+        settings.language + (settings.hours24 ? "|24|" : "|12|") + moment.zone + "|" + std::string(skeleton);
     if (mFormatters.size() > kMostFormatters) mFormatters.clear();
     auto& formatter = mFormatters[key];
-    if (!formatter) formatter = std::make_unique<Formatter>(skeleton, settings);
+    if (!formatter) formatter = std::make_unique<Formatter>(skeleton, settings, moment.zone);
     if (!formatter->format) return {};
-    UErrorCode status = U_ZERO_ERROR;
-    formatter->calendar->clear();
-    formatter->calendar->set(kPreviewYear, kPreviewMonth - 1, kPreviewDay, time.hour, time.minute,
-                             time.second);
-    const UDate instant = formatter->calendar->getTime(status);
     icu::UnicodeString text;
     std::string result;
-    if (U_SUCCESS(status)) {
-        formatter->format->format(instant, text);
-        // A narrow space all but disappears at the sizes of a watch, and not every font has it.
-        text.findAndReplace(icu::UnicodeString(kNarrowSpace), icu::UnicodeString(kNoBreakSpace))
-            .toUTF8String(result);
-    }
+    formatter->format->format(moment.instant, text);
+    // A narrow space all but disappears at the sizes of a watch, and not every font has it.
+    text.findAndReplace(icu::UnicodeString(kNarrowSpace), icu::UnicodeString(kNoBreakSpace))
+        .toUTF8String(result);
     return result;
 }
 

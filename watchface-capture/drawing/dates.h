@@ -1,18 +1,31 @@
-// Dates and times by skeleton, in the language and hour mode of the watch.
+// Dates and times: what hands point at, and what texts by skeleton read, in the language and hour mode of the
+// watch.
 
 #pragma once
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "painter.h"
+#include "drawing.h"
 
 namespace Drawing {
 
 // The date that previews show.
 inline constexpr int kPreviewYear = 2026, kPreviewMonth = 10, kPreviewDay = 14;
+
+struct TimeOfDay {
+    int hour = 0, minute = 0, second = 0;
+};
+
+// A point in time as it is seen somewhere.
+struct Moment {
+    double instant = 0;  // milliseconds since 1970 UTC
+    std::string zone;    // where it is seen: an id
+    TimeOfDay time;      // there
+};
 
 class Dates {
 public:
@@ -21,8 +34,14 @@ public:
     Dates(const Dates&) = delete;
     Dates& operator=(const Dates&) = delete;
 
+    // The preview's date at `time` in `zone`: an id, or a path with an id after "/zoneinfo/". UTC stands in
+    // for an unknown one.
+    Moment At(std::string_view zone, const TimeOfDay& time) const;
+    // The same instant elsewhere; nothing when the zone is not known.
+    std::optional<Moment> SeenIn(const Moment& moment, std::string_view zone) const;
+
     // UTF-8. Empty when the skeleton means nothing to the language.
-    std::string Format(std::string_view skeleton, const Settings& settings, const TimeOfDay& time);
+    std::string Format(std::string_view skeleton, const Settings& settings, const Moment& moment);
 
 private:
     struct Formatter;

@@ -35,6 +35,7 @@ struct Settings {
     std::string timezone = "UTC";  // a zoneinfo path or id
     int size = 0;                  // pixels of the longer side; 0: the canvas' own, at most kLargestOwnSize
     std::vector<std::string> assetFolders;  // where `src` is looked up, in this order
+    std::string trustedFolder;              // where the user's pictures lie; empty: nowhere
 };
 
 // Something to say about a document. Lines and columns count from 1; 0 is the document as a whole.

@@ -1,13 +1,12 @@
 #include "element.h"
 
 #include <algorithm>
+#include <array>
 
 #include "nearest-name.h"
 
 namespace Drawing {
 namespace {
-
-using DataUtil::AttributeRule;
 
 double ToNumber(std::string_view canonical)
 {
@@ -28,17 +27,19 @@ Finding Say(const DataUtil::Place& place, std::string_view element, std::string_
 
 }  // namespace
 
-Element::Element(const DataUtil::XmlTree& tree, pugi::xml_node node, AttributeRules rules,
+Element::Element(const DataUtil::XmlTree& tree, pugi::xml_node node, const DataUtil::ElementRule& rule,
                  std::vector<Finding>& warnings)
-    : mTree(tree), mNode(node)
+    : mTree(tree), mNode(node), mRule(rule)
 {
-    mValues.reserve(rules.size());
-    ReadAttributes(rules, warnings);
+    mValues.reserve(rule.attributes.size());
+    ReadAttributes(warnings);
+    CheckChoice();
+    CheckChildren();
 }
 
-void Element::ReadAttributes(AttributeRules rules, std::vector<Finding>& warnings)
+void Element::ReadAttributes(std::vector<Finding>& warnings)
 {
-    for (const AttributeRule& rule : rules) {
+    for (const DataUtil::AttributeRule& rule : mRule.attributes) {
         const pugi::xml_attribute attribute = mNode.attribute(rule.name);
         if (!attribute) {
             if (rule.fallback == DataUtil::kRequired)
@@ -48,10 +49,7 @@ void Element::ReadAttributes(AttributeRules rules, std::vector<Finding>& warning
         }
         std::string problem;
         auto value = DataUtil::CanonicalValue(rule, attribute.value(), problem);
-        const bool role =
-            value && rule.kind == DataUtil::ValueKind::kColor && !value->starts_with('#') && *value != "none";
-        if (role) problem = "a colour as #RRGGBB, #RRGGBBAA or none";
-        if (!value || role) {
+        if (!value) {
             throw DocumentError(AtAttribute(rule.name, std::string(rule.name) + "=" +
                                                            DataUtil::Quoted(attribute.value()) +
                                                            " should be " + problem));
@@ -65,6 +63,62 @@ void Element::ReadAttributes(AttributeRules rules, std::vector<Finding>& warning
                 "the attribute " + DataUtil::Quoted(attribute.name()) + " is not known and has no effect"));
         }
     }
+}
+
+void Element::CheckChoice() const
+{
+    if (mRule.choice.names.empty()) return;
+    std::string names;
+    int given = 0;
+    for (const char* name : mRule.choice.names) {
+        given += mNode.attribute(name) ? 1 : 0;
+        names.append(names.empty() ? "\"" : ", \"").append(name).append("\"");
+    }
+    if (given == 0 || (mRule.choice.exactlyOne && given > 1))
+        Fail((mRule.choice.exactlyOne ? "exactly one of " : "at least one of ") + names + " has to be given");
+}
+
+void Element::CheckChildren() const
+{
+    std::array<int, DataUtil::kElementCount> counts{};
+    int all = 0;
+    for (const pugi::xml_node child : mNode.children()) {
+        if (child.type() != pugi::node_element) continue;
+        const DataUtil::ElementRule* rule = DataUtil::FlatSchema().ChildRuleOf(mRule, child.name());
+        if (!rule) {
+            throw DocumentError(
+                Say(mTree.PlaceOf(child, ""), child.name(),
+                    "no such element can stand here" +
+                        DataUtil::Suggestion(child.name(), DataUtil::FlatSchema().ChildNames(mRule))));
+        }
+        ++counts[static_cast<size_t>(rule->element)];
+        ++all;
+    }
+    const auto check = [this](int count, int least, int most, const std::string& what) {
+        if (count < least) Fail("it has to hold at least " + std::to_string(least) + " " + what);
+        if (most > 0 && count > most) Fail("it may hold at most " + std::to_string(most) + " " + what);
+    };
+    check(all, mRule.total.least, mRule.total.most, "in all");
+    for (const DataUtil::ChildRule& child : mRule.children) {
+        check(counts[static_cast<size_t>(child.element)], child.least, child.most,
+              "<" + std::string(DataUtil::FlatSchema().RuleOf(child.element).name) + ">");
+    }
+}
+
+std::vector<Element> Element::Children(std::vector<Finding>& warnings) const
+{
+    std::vector<Element> children;
+    for (const pugi::xml_node child : mNode.children()) {
+        if (child.type() != pugi::node_element) continue;
+        children.emplace_back(mTree, child, *DataUtil::FlatSchema().ChildRuleOf(mRule, child.name()),
+                              warnings);
+    }
+    return children;
+}
+
+bool Element::HoldsAny() const
+{
+    return mNode.find_child([](pugi::xml_node child) { return child.type() == pugi::node_element; });
 }
 
 const Element::Value* Element::Find(std::string_view attribute) const

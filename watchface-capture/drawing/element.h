@@ -1,16 +1,16 @@
-// One element of a document: its attributes checked against the format's tables, and read as what they are.
+// One element of a document: what it holds checked against the format's tables, its attributes read as what
+// they are.
 
 #pragma once
 
 #include <optional>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "attribute-values.h"
 #include "drawing.h"
+#include "flat-schema.h"
 #include "xml-gate.h"
 
 namespace Drawing {
@@ -31,18 +31,27 @@ struct Color {
     double red = 0, green = 0, blue = 0, alpha = 1;
 };
 
-using AttributeRules = std::span<const DataUtil::AttributeRule>;
-
 class Element {
 public:
-    // Throws DocumentError when an attribute is missing or has no good value. Attributes that the rules do
-    // not know are passed over with a warning, so that a later minor addition to the format does not cost the
-    // picture.
-    Element(const DataUtil::XmlTree& tree, pugi::xml_node node, AttributeRules rules,
+    // Throws DocumentError when an attribute is missing or has no good value, and when the element holds what
+    // it may not. Attributes that the rules do not know are passed over with a warning, so that a later minor
+    // addition to the format does not cost the picture.
+    Element(const DataUtil::XmlTree& tree, pugi::xml_node node, const DataUtil::ElementRule& rule,
             std::vector<Finding>& warnings);
+    Element(const DataUtil::XmlTree& tree, pugi::xml_node node, DataUtil::Element kind,
+            std::vector<Finding>& warnings)
+        : Element(tree, node, DataUtil::FlatSchema().RuleOf(kind), warnings)
+    {
+    }
 
+    DataUtil::Element Kind() const { return mRule.element; }
+    const DataUtil::ElementRule& Rule() const { return mRule; }
     pugi::xml_node Node() const { return mNode; }
     bool Has(std::string_view attribute) const { return Find(attribute) != nullptr; }
+
+    // The elements that it holds, in order; texts and comments are passed over.
+    std::vector<Element> Children(std::vector<Finding>& warnings) const;
+    bool HoldsAny() const;
 
     // The value, or the format's default. An attribute without both reads as 0, empty, or nothing.
     double Number(std::string_view attribute) const;
@@ -63,10 +72,13 @@ private:
     };
     const Value* Find(std::string_view attribute) const;
     Finding AtAttribute(std::string_view attribute, std::string text) const;
-    void ReadAttributes(AttributeRules rules, std::vector<Finding>& warnings);
+    void ReadAttributes(std::vector<Finding>& warnings);
+    void CheckChoice() const;
+    void CheckChildren() const;
 
     const DataUtil::XmlTree& mTree;
     pugi::xml_node mNode;
+    const DataUtil::ElementRule& mRule;
     std::vector<Value> mValues;
 };
 

@@ -6,8 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "face-schema.h"
-
 namespace Drawing {
 namespace {
 
@@ -18,20 +16,14 @@ struct Stop {
 
 std::vector<Stop> ReadStops(Painter& painter, const Element& gradient)
 {
-    const auto& rules = DataUtil::RuleOf(DataUtil::Element::kStop).attributes;
     std::vector<Stop> stops;
-    for (const pugi::xml_node node : gradient.Node().children()) {
-        if (node.type() != pugi::node_element) continue;
-        if (std::string_view(node.name()) != "stop") gradient.Fail("a gradient holds only <stop>");
-        const Element stop(painter.tree, node, rules, painter.warnings);
+    for (const Element& stop : gradient.Children(painter.warnings)) {
         const auto color = stop.Paint("color");
         if (!color) stop.Fail("a stop needs a colour");
-        stops.push_back({stop.Number("offset"), *color});
-        if (stops.size() > 1 && stops[stops.size() - 2].offset > stops.back().offset) {
+        if (!stops.empty() && stops.back().offset > stop.Number("offset"))
             stop.Fail("the offsets of stops must not fall");
-        }
+        stops.push_back({stop.Number("offset"), *color});
     }
-    if (stops.size() < 2 || stops.size() > 16) gradient.Fail("a gradient has two to sixteen stops");
     return stops;
 }
 
@@ -116,29 +108,15 @@ void SetLinearPattern(Painter& painter, const Element& gradient, const std::vect
 
 }  // namespace
 
-pugi::xml_node GradientOf(Painter&, const Element& shape)
+bool SetGradientSource(Painter& painter, const Element& gradient, const PixelBox& box)
 {
-    pugi::xml_node gradient;
-    for (const pugi::xml_node node : shape.Node().children()) {
-        if (node.type() != pugi::node_element) continue;
-        const std::string_view name = node.name();
-        const bool closed = shape.Has("fill");
-        if (!closed || gradient || (name != "linear-gradient" && name != "radial-gradient")) {
-            shape.Fail(closed ? "it may hold one gradient and nothing else" : "it may hold nothing");
-        }
-        gradient = node;
-    }
-    return gradient;
-}
-
-bool SetGradientSource(Painter& painter, pugi::xml_node node, const PixelBox& box)
-{
-    const bool linear = std::string_view(node.name()) == "linear-gradient";
-    const auto kind = linear ? DataUtil::Element::kLinearGradient : DataUtil::Element::kRadialGradient;
-    const Element gradient(painter.tree, node, DataUtil::RuleOf(kind).attributes, painter.warnings);
     const std::vector<Stop> stops = ReadStops(painter, gradient);
     if (box.Area() == 0) return false;
-    linear ? SetLinearPattern(painter, gradient, stops) : SetRadialPixels(painter, gradient, stops, box);
+    if (gradient.Kind() == DataUtil::Element::kLinearGradient) {
+        SetLinearPattern(painter, gradient, stops);
+    } else {
+        SetRadialPixels(painter, gradient, stops, box);
+    }
     return true;
 }
 

@@ -69,6 +69,9 @@ constexpr Stroke kStrokes[] = {
     {"shortcut", 2.2, "M 10.6 3.6 L 6.2 3.6 C 4.4 3.6 3.2 4.8 3.2 6.6 L 3.2 17.8 C 3.2 19.6 4.4 20.8 6.2 20.8 L 17.4 20.8 "
                       "C 19.2 20.8 20.4 19.6 20.4 17.8 L 20.4 13.4"},
     {"shortcut", 2.2, "M 15 2.9 L 21.1 2.9 L 21.1 9 M 20.7 3.3 L 12 12"},
+    // A globe: its edge, a meridian on either side of the middle one, and two circles of latitude.
+    {"worldclock", 1.8, "O 12 12 9.6"},
+    {"worldclock", 1.6, "M 12 2.6 C 5.9 7.6 5.9 16.4 12 21.4 M 12 2.6 C 18.1 7.6 18.1 16.4 12 21.4 M 3.4 9 L 20.6 9 M 3.4 15 L 20.6 15"},
 };
 // clang-format on
 

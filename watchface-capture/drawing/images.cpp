@@ -1,120 +1,111 @@
 #include "images.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstring>
-#include <optional>
+
+#include "picture-files.h"
 
 namespace Drawing {
 namespace {
 
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : mFd(fd) {}
-    ~Descriptor() { Reset(-1); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int Get() const { return mFd; }
-    void Reset(int fd)
-    {
-        if (mFd >= 0) close(mFd);
-        mFd = fd;
-    }
-
-private:
-    int mFd;
-};
-
-// The regular file `path` (checked: no empty, "." or ".." parts) below `folder`, without following links.
-std::optional<std::string> ReadBelow(const std::string& folder, std::string_view path, std::string& problem)
+// Where the watch keeps the user's picture, below the trusted folder.
+std::string PathOf(const Element& photo)
 {
-    Descriptor at(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    for (size_t slash; at.Get() >= 0 && (slash = path.find('/')) != std::string_view::npos;
-         path.remove_prefix(slash + 1)) {
-        at.Reset(openat(at.Get(), std::string(path.substr(0, slash)).c_str(),
-                        O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    }
-    if (at.Get() < 0) return std::nullopt;
-    const Descriptor file(
-        openat(at.Get(), std::string(path).c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (file.Get() < 0) return std::nullopt;
-    struct stat info {};
-    if (fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode)) {
-        problem = "is no file";
-        return std::nullopt;
-    }
-    if (info.st_size > static_cast<off_t>(Limits::kLargestImageFile)) {
-        problem = "is larger than 32 MiB";
-        return std::nullopt;
-    }
-    std::string bytes(static_cast<size_t>(info.st_size), '\0');
-    size_t have = 0;
-    for (ssize_t got;
-         have < bytes.size() && (got = read(file.Get(), bytes.data() + have, bytes.size() - have)) > 0;) {
-        have += static_cast<size_t>(got);
-    }
-    bytes.resize(have);
-    return bytes;
+    std::string path = "theme/";
+    path += photo.Is("background", "gallery") ? "GalleryBackgrounds/" : "Backgrounds/";
+    if (photo.Has("prefix")) path.append(photo.Text("prefix")).append("/");
+    return path.append(photo.Text("file"));
 }
 
-cairo_status_t Feed(void* source, unsigned char* target, unsigned length)
+// Reading and decoding, in the budget's unit.
+double WorkOf(const PictureSize& size, const std::string& bytes)
 {
-    auto* left = static_cast<std::string_view*>(source);
-    if (left->size() < length) return CAIRO_STATUS_READ_ERROR;
-    std::memcpy(target, left->data(), length);
-    left->remove_prefix(length);
-    return CAIRO_STATUS_SUCCESS;
+    return 4.0 * size.width * size.height + static_cast<double>(bytes.size());
 }
 
 }  // namespace
 
-ImageSize PngSize(std::string_view bytes)
+double FitOf(const Element& photo, double width, double height)
 {
-    constexpr std::string_view kStart("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
-    if (bytes.size() < 33 || !bytes.starts_with(kStart)) return {};
-    const auto number = [&](size_t at) {
-        uint32_t value = 0;
-        for (size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
-        return value;
-    };
-    const uint32_t width = number(16), height = number(20);
-    const bool good =
-        width >= 1 && height >= 1 && width <= Limits::kLargestSide && height <= Limits::kLargestSide;
-    return good ? ImageSize{static_cast<int>(width), static_cast<int>(height)} : ImageSize{};
+    const double across = photo.Number("width") / width, down = photo.Number("height") / height;
+    return photo.Is("fit", "contain") ? std::min(across, down) : std::max(across, down);
 }
 
-cairo_surface_t* Images::Load(Painter& painter, const Element& image)
+cairo_surface_t* Images::Known(const std::string& key) const
 {
-    const std::string src(image.Text("src"));
-    const auto warn = [&](const std::string& why) -> cairo_surface_t* {
-        painter.warnings.push_back(image.At("the image \"" + src + "\" " + why));
-        return nullptr;
-    };
-    if (const auto known = mDecoded.find(src); known != mDecoded.end()) return known->second.get();
+    const auto known = mDecoded.find(key);
+    return known == mDecoded.end() ? nullptr : known->second.get();
+}
 
-    std::optional<std::string> bytes;
-    std::string problem = "is missing";
-    for (const std::string& folder : painter.settings.assetFolders) {
-        if ((bytes = ReadBelow(folder, src, problem))) break;
-    }
-    if (!bytes) return warn(problem);
-    const ImageSize size = PngSize(*bytes);
-    if (size.width == 0) return warn("is no PNG of at most 4096x4096 pixels");
-    const double area = static_cast<double>(size.width) * size.height;
-    painter.budget.Charge(image, 4 * area + static_cast<double>(bytes->size()));
-
-    if (mKept + 4 * area > kMostKept) {
+cairo_surface_t* Images::Keep(const std::string& key, SurfacePtr surface)
+{
+    const double bytes =
+        4.0 * cairo_image_surface_get_width(surface.get()) * cairo_image_surface_get_height(surface.get());
+    if (mKept + bytes > kMostKept) {
         mDecoded.clear();
         mKept = 0;
     }
-    std::string_view left = *bytes;
-    SurfacePtr surface(cairo_image_surface_create_from_png_stream(Feed, &left));
-    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return warn("is damaged");
-    mKept += 4 * area;
-    return (mDecoded[src] = std::move(surface)).get();
+    mKept += bytes;
+    return (mDecoded[key] = std::move(surface)).get();
+}
+
+cairo_surface_t* Images::Asset(Painter& painter, const Element& element, std::string_view src)
+{
+    const std::string path(src);
+    if (cairo_surface_t* known = Known(path)) return known;
+    const auto warn = [&](const std::string& why) -> cairo_surface_t* {
+        painter.warnings.push_back(element.At("the image \"" + path + "\" " + why));
+        return nullptr;
+    };
+    FileRead file{FileRead::kMissing, {}, "is missing"};
+    for (const std::string& folder : painter.settings.assetFolders) {
+        FileRead here = ReadBelow(folder, path);
+        if (here.outcome != FileRead::kMissing) file = std::move(here);
+        if (file.outcome == FileRead::kRead) break;
+    }
+    if (file.outcome != FileRead::kRead) return warn(file.problem);
+    const PictureSize size = PngSize(file.bytes);
+    if (size.IsNone()) return warn("is no PNG of at most 4096x4096 pixels");
+    painter.budget.Charge(element, WorkOf(size, file.bytes));
+    SurfacePtr surface = DecodePng(file.bytes);
+    return surface ? Keep(path, std::move(surface)) : warn("is damaged");
+}
+
+// Null when there is none that can be drawn; then `problem` says why, unless it is just not there.
+SurfacePtr Images::UsersPicture(Painter& painter, const Element& photo, const std::string& path,
+                                std::string& problem)
+{
+    const FileRead file = ReadBelow(painter.settings.trustedFolder, path);
+    if (file.outcome == FileRead::kRefused) problem = file.problem;
+    if (file.outcome != FileRead::kRead) return nullptr;
+    const PictureSize png = PngSize(file.bytes), size = png.IsNone() ? JpegSize(file.bytes) : png;
+    if (size.IsNone()) {
+        problem = "is no PNG or JPEG of at most 4096x4096 pixels";
+        return nullptr;
+    }
+    painter.budget.Charge(photo, WorkOf(size, file.bytes));
+    const double scale = std::min(1.0, FitOf(photo, size.width, size.height) * painter.scale);
+    SurfacePtr surface = png.IsNone() ? DecodeJpeg(file.bytes, scale) : DecodePng(file.bytes);
+    if (!surface) problem = "is damaged";
+    return surface;
+}
+
+cairo_surface_t* Images::Photo(Painter& painter, const Element& photo)
+{
+    if (photo.Has("file") && !painter.settings.trustedFolder.empty()) {
+        const std::string path = PathOf(photo);
+        // No asset's path begins with a slash, and a photo is decoded for its box.
+        const std::string key = "/" + path + "/" + std::string(photo.Text("fit")) + "/" +
+                                std::string(photo.Text("width")) + "/" + std::string(photo.Text("height"));
+        if (cairo_surface_t* known = Known(key)) return known;
+        std::string problem;
+        if (SurfacePtr surface = UsersPicture(painter, photo, path, problem))
+            return Keep(key, std::move(surface));
+        if (!problem.empty()) {
+            painter.warnings.push_back(photo.At("the photo \"" + std::string(photo.Text("file")) + "\" " +
+                                                problem + "; the default is shown"));
+        }
+    }
+    return Asset(painter, photo, photo.Text("default"));
 }
 
 }  // namespace Drawing

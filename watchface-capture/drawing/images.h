@@ -1,35 +1,42 @@
-// Image assets: PNG files in a face's folder.
+// The pictures that one drawing shows: a face's own assets, and the user's photos.
 
 #pragma once
 
 #include <cairo.h>
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "painter.h"
+#include "picture-reader.h"
 
 namespace Drawing {
 
-// The size that a PNG file's header claims; {0, 0} when the bytes are no PNG or the size is not allowed.
-// Nothing is decoded, so a file that claims to be huge costs nothing.
-struct ImageSize {
-    int width = 0, height = 0;
-};
-ImageSize PngSize(std::string_view bytes);
-
-// The images of one drawing; each is decoded once.
+// Decodes each picture once, as long as they are not too many.
 class Images {
 public:
-    // The picture that `src` names, from the first folder that has it; null, with a warning, when there is
+    // The PNG that `src` names, from the first asset folder that has it; null, with a warning, when there is
     // none that can be drawn. It is good until the next call.
-    cairo_surface_t* Load(Painter& painter, const Element& image);
+    cairo_surface_t* Asset(Painter& painter, const Element& element, std::string_view src);
+    // The user's picture of a `photo` element, else its default; null, with a warning, when neither can be
+    // drawn. A picture that is there but cannot be drawn is warned of as well. It is good until the next
+    // call.
+    cairo_surface_t* Photo(Painter& painter, const Element& photo);
 
 private:
     static constexpr double kMostKept = 64e6;  // bytes of pixels
 
-    std::map<std::string, SurfacePtr, std::less<>> mDecoded;
+    cairo_surface_t* Known(const std::string& key) const;
+    cairo_surface_t* Keep(const std::string& key, SurfacePtr surface);
+    SurfacePtr UsersPicture(Painter& painter, const Element& photo, const std::string& path,
+                            std::string& problem);
+
+    std::map<std::string, SurfacePtr> mDecoded;
     double mKept = 0;
 };
+
+// By how much a picture of this size is scaled in the box of a `photo` element: canvas units a pixel.
+double FitOf(const Element& photo, double width, double height);
 
 }  // namespace Drawing

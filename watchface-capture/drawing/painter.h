@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "dates.h"
 #include "drawing.h"
 #include "element.h"
 #include "releases.h"
 
 namespace Drawing {
 
-class Dates;
 class Fonts;
 class Images;
 class Texts;
@@ -27,11 +27,6 @@ inline double CairoAngle(double degrees)
 {
     return (degrees - 90) * kDegree;
 }
-
-// The local time that is shown, on 2026-10-14.
-struct TimeOfDay {
-    int hour = 0, minute = 0, second = 0;
-};
 
 // The work that a document may ask for, in about pixels.
 class Budget {
@@ -55,17 +50,22 @@ struct Painter {
     Dates& dates;
     Images& images;
     std::vector<Finding>& warnings;
-    TimeOfDay time;
-    double scale;       // pixels a canvas unit
-    int width, height;  // of the surface, pixels
-    int layers = 0;     // open ones
+    Moment watchMoment;  // the preview's time, where the watch is
+    Moment moment;       // as hands and texts by skeleton show it
+    double scale;        // pixels a canvas unit
+    int width, height;   // of the surface, pixels
+    int layers = 0;      // open ones
     Budget budget;
 };
 
 void SetSource(cairo_t* cr, const Color& color);
 
 // Everything that stands in `parent` after its strings.
-void PaintChildren(Painter& painter, pugi::xml_node parent);
+void PaintChildren(Painter& painter, const Element& parent);
+
+// The preview's time in the zone that the element names by `timezone-path`, else by `timezone`; the watch's
+// own, with a warning, when neither is known.
+Moment MomentOf(Painter& painter, const Element& element);
 
 // Shapes, in the current coordinate system. A shape's outline can be traced without painting it.
 void PaintShape(Painter& painter, const Element& shape);
@@ -73,6 +73,7 @@ void TraceShape(cairo_t* cr, const Element& shape);
 void SetStroke(cairo_t* cr, const Element& shape);
 
 void PaintImage(Painter& painter, const Element& image);
+void PaintPhoto(Painter& painter, const Element& photo);
 void PaintLayer(Painter& painter, const Element& layer);
 void PaintText(Painter& painter, const Element& text);
 void PaintTicks(Painter& painter, const Element& ticks);

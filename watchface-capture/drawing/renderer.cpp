@@ -4,7 +4,6 @@
 
 #include "dates.h"
 #include "drawing.h"
-#include "face-schema.h"
 #include "fonts.h"
 #include "images.h"
 #include "painter.h"
@@ -12,6 +11,8 @@
 
 namespace Drawing {
 namespace {
+
+constexpr int kFormat = 1;
 
 TimeOfDay ParseTime(std::string_view text)  // checked: HH:MM:SS
 {
@@ -31,13 +32,16 @@ std::unique_ptr<DataUtil::XmlTree> ReadTree(std::string_view text)
 
 Element ReadRoot(const DataUtil::XmlTree& tree, std::vector<Finding>& warnings)
 {
-    const auto& rules = DataUtil::RuleOf(DataUtil::Element::kFace).attributes;
-    if (std::string_view(tree.Root().name()) != "watchface") {
-        Element(tree, tree.Root(), {}, warnings).Fail("the root of a flat document is \"watchface\"");
-    }
-    Element root(tree, tree.Root(), rules, warnings);
-    if (root.Integer("format") != 1) root.Fail("the format has to be 1");
-    return root;
+    const DataUtil::ElementRule& rule = DataUtil::FlatSchema().Root();
+    const std::string name = tree.Root().name();
+    const auto fail = [&](const std::string& text) {
+        const DataUtil::Place place = tree.PlaceOf(tree.Root(), "");
+        throw DocumentError({place.line, place.column, "<" + name + ">: " + text});
+    };
+    if (name != rule.name) fail("the root of a flat document is \"watchface\"");
+    // Before anything else: a later format may have other rules.
+    if (tree.Root().attribute("format").as_int(kFormat) != kFormat) fail("the format has to be 1");
+    return {tree, tree.Root(), rule, warnings};
 }
 
 // Nothing is painted outside a round canvas. Only its corners are touched.
@@ -80,25 +84,14 @@ public:
         const ContextPtr cr(cairo_create(picture.get()));
         cairo_scale(cr.get(), scale, scale);
         Images images;
-        Painter painter{cr.get(),
-                        *tree,
-                        settings,
-                        texts,
-                        mFonts,
-                        mDates,
-                        images,
-                        warnings,
-                        ParseTime(root.Text("preview-time")),
-                        scale,
-                        pixels(width),
-                        pixels(height),
-                        0,
-                        {}};
+        const Moment moment = mDates.At(settings.timezone, ParseTime(root.Text("preview-time")));
+        Painter painter{cr.get(), *tree,  settings, texts,         mFonts,         mDates, images, warnings,
+                        moment,   moment, scale,    pixels(width), pixels(height), 0,      {}};
         if (const auto background = root.Paint("background")) {
             SetSource(cr.get(), *background);
             cairo_paint(cr.get());
         }
-        PaintChildren(painter, tree->Root());
+        PaintChildren(painter, root);
         if (root.Is("shape", "round")) CutShape(cr.get(), width, height);
         cairo_surface_flush(picture.get());
         for (const cairo_status_t status : {cairo_status(cr.get()), cairo_surface_status(picture.get())}) {

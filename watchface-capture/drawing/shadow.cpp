@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "gradients.h"
+#include "pixel-box.h"
 
 namespace Drawing {
 namespace {
@@ -15,8 +15,7 @@ constexpr int kPasses = 3;            // box filters one after the other come cl
 
 bool IsFilled(const Element& part)
 {
-    const pugi::xml_node child = part.Node().first_child();
-    return part.Paint("fill") || (part.Has("fill") && child);
+    return part.Paint("fill") || part.HoldsAny();
 }
 
 // How far a box reaches to either side of its pixel.

@@ -1,4 +1,4 @@
-// Shapes: outlines, fills (plain or with a gradient) and strokes; images and layers.
+// Shapes: outlines, fills (plain or with a gradient) and strokes.
 
 #include <algorithm>
 #include <array>
@@ -6,9 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "face-schema.h"
 #include "gradients.h"
-#include "images.h"
 #include "painter.h"
 
 namespace Drawing {
@@ -88,43 +86,26 @@ void TraceBar(cairo_t* cr, const Element& e)
 }
 
 struct Outline {
-    std::string_view name;
+    DataUtil::Element element;
     void (*trace)(cairo_t*, const Element&);
 };
 
 constexpr Outline kOutlines[] = {
-    {"rect",    TraceRect   },
-    {"circle",  TraceCircle },
-    {"polygon", TracePolygon},
-    {"line",    TraceLine   },
-    {"arc",     TraceArc    },
-    {"bar",     TraceBar    },
+    {DataUtil::Element::kRect,    TraceRect   },
+    {DataUtil::Element::kCircle,  TraceCircle },
+    {DataUtil::Element::kPolygon, TracePolygon},
+    {DataUtil::Element::kLine,    TraceLine   },
+    {DataUtil::Element::kArc,     TraceArc    },
+    {DataUtil::Element::kBar,     TraceBar    },
 };
 
-// The pixels of the surface that the current path may touch when it is widened by `margin`.
-PixelBox PixelsOfPath(Painter& painter, double margin)
+void Fill(Painter& painter, const Element& shape)
 {
-    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
-    cairo_save(painter.cr);
-    cairo_identity_matrix(painter.cr);
-    cairo_path_extents(painter.cr, &x1, &y1, &x2, &y2);
-    cairo_restore(painter.cr);
-    const auto clamp = [](double value, int most) {
-        return static_cast<int>(std::clamp<double>(value, 0, most));
-    };
-    margin = margin * painter.scale + 1;
-    const PixelBox box{
-        clamp(std::floor(x1 - margin), painter.width), clamp(std::floor(y1 - margin), painter.height),
-        clamp(std::ceil(x2 + margin), painter.width), clamp(std::ceil(y2 + margin), painter.height)};
-    return box;
-}
-
-void Fill(Painter& painter, const Element& shape, pugi::xml_node gradient)
-{
-    if (gradient) {
+    const std::vector<Element> gradient = shape.Children(painter.warnings);
+    if (!gradient.empty()) {
         const PixelBox box = PixelsOfPath(painter, 0);
         painter.budget.Charge(shape, 2 * box.Area());
-        if (!SetGradientSource(painter, gradient, box)) return;
+        if (!SetGradientSource(painter, gradient.front(), box)) return;
     } else if (const auto fill = shape.Paint("fill")) {
         SetSource(painter.cr, *fill);
     } else {
@@ -135,11 +116,26 @@ void Fill(Painter& painter, const Element& shape, pugi::xml_node gradient)
 
 }  // namespace
 
+PixelBox PixelsOfPath(const Painter& painter, double margin)
+{
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    cairo_save(painter.cr);
+    cairo_identity_matrix(painter.cr);
+    cairo_path_extents(painter.cr, &x1, &y1, &x2, &y2);
+    cairo_restore(painter.cr);
+    const auto clamp = [](double value, int most) {
+        return static_cast<int>(std::clamp<double>(value, 0, most));
+    };
+    margin = margin * painter.scale + 1;
+    return {clamp(std::floor(x1 - margin), painter.width), clamp(std::floor(y1 - margin), painter.height),
+            clamp(std::ceil(x2 + margin), painter.width), clamp(std::ceil(y2 + margin), painter.height)};
+}
+
 void TraceShape(cairo_t* cr, const Element& shape)
 {
     cairo_new_path(cr);
     for (const Outline& outline : kOutlines) {
-        if (outline.name == shape.Node().name()) outline.trace(cr, shape);
+        if (outline.element == shape.Kind()) outline.trace(cr, shape);
     }
 }
 
@@ -159,51 +155,13 @@ void PaintShape(Painter& painter, const Element& shape)
     const double edges = 1 + static_cast<double>(std::count(points.begin(), points.end(), ',')) / 8;
     const double margin = stroke ? shape.Number("stroke-width") : 0;
     painter.budget.Charge(shape, 256 + edges * PixelsOfPath(painter, margin).Area());
-    Fill(painter, shape, GradientOf(painter, shape));
+    Fill(painter, shape);
     if (stroke) {
         SetSource(painter.cr, *stroke);
         SetStroke(painter.cr, shape);
         cairo_stroke(painter.cr);
     }
     cairo_new_path(painter.cr);
-}
-
-void PaintImage(Painter& painter, const Element& image)
-{
-    const double x = image.Number("x"), y = image.Number("y");
-    const double w = image.Number("width"), h = image.Number("height");
-    if (w <= 0 || h <= 0) return;
-    cairo_rectangle(painter.cr, x, y, w, h);
-    painter.budget.Charge(image, 256 + 8 * PixelsOfPath(painter, 0).Area());
-    cairo_surface_t* pixels = painter.images.Load(painter, image);
-    if (!pixels) return;
-    cairo_save(painter.cr);
-    cairo_clip(painter.cr);
-    cairo_translate(painter.cr, x, y);
-    cairo_scale(painter.cr, w / cairo_image_surface_get_width(pixels),
-                h / cairo_image_surface_get_height(pixels));
-    cairo_set_source_surface(painter.cr, pixels, 0, 0);
-    // The edge's pixels continue outwards, so that stretching does not fade the border.
-    cairo_pattern_set_extend(cairo_get_source(painter.cr), CAIRO_EXTEND_PAD);
-    cairo_pattern_set_filter(cairo_get_source(painter.cr), CAIRO_FILTER_GOOD);
-    cairo_paint_with_alpha(painter.cr, image.Number("opacity"));
-    cairo_restore(painter.cr);
-}
-
-void PaintLayer(Painter& painter, const Element& layer)
-{
-    const double opacity = layer.Number("opacity");
-    if (++painter.layers > Limits::kLayerDepth) layer.Fail("layers are nested too deeply");
-    if (opacity >= 1) {
-        PaintChildren(painter, layer.Node());
-    } else {
-        painter.budget.Charge(layer, 3.0 * painter.width * painter.height);
-        cairo_push_group(painter.cr);
-        PaintChildren(painter, layer.Node());
-        cairo_pop_group_to_source(painter.cr);
-        cairo_paint_with_alpha(painter.cr, opacity);
-    }
-    --painter.layers;
 }
 
 }  // namespace Drawing

@@ -13,6 +13,25 @@ namespace {
 // About what shaping and painting a line costs, in the budget's unit.
 constexpr double kLineWork = 20000, kByteWork = 1500;
 
+// A text and the language that it is in.
+struct Content {
+    std::string text, language;
+};
+
+Content ContentOf(Painter& painter, const Element& e)
+{
+    const std::string& language = painter.settings.language;
+    if (e.Has("text")) return {std::string(e.Text("text")), language};
+    if (e.Has("skeleton")) {
+        std::string text = painter.dates.Format(e.Text("skeleton"), painter.settings, painter.moment);
+        if (text.empty()) painter.warnings.push_back(e.At("the skeleton gives no text"));
+        return {std::move(text), language};
+    }
+    const Texts::Text found = painter.texts.Find(e.Text("text-key"), language);
+    if (!found.text.data()) e.Fail("no language has the text \"" + std::string(e.Text("text-key")) + "\"");
+    return {std::string(found.text), std::string(found.language)};
+}
+
 }  // namespace
 
 void ShowLine(Painter& painter, const Element& element, const LinePlace& place, std::string_view text,
@@ -34,27 +53,15 @@ void ShowLine(Painter& painter, const Element& element, const LinePlace& place, 
 
 void PaintText(Painter& painter, const Element& e)
 {
-    if (e.Has("text-key") == e.Has("skeleton"))
-        e.Fail("exactly one of \"text-key\" and \"skeleton\" has to be given");
-    std::string text, language = painter.settings.language;
-    if (e.Has("skeleton")) {
-        text = painter.dates.Format(e.Text("skeleton"), painter.settings, painter.time);
-        if (text.empty()) painter.warnings.push_back(e.At("the skeleton gives no text"));
-    } else {
-        const Texts::Text found = painter.texts.Find(e.Text("text-key"), language);
-        if (!found.text.data())
-            e.Fail("no language has the text \"" + std::string(e.Text("text-key")) + "\"");
-        text = found.text;
-        language = found.language;
-    }
-    if (e.Is("case", "upper")) text = ToUpper(text, language);
+    Content content = ContentOf(painter, e);
+    if (e.Is("case", "upper")) content.text = ToUpper(content.text, content.language);
     const auto color = e.Paint("color");
     if (!color) return;
     SetSource(painter.cr, *color);
     const double anchor = e.Is("align", "left") ? 0 : e.Is("align", "right") ? 1 : 0.5;
     ShowLine(painter, e,
-             {e.Number("x"), e.Number("y"), anchor, e.Is("valign", "middle"), e.Number("max-width")}, text,
-             StyleOf(e, 0, language));
+             {e.Number("x"), e.Number("y"), anchor, e.Is("valign", "middle"), e.Number("max-width")},
+             content.text, StyleOf(e, 0, content.language));
 }
 
 void PaintNumerals(Painter& painter, const Element& e)

@@ -1,7 +1,5 @@
 #include "texts.h"
 
-#include "face-schema.h"
-
 namespace Drawing {
 
 std::string LanguageTag(std::string_view language)
@@ -17,17 +15,12 @@ std::string LanguageTag(std::string_view language)
 Texts::Texts(const DataUtil::XmlTree& tree, std::string_view defaultLanguage, std::vector<Finding>& warnings)
     : mDefault(LanguageTag(defaultLanguage))
 {
-    const auto& languageRules = DataUtil::RuleOf(DataUtil::Element::kStrings).attributes;
-    const auto& keyRules = DataUtil::RuleOf(DataUtil::Element::kString).attributes;
     for (const pugi::xml_node node : tree.Root().children("strings")) {
-        const Element strings(tree, node, languageRules, warnings);
+        const Element strings(tree, node, DataUtil::Element::kStrings, warnings);
         Keys& keys = mLanguages[LanguageTag(strings.Text("language"))];
-        for (const pugi::xml_node child : node.children()) {
-            if (child.type() != pugi::node_element) continue;
-            if (std::string_view(child.name()) != "string") strings.Fail("it holds only <string>");
-            const Element entry(tree, child, keyRules, warnings);
+        for (const Element& entry : strings.Children(warnings)) {
             std::string text;
-            for (const pugi::xml_node part : child.children()) text += part.value();
+            for (const pugi::xml_node part : entry.Node().children()) text += part.value();
             if (text.size() > Limits::kTextBytes) entry.Fail("the text is longer than 512 bytes");
             keys.emplace(entry.Text("key"), std::move(text));
         }

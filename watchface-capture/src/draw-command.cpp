@@ -90,6 +90,7 @@ int RunDrawCommand(int argc, char** argv)
     app.add_option("--size", settings.size, "Pixels of the longer side; the canvas' own by default")
         ->check(CLI::Range(1, Drawing::Limits::kLargestSide));
     app.add_option("--faces", faces, "Folder of faces where assets are looked up too");
+    app.add_option("--trusted", settings.trustedFolder, "Folder of the user's pictures (theme/… below it)");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -22,15 +22,22 @@ bool IsFolderName(const std::string& name)
            name.find('/') == std::string::npos;
 }
 
-// The folder of the face in one area, with "/" at its end; empty when the platform gives no area.
-std::string FolderOf(int (*area)(const char*, char**), const std::string& name)
+// The folder of one area, with "/" at its end; empty when the platform gives none.
+std::string AreaOf(int (*area)(const char*, char**))
 {
     char* path = nullptr;
     if (area(kFacesId, &path) != 0 || !path) return {};
     std::string folder = path;
     std::free(path);
     if (!folder.ends_with('/')) folder += '/';
-    return folder + "watchlist/" + name + "/";
+    return folder;
+}
+
+// The folder of the face in one area; empty when the platform gives no area.
+std::string FolderOf(int (*area)(const char*, char**), const std::string& name)
+{
+    const std::string folder = AreaOf(area);
+    return folder.empty() ? folder : folder + "watchlist/" + name + "/";
 }
 
 Drawing::Settings WatchSettings()
@@ -39,6 +46,7 @@ Drawing::Settings WatchSettings()
     settings.language = CommonUtilSystemSettings::GetLanguage();
     settings.hours24 = CommonUtilSystemSettings::Get24HourMode();
     settings.timezone = CommonUtilSystemSettings::GetTimezonePath();
+    settings.trustedFolder = AreaOf(app_manager_get_shared_trusted_path);
     return settings;
 }
 

@@ -237,6 +237,21 @@ TEST_F(ACaptureApplication, finds_assets_in_its_own_folder_and_then_in_the_insta
     EXPECT_THAT(Logs(), IsEmpty());
 }
 
+TEST_F(ACaptureApplication, finds_the_users_pictures_in_the_trusted_folder)
+{
+    const std::string photo =
+        R"(<photo background="theme" file="a.png" default="gone.png" x="0" y="0" width="9" height="9"/>)";
+    Install(kFace, Document("#000000", photo));
+    Ask(kFace);
+    platform.RunUntilIdle();
+    EXPECT_THAT(Logs(), ElementsAre(HasSubstr("\"gone.png\" is missing")));
+    platform.Forget();
+    platform.WriteFile(platform.Trusted("theme/Backgrounds/a.png"), PreviewOf(kFace));
+    Ask(kFace);
+    platform.RunUntilIdle();
+    EXPECT_THAT(Logs(), IsEmpty());
+}
+
 TEST_F(ACaptureApplication, leaves_after_ten_seconds_without_work)
 {
     platform.Advance(9.9);

@@ -141,4 +141,4 @@ TEST_P(AnIcon, fills_its_place_well)
 INSTANTIATE_TEST_SUITE_P(Drawing, AnIcon,
                          testing::Values("battery", "pedometer", "heartrate", "water", "caffeine", "weather",
                                          "calendar", "alarm", "d-day", "notification", "shortcut",
-                                         "moonphase"));
+                                         "moonphase", "worldclock"));

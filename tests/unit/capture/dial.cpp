@@ -112,7 +112,9 @@ INSTANTIATE_TEST_SUITE_P(
     Drawing, AHand,
     testing::Values(HandCase{"hour", "03:00:00", 90}, HandCase{"hour", "22:08:36", 304.3},
                     HandCase{"hour", "01:30:00", 45}, HandCase{"minute", "10:08:36", 51.6},
-                    HandCase{"minute", "00:52:30", 315}, HandCase{"second", "10:08:22", 132}));
+                    HandCase{"minute", "00:52:30", 315}, HandCase{"second", "10:08:22", 132},
+                    HandCase{"hour24", "03:00:00", 45}, HandCase{"hour24", "15:00:00", 225},
+                    HandCase{"hour24", "21:30:00", 322.5}));
 
 TEST_F(ADrawing, begins_an_inlay_away_from_the_pivot)
 {

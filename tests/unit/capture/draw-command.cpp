@@ -116,6 +116,21 @@ TEST_F(ADrawCommand, finds_assets_beside_the_document_and_among_the_faces)
     EXPECT_THAT(said, HasSubstr("watchface.xml:5:1: warning: <image>: the image \"a.png\" is missing"));
 }
 
+TEST_F(ADrawCommand, takes_the_folder_of_the_users_pictures)
+{
+    Draw();
+    std::filesystem::create_directories(folder + "/trusted/theme/Backgrounds");
+    std::filesystem::rename(folder + "/out.png", folder + "/trusted/theme/Backgrounds/a.png");
+    Write(
+        "watchface.xml",
+        std::string(kDocument) +
+            R"(<photo background="theme" file="a.png" default="gone.png" x="0" y="0" width="9" height="9"/></watchface>)");
+    EXPECT_EQ(Draw({"--trusted", folder + "/trusted"}), 0);
+    EXPECT_EQ(said, "");
+    EXPECT_EQ(Draw(), 0);
+    EXPECT_THAT(said, HasSubstr("\"gone.png\" is missing"));
+}
+
 TEST_F(ADrawCommand, says_in_one_line_where_a_document_breaks)
 {
     Write("watchface.xml", std::string(kDocument) + "<circle/></watchface>");

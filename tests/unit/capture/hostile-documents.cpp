@@ -51,7 +51,7 @@ TEST_F(AHostileDocument, may_not_be_larger_than_its_limit)
 TEST_F(AHostileDocument, may_not_be_nested_too_deeply)
 {
     EXPECT_THAT(ErrorOf(Times(100, "<layer>") + Times(100, "</layer>")), HasSubstr("deeper"));
-    EXPECT_THAT(ErrorOf(Times(10, "<layer>") + Times(10, "</layer>")),
+    EXPECT_THAT(ErrorOf(Times(10, R"(<layer opacity="1">)") + Times(10, "</layer>")),
                 HasSubstr("layers are nested too deeply"));
 }
 
@@ -72,6 +72,20 @@ TEST_F(AHostileDocument, of_a_later_format_is_refused)
         ErrorOfText(R"(<watchface format="2" id="a" version="1" width="100" height="100" shape="square"
                                default-language="en" preview-time="10:08:36" title-key="t"/>)"),
         HasSubstr("format"));
+}
+
+TEST_F(AHostileDocument, holds_elements_only_where_they_belong)
+{
+    EXPECT_THAT(ErrorOf(R"(<stop offset="0" color="#FFFFFF"/>)"),
+                HasSubstr("<stop>: no such element can stand here"));
+    EXPECT_THAT(ErrorOf(R"(<hand kind="hour" cx="5" cy="5"/>)"),
+                HasSubstr("<hand>: it has to hold at least 1"));
+    EXPECT_THAT(ErrorOf(R"(<hand kind="hour" cx="5" cy="5"><arc/></hand>)"),
+                HasSubstr("<arc>: no such element"));
+    EXPECT_THAT(ErrorOf(R"(<layer opacity="1"><strings language="de"/></layer>)"),
+                HasSubstr("<strings>: no such element"));
+    strings.clear();
+    EXPECT_THAT(ErrorOf(""), HasSubstr("<watchface>: it has to hold at least 1 <strings>"));
 }
 
 TEST_F(AHostileDocument, cannot_ask_for_a_huge_canvas)
@@ -154,7 +168,7 @@ TEST_F(AHostileDocument, can_be_degenerate)
             <arc cx="5" cy="5" r="0" start="0" sweep="0" stroke="#FFFFFF"/>
             <circle cx="50" cy="50" r="10"><radial-gradient cx="50" cy="50" r="0"><stop offset="0" color="#000000"/>
               <stop offset="0" color="#FF0000"/></radial-gradient></circle>
-            <hand kind="hour" cx="5" cy="5" shadow="#FFFFFF" shadow-blur="32"/>
+            <hand kind="hour" cx="5" cy="5" shadow="#FFFFFF" shadow-blur="32"><bar length="0" width="0" fill="#FFFFFF"/></hand>
             <ticks cx="5" cy="5" r="0" count="1" shape="dot" width="0" color="#FFFFFF"/>
             <image src="none.png" x="0" y="0" width="0" height="10"/>
             <complication name="a" group="g" source="battery" role="gauge" x="0" y="0" width="0" height="0" color="#FFFFFF" size="4"/>)");
@@ -166,9 +180,9 @@ TEST_F(AHostileDocument, cannot_fill_a_shape_twice)
     const std::string gradient =
         R"(<linear-gradient x1="0" y1="0" x2="1" y2="0"><stop offset="0" color="#000000"/><stop offset="1" color="#FFFFFF"/></linear-gradient>)";
     EXPECT_THAT(ErrorOf(R"(<circle cx="1" cy="1" r="1">)" + gradient + gradient + "</circle>"),
-                HasSubstr("one gradient"));
+                HasSubstr("<circle>: it may hold at most 1 in all"));
     EXPECT_THAT(ErrorOf(R"(<line x1="1" y1="1" x2="1" y2="2" stroke="#FFFFFF">)" + gradient + "</line>"),
-                HasSubstr("hold nothing"));
+                HasSubstr("<linear-gradient>: no such element can stand here"));
 }
 
 TEST_F(AHostileDocument, cannot_let_offsets_fall)

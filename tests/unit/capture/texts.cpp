@@ -58,9 +58,11 @@ TEST_F(AText, without_a_text_is_an_error_with_its_key)
                 HasSubstr("\"nowhere\""));
 }
 
-TEST_F(AText, is_either_a_key_or_a_skeleton)
+TEST_F(AText, is_a_key_or_a_skeleton_or_a_literal)
 {
     EXPECT_THAT(ErrorOf(R"(<text text-key="t" skeleton="d" x="1" y="1" size="20" color="#FFFFFF"/>)"),
+                HasSubstr("exactly one"));
+    EXPECT_THAT(ErrorOf(R"(<text text-key="t" text="T" x="1" y="1" size="20" color="#FFFFFF"/>)"),
                 HasSubstr("exactly one"));
     EXPECT_THAT(ErrorOf(R"(<text x="1" y="1" size="20" color="#FFFFFF"/>)"), HasSubstr("exactly one"));
 }
