@@ -154,8 +154,6 @@ Platform::Platform() : mState(std::make_unique<State>())
     ::Platform::SetAreas({mState->root, mState->resources});
     mState->settings = {"en_GB", "en_GB", "Europe/London", true};
     mState->data = DefaultData();
-    mState->dateFormat = [](const std::string& skeleton, const std::string&, const std::string&, bool,
-                            int64_t instant) { return skeleton + "@" + std::to_string(instant); };
     gCurrent = mState.get();
 }
 
@@ -365,10 +363,9 @@ DataLibrary& Platform::Data()
     return mState->data;
 }
 
-std::function<std::string(const std::string&, const std::string&, const std::string&, bool, int64_t)>&
-Platform::DateFormat()
+void Platform::ScriptDates(const std::function<std::string(int64_t instant)>& format)
 {
-    return mState->dateFormat;
+    mState->dates = format;
 }
 
 std::vector<SurveyRecord> Platform::Survey() const

@@ -216,7 +216,8 @@ public:
     //   app_control_create | app_control_clone | app_control_set_app_id APP | app_control_destroy
     //   launch APP {...} | launch reply 0 {...}
     //   path resource APP | path data APP | path trusted APP
-    //   data_util_... ARGUMENTS | format SKELETON TIMEZONE LANGUAGE BEST INSTANT
+    //   data_util_... ARGUMENTS
+    //   formatter [SKELETON] [TIMEZONE] [LANGUAGE] BEST | format INSTANT | formatter released
     //   survey status APP NAME VALUE EXTRA | survey feature ...
     //   event add N | event remove N | service_app_main | service_app_exit
     Strings Calls(const Strings& prefixes = {}, Where where = kAnyThread) const;
@@ -247,7 +248,7 @@ public:
     //   FileOutputStream CommonUtilVConf::Get CommonUtilVConf::Set CommonUtilPref::Get CommonUtilPref::Set
     //   SendTrustedMessage SendMessage CheckTrustedRemotePort
     //   data_util_... (each by its own name; null or 0) service_app_add_event_handler
-    //   cairo_image_surface_create_from_png
+    //   cairo_image_surface_create_from_png CommonUtilI18NDateFormatter::Format
     // A failed app_control_destroy releases the handle all the same. An unknown name throws.
     void Fail(const std::string& function, Failure failure = {});
     int Uses(const std::string& function) const;  // so far, failed ones included
@@ -322,10 +323,8 @@ public:
     void ScriptMain(MainScript script);
     void RaiseEvent(app_event_type_e type);  // runs the handlers at once
     DataLibrary& Data();
-    // The text of a date; the default is "SKELETON@INSTANT".
-    std::function<std::string(const std::string& skeleton, const std::string& timezone,
-                              const std::string& language, bool bestPattern, int64_t instant)>&
-    DateFormat();
+    // What dates read from here on; until then they read as on the watch.
+    void ScriptDates(const std::function<std::string(int64_t instant)>& format);
     std::vector<SurveyRecord> Survey() const;
 
 private:

@@ -83,8 +83,7 @@ struct State {
     std::vector<app_event_handler_h> eventHandlers;
 
     DataLibrary data;
-    std::function<std::string(const std::string&, const std::string&, const std::string&, bool, int64_t)>
-        dateFormat;
+    std::function<std::string(int64_t)> dates;  // none: the product's
     std::vector<SurveyRecord> survey;
 };
 

@@ -17,6 +17,7 @@ const std::set<std::string>& Functions()
         "CheckTrustedRemotePort",
         "CommonUtilFile::Copy",
         "CommonUtilFile::Exists",
+        "CommonUtilI18NDateFormatter::Format",
         "CommonUtilPref::Get",
         "CommonUtilPref::Set",
         "CommonUtilVConf::Get",

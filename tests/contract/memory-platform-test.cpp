@@ -331,12 +331,22 @@ TEST_F(TheMemoryPlatform, stands_in_for_the_data_library)
 
 TEST_F(TheMemoryPlatform, records_dates_and_usage)
 {
-    CommonUtilI18NDateFormatter formatter("yMd", "Asia/Seoul", "ko_KR", true);
-    EXPECT_EQ(formatter.Format(1000, kCommonUtilI18NTimestampMilliseconds), "yMd@1000");
+    EXPECT_EQ(CommonUtilI18NDateFormatter("yMd", "Asia/Seoul", "ko_KR", true)
+                  .Format(1000, kCommonUtilI18NTimestampMilliseconds),
+              "1970. 1. 1.");
     CommonUtilLogManager::SendFeatureSurveyInfo("app", "WF001", "value", "");
     EXPECT_THAT(platform.Survey(), ElementsAre(SurveyRecord{true, "app", "WF001", "value", ""}));
-    EXPECT_THAT(platform.Calls(),
-                ElementsAre("format yMd Asia/Seoul ko_KR true 1000", "survey feature app WF001 value "));
+    EXPECT_THAT(platform.Calls(), ElementsAre("formatter [yMd] [Asia/Seoul] [ko_KR] true", "format 1000",
+                                              "formatter released", "survey feature app WF001 value "));
+}
+
+TEST_F(TheMemoryPlatform, scripts_dates_and_makes_them_fail)
+{
+    CommonUtilI18NDateFormatter formatter("yMd", "Asia/Seoul", "ko_KR", true);
+    platform.ScriptDates([](int64_t instant) { return "at " + std::to_string(instant); });
+    platform.Fail("CommonUtilI18NDateFormatter::Format");
+    EXPECT_EQ(formatter.Format(1000, kCommonUtilI18NTimestampMilliseconds), "");
+    EXPECT_EQ(formatter.Format(1000, kCommonUtilI18NTimestampMilliseconds), "at 1000");
 }
 
 TEST(TwoMemoryPlatforms, use_the_same_folder_and_each_finds_it_empty)
