@@ -395,7 +395,8 @@ std::optional<std::string> CanonicalValue(const AttributeRule& rule, std::string
             return Points(raw, problem);
         case ValueKind::kLabels:
             return Joined(
-                raw, 60, [](std::string_view part) { return part.size() <= kLongestLabel; },
+                raw, 60,
+                [](std::string_view part) { return part.size() <= kLongestLabel && CountCharacters(part); },
                 "1 to 60 labels of at most 32 bytes, separated by spaces", problem);
         case ValueKind::kIndices:
             return Joined(raw, 360, IsIndex, "indices of marks, separated by spaces", problem);

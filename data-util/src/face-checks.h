@@ -57,13 +57,10 @@ std::vector<std::string_view> NamesOf(const std::vector<Item>& items, const std:
     return names;
 }
 
-// Texts: every key used exists in the default language; translations have the same keys.
-void CheckTexts(const FaceDocument& document, Findings& findings);
-
 // Conditions: what they name exists, they depend on each other without a circle, every option matters.
 void CheckConditions(const FaceDocument& document, Findings& findings);
 
-// The drawing: colours, gradients, texts, ticks, sources.
+// The drawing, and whatever one element alone can have wrong: colours, gradients, ticks, sources.
 void CheckScene(const FaceDocument& document, Findings& findings);
 
 }  // namespace DataUtil

@@ -18,7 +18,7 @@ ParseResult ParseFace(std::string_view resultXml)
         FillDocument(document, findings);
         if (const Node* selection = document.root.Child(Element::kSelection))
             FillSelection(*selection, document, findings);
-        CheckTexts(document, findings);
+        CheckTexts(document.root, document.texts, UnusedTexts::kReported, findings);
         CheckConditions(document, findings);
         CheckScene(document, findings);
     }

@@ -21,6 +21,7 @@
 #include "face-node.h"
 #include "finding.h"
 #include "selection.h"
+#include "text-checks.h"
 
 namespace DataUtil {
 
@@ -88,7 +89,7 @@ struct FaceDocument {
     std::string titleKey;
     std::string defaultLanguage;
     std::string complicationUsage;  // the survey feature of the complications, or empty
-    std::map<std::string, std::map<std::string, std::string>> texts;  // language -> key -> text
+    Texts texts;
     // All in document order.
     std::vector<Group> groups;
     std::vector<Photos> photos;

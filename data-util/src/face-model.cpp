@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "element-checks.h"
 #include "face-checks.h"
 #include "nearest-name.h"
 
@@ -24,8 +25,8 @@ public:
         mDocument.titleKey = root.Get("title-key");
         mDocument.defaultLanguage = root.Get("default-language");
         mDocument.complicationUsage = root.Get("complication-usage");
+        mDocument.texts = ReadTexts(root, mFindings);
         for (const Node& child : root.children) {
-            if (child.Is(Element::kStrings)) AddStrings(child);
             if (child.Is(Element::kOptions)) AddOptions(child);
             if (child.Is(Element::kScene)) AddSlots(child, {});
         }
@@ -38,33 +39,9 @@ public:
     }
 
 private:
-    // True for an id that is new among `known`.
     bool IsNew(std::set<std::string>& known, const Node& node, const char* attribute, const char* what)
     {
-        const std::string& id = node.Get(attribute);
-        if (id.empty()) return false;
-        if (known.insert(id).second) return true;
-        mFindings.Add("E-ID-DUPLICATE", node.Where(attribute),
-                      std::string("there is already a ") + what + " " + Quoted(id) + "; choose another name");
-        return false;
-    }
-
-    void AddStrings(const Node& node)
-    {
-        std::string language = node.Get("language");
-        std::transform(language.begin(), language.end(), language.begin(),
-                       [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-        if (!language.empty() && !mLanguages.insert(language).second) {
-            mFindings.Add("E-ID-DUPLICATE", node.Where("language"),
-                          "the texts of " + Quoted(node.Get("language")) +
-                              " are already there; put all into one element");
-        }
-        std::set<std::string> keys;
-        auto& texts = mDocument.texts[node.Get("language")];
-        for (const Node& string : node.children) {
-            if (IsNew(keys, string, "key", "text with the key"))
-                texts.emplace(string.Get("key"), string.text);
-        }
+        return TakeId(known, node, attribute, what, mFindings);
     }
 
     void AddOptions(const Node& options)
@@ -287,7 +264,6 @@ private:
     FaceDocument& mDocument;
     Findings& mFindings;
     std::set<std::string> mIds;
-    std::set<std::string> mLanguages;
     std::set<std::string> mRoles;
     std::size_t mUsages = 0;
 };

@@ -93,7 +93,7 @@ private:
                 ReadElement(child, node);
             }
         }
-        if (node.rule->Is(kHasText) && node.text.empty()) {
+        if (node.rule->Is(kHasText) && node.text.find_first_not_of(" \t\r\n") == std::string::npos) {
             mFindings.Add("E-TEXT", node.Where(), "\"" + std::string(node.rule->name) + "\" needs a text");
         }
         CheckCounts(node);

@@ -1,17 +1,15 @@
+// The drawing of a result XML, and with it everything that one element alone can have wrong.
+
 #include <algorithm>
 #include <set>
 
+#include "element-checks.h"
 #include "face-checks.h"
 #include "nearest-name.h"
 
 namespace DataUtil {
 
 namespace {
-
-int Thousandths(std::string_view canonical)
-{
-    return ParseThousandths(canonical).value_or(0);
-}
 
 class SceneChecks {
 public:
@@ -28,37 +26,20 @@ public:
 
     void Run()
     {
-        for (const Node& child : mDocument.root.children) {
-            if (child.Is(Element::kScene)) CheckChildren(child);
-        }
+        Check(mDocument.root);
         CheckUnusedRoles();
+        CheckUnusedPhotos();
     }
 
 private:
-    void CheckChildren(const Node& parent)
+    void Check(const Node& node)
     {
-        for (const Node& node : parent.children) {
-            if (mFindings.IsFull()) return;
-            CheckColors(node);
-            if (node.rule->Is(kIsShape)) CheckPaint(node);
-            CheckKind(node);
-            CheckChildren(node);
-        }
-    }
-
-    void CheckKind(const Node& node)
-    {
-        switch (node.Kind()) {
-            case Element::kTicks:
-                return CheckTicks(node);
-            case Element::kLinearGradient:
-            case Element::kRadialGradient:
-                return CheckStops(node);
-            case Element::kSlot:
-                return CheckSlot(node);
-            default:
-                return;
-        }
+        if (mFindings.IsFull()) return;
+        CheckColors(node);
+        CheckElement(node, mFindings);
+        if (node.Is(Element::kSlot)) CheckSlot(node);
+        if (node.Is(Element::kPhoto)) CheckPhoto(node);
+        for (const Node& child : node.children) Check(child);
     }
 
     void CheckColors(const Node& node)
@@ -75,68 +56,29 @@ private:
         }
     }
 
-    void CheckPaint(const Node& node)
+    void CheckPhoto(const Node& node)
     {
-        const bool gradient = !node.children.empty();
-        if (gradient && node.Has("fill")) {
-            mFindings.Add("E-ATTRIBUTE-CHOICE", node.Where("fill"),
-                          "the gradient is the fill; remove \"fill\" or the gradient");
-        }
-        const bool painted = gradient || Paints(node, "fill") || Paints(node, "stroke");
-        if (!painted) {
-            mFindings.Add(
-                "W-INVISIBLE", node.Where(),
-                "\"" + std::string(node.rule->name) + "\" has neither fill nor stroke and paints nothing");
-        }
-    }
-
-    static bool Paints(const Node& node, const char* attribute)
-    {
-        return node.Has(attribute) && node.Get(attribute) != "none";
-    }
-
-    void CheckTicks(const Node& node)
-    {
-        if (node.Mentions("length") && !node.Has("length")) return;  // refused already
-        if (node.GetOrDefault("shape") == "bar" && Thousandths(node.GetOrDefault("length")) == 0) {
-            mFindings.Add("E-VALUE", node.Where("length"),
-                          "ticks of the shape \"bar\" need a length above 0");
-        }
-    }
-
-    void CheckStops(const Node& node)
-    {
-        int last = 0;
-        for (const Node& stop : node.children) {
-            const int offset = Thousandths(stop.GetOrDefault("offset"));
-            if (stop.Has("offset") && offset < last) {
-                mFindings.Add("E-VALUE", stop.Where("offset"),
-                              "the offsets of a gradient's stops may not fall");
-            }
-            last = offset;
-        }
+        const std::string& id = node.Get("photos");
+        if (id.empty()) return;
+        mUsedPhotos.insert(id);
+        if (FindById(mDocument.photos, &Photos::id, id) != nullptr) return;
+        mFindings.Add(
+            "E-REF-UNKNOWN", node.Where("photos"),
+            "there are no photos " + Quoted(id) + Suggestion(id, NamesOf(mDocument.photos, &Photos::id)));
     }
 
     void CheckSlot(const Node& node)
     {
         CheckChain(node);
+        CheckBox(node, mDocument.root, mFindings);
         const std::string& role = node.Get("role");
-        if (role == "gauge" || role == "arc") {
-            for (const Node& child : node.children) {
-                const Source* source = FindSource(child.Get("source"));
-                if (!child.Is(Element::kOffer) || source == nullptr || source->hasShare) continue;
-                mFindings.Add("E-ROLE-SOURCE", child.Where("source"),
-                              Quoted(source->name) + " has no share to draw as \"" + role +
-                                  "\"; remove the offer or choose another role");
-            }
-        }
-        const auto outside = [&](const char* from, const char* extent, const char* side) {
-            const int begin = Thousandths(node.GetOrDefault(from));
-            return begin < 0 || begin + Thousandths(node.GetOrDefault(extent)) >
-                                    Thousandths(mDocument.root.GetOrDefault(side));
-        };
-        if (outside("x", "width", "width") || outside("y", "height", "height")) {
-            mFindings.Add("W-OFF-CANVAS", node.Where(), "the slot reaches beyond the canvas");
+        if (role.empty()) return;
+        for (const Node& child : node.children) {
+            const std::string& source = child.Get("source");
+            if (!child.Is(Element::kOffer) || source.empty() || CanShow(role, source)) continue;
+            mFindings.Add("E-ROLE-SOURCE", child.Where("source"),
+                          Quoted(source) + " cannot be drawn as \"" + role +
+                              "\"; remove the offer or choose another role");
         }
     }
 
@@ -152,10 +94,11 @@ private:
         for (const Node& child : slot.children) {
             const std::string& source = child.Get("source");
             if (!child.Is(Element::kFallback) || source.empty()) continue;
-            if ((source == "empty") != (&child == last)) {
+            if ((source == kEmptySource) != (&child == last)) {
                 mFindings.Add("E-FALLBACK", child.Where("source"),
                               "a chain of fallbacks ends in \"empty\", and only its end is \"empty\"");
-            } else if (source != "empty" && std::find(offers.begin(), offers.end(), source) == offers.end()) {
+            } else if (source != kEmptySource &&
+                       std::find(offers.begin(), offers.end(), source) == offers.end()) {
                 mFindings.Add("E-REF-UNKNOWN", child.Where("source"),
                               "the slot does not offer " + Quoted(source) + Suggestion(source, offers));
             }
@@ -177,10 +120,20 @@ private:
         }
     }
 
+    void CheckUnusedPhotos()
+    {
+        for (const Photos& photos : mDocument.photos) {
+            if (photos.id.empty() || mUsedPhotos.count(photos.id) != 0) continue;
+            mFindings.Add("W-UNUSED", photos.origin.Where(),
+                          "no \"photo\" shows " + Quoted(photos.id) + "; remove it");
+        }
+    }
+
     const FaceDocument& mDocument;
     Findings& mFindings;
     std::vector<std::string_view> mRoles;  // sorted
     std::set<std::string_view> mUsedRoles;
+    std::set<std::string_view> mUsedPhotos;
 };
 
 }  // namespace

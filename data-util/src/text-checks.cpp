@@ -1,7 +1,11 @@
+#include "text-checks.h"
+
 #include <algorithm>
 #include <set>
+#include <string_view>
+#include <vector>
 
-#include "face-checks.h"
+#include "element-checks.h"
 #include "nearest-name.h"
 
 namespace DataUtil {
@@ -12,20 +16,24 @@ constexpr const char* kKeyAttributes[] = {"title-key", "label-key", "text-key"};
 
 class TextChecks {
 public:
-    TextChecks(const FaceDocument& document, Findings& findings) : mDocument(document), mFindings(findings) {}
+    TextChecks(const Node& root, const Texts& texts, UnusedTexts unused, Findings& findings)
+        : mRoot(root), mTexts(texts), mUnused(unused), mFindings(findings)
+    {
+    }
 
     void Run()
     {
-        const auto at = mDocument.texts.find(mDocument.defaultLanguage);
-        if (at == mDocument.texts.end()) {
-            if (mDocument.defaultLanguage.empty()) return;
-            mFindings.Add("E-REF-UNKNOWN", mDocument.root.Where("default-language"),
-                          "there are no texts of the default language " + Quoted(mDocument.defaultLanguage));
+        const std::string& language = mRoot.Get("default-language");
+        const auto at = mTexts.find(language);
+        if (at == mTexts.end()) {
+            if (language.empty()) return;
+            mFindings.Add("E-REF-UNKNOWN", mRoot.Where("default-language"),
+                          "there are no texts of the default language " + Quoted(language));
             return;
         }
         for (const auto& [key, text] : at->second) mKeys.emplace_back(key);
-        CheckUses(mDocument.root);
-        for (const Node& node : mDocument.root.children) {
+        CheckUses(mRoot);
+        for (const Node& node : mRoot.children) {
             if (node.Is(Element::kStrings)) CheckLanguage(node);
         }
     }
@@ -48,13 +56,13 @@ private:
 
     void CheckLanguage(const Node& strings)
     {
-        const bool isDefault = strings.Get("language") == mDocument.defaultLanguage;
+        const bool isDefault = strings.Get("language") == mRoot.Get("default-language");
         std::set<std::string_view> present;
         for (const Node& string : strings.children) {
             const std::string& key = string.Get("key");
             if (key.empty() || mFindings.IsFull()) continue;
             present.insert(key);
-            if (isDefault && mUsed.count(key) == 0) {
+            if (isDefault && mUnused == UnusedTexts::kReported && mUsed.count(key) == 0) {
                 mFindings.Add("W-UNUSED", string.Where("key"),
                               "nothing uses the text " + Quoted(key) + "; remove it");
             } else if (!Exists(key)) {
@@ -80,7 +88,9 @@ private:
                           "; the default language is shown for them");
     }
 
-    const FaceDocument& mDocument;
+    const Node& mRoot;
+    const Texts& mTexts;
+    const UnusedTexts mUnused;
     Findings& mFindings;
     std::vector<std::string_view> mKeys;  // of the default language, sorted
     std::set<std::string_view> mUsed;
@@ -88,9 +98,33 @@ private:
 
 }  // namespace
 
-void CheckTexts(const FaceDocument& document, Findings& findings)
+Texts ReadTexts(const Node& root, Findings& findings)
 {
-    TextChecks(document, findings).Run();
+    Texts texts;
+    std::set<std::string> languages;
+    for (const Node& strings : root.children) {
+        if (!strings.Is(Element::kStrings)) continue;
+        std::string language = strings.Get("language");
+        std::transform(language.begin(), language.end(), language.begin(),
+                       [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+        if (!language.empty() && !languages.insert(language).second) {
+            findings.Add("E-ID-DUPLICATE", strings.Where("language"),
+                         "the texts of " + Quoted(strings.Get("language")) +
+                             " are already there; put all into one element");
+        }
+        std::set<std::string> keys;
+        auto& ofLanguage = texts[strings.Get("language")];
+        for (const Node& string : strings.children) {
+            if (TakeId(keys, string, "key", "text with the key", findings))
+                ofLanguage.emplace(string.Get("key"), string.text);
+        }
+    }
+    return texts;
+}
+
+void CheckTexts(const Node& root, const Texts& texts, UnusedTexts unused, Findings& findings)
+{
+    TextChecks(root, texts, unused, findings).Run();
 }
 
 }  // namespace DataUtil

@@ -126,6 +126,31 @@ void AFaceDocument::ExpectOnly(std::string_view code, std::string_view where, st
     EXPECT_THAT(findings[0].message, testing::HasSubstr(std::string(says)));
 }
 
+AFullFaceDocument::AFullFaceDocument()
+{
+    mText = TextOf(DOCUMENTS "/everything_result.xml");
+}
+
+void AFullFaceDocument::Select(std::string_view selection)
+{
+    const std::size_t begin = mText.find("<selection");
+    std::size_t end = mText.find('>', begin) + 1;
+    constexpr std::string_view closing = "</selection>";
+    if (mText[end - 2] != '/') end = mText.find(closing, end) + closing.size();
+    mText.replace(begin, end - begin, selection);
+}
+
+std::string AFullFaceDocument::FlatLine(std::string_view part) const
+{
+    const std::string flat = Flat();
+    const std::size_t at = flat.find(part);
+    EXPECT_NE(at, std::string::npos) << "the flat document has no " << part;
+    EXPECT_EQ(flat.find(part, at + 1), std::string::npos) << "the flat document has more than one " << part;
+    if (at == std::string::npos) return "";
+    const std::size_t begin = flat.find_first_not_of(' ', flat.rfind('\n', at) + 1);
+    return flat.substr(begin, flat.find('\n', at) - begin);
+}
+
 std::string TextOf(const std::string& path)
 {
     std::ifstream in(path, std::ios::binary);

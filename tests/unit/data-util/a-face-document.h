@@ -21,7 +21,7 @@ protected:
     // The number of the one line that holds `text`.
     int LineOf(std::string_view text) const;
 
-    std::vector<DataUtil::Finding> Check() const;
+    virtual std::vector<DataUtil::Finding> Check() const;
     std::vector<std::string> Codes() const;
     // The flat document; the text must be free of errors.
     std::string Flat() const;
@@ -30,6 +30,17 @@ protected:
     void ExpectOnly(std::string_view code, std::string_view where, std::string_view says = "") const;
 
     std::string mText;
+};
+
+// The same with a document that has one of each element; its selection picks, places and shows a picture.
+class AFullFaceDocument : public AFaceDocument {
+protected:
+    AFullFaceDocument();
+
+    // The selection becomes this, the start tag included.
+    void Select(std::string_view selection);
+    // The one line of the flat document that has `part`.
+    std::string FlatLine(std::string_view part) const;
 };
 
 // The text of a file, which must exist.
