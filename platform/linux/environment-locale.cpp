@@ -61,9 +61,10 @@ std::string EnvironmentTimezone()
 {
     std::string zone = FirstSet({"TZ"});
     if (!zone.empty() && zone.front() == ':') zone.erase(0, 1);
-    if (!zone.empty()) return zone;
+    constexpr char kLocalTime[] = "/etc/localtime";  // also as TZ, which spares the C library questions
+    if (!zone.empty() && zone != kLocalTime) return zone;
     char target[PATH_MAX];
-    const ssize_t length = readlink("/etc/localtime", target, sizeof target);
+    const ssize_t length = readlink(kLocalTime, target, sizeof target);
     const std::string path(target, length > 0 ? static_cast<std::size_t>(length) : 0);
     constexpr std::string_view kFolder = "zoneinfo/";
     const auto at = path.find(kFolder);

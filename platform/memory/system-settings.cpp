@@ -50,9 +50,12 @@ bool EnvironmentIs24Hour()
 
 std::string EnvironmentTimezone()
 {
-    if (const char* value = std::getenv("TZ"); value && *value) return *value == ':' ? value + 1 : value;
+    const std::string localTime = "/etc/localtime";
+    const char* value = std::getenv("TZ");
+    const std::string zone = !value ? "" : *value == ':' ? value + 1 : value;
+    if (!zone.empty() && zone != localTime) return zone;
     char link[PATH_MAX];
-    const ssize_t length = readlink("/etc/localtime", link, sizeof link);
+    const ssize_t length = readlink(localTime.c_str(), link, sizeof link);
     const std::string path(link, length > 0 ? static_cast<std::size_t>(length) : 0);
     const std::string folder = "zoneinfo/";
     const auto at = path.find(folder);

@@ -104,6 +104,15 @@ TEST_F(ASystemSetting, of_the_time_zone_follows_the_environment_while_it_is_unse
     EXPECT_THAT(Settings::GetTimezonePath(), testing::EndsWith("Europe/Berlin"));
 }
 
+TEST_F(ASystemSetting, of_the_time_zone_is_that_of_the_machine_where_the_environment_only_points_there)
+{
+    const std::string machines = Settings::GetTimezonePath();
+    setenv("TZ", ":/etc/localtime", 1);
+    EXPECT_EQ(Settings::GetTimezonePath(), machines);
+    setenv("TZ", "/etc/localtime", 1);
+    EXPECT_EQ(Settings::GetTimezonePath(), machines);
+}
+
 TEST_F(ASystemSetting, wins_over_the_environment_once_it_is_set)
 {
     setenv("LC_ALL", "en_US.UTF-8", 1);
