@@ -18,7 +18,7 @@ namespace Platform {
 namespace {
 
 constexpr std::size_t kLongestSkeleton = 1024;  // bytes
-constexpr std::size_t kLongestName = 128;       // of languages and zones
+constexpr std::size_t kLongestName = 128;       // of a language, a zone
 constexpr std::size_t kMostLanguages = 4;       // each holds about 100 kB
 constexpr std::size_t kMostPatterns = 64;       // a language
 
@@ -122,8 +122,6 @@ std::u16string ZoneOf(std::string_view path, UErrorCode* status)
     constexpr std::string_view kFolder = "/zoneinfo/";
     const auto folder = path.rfind(kFolder);
     if (folder != std::string_view::npos) path.remove_prefix(folder + kFolder.size());
-    if (path.empty() || path.size() > kLongestName) *status = U_ILLEGAL_ARGUMENT_ERROR;
-    if (U_FAILURE(*status)) return {};
     const std::u16string id = FromUtf8(path, status);
     UChar canonical[kLongestName];
     Icu().canonicalZone(id.data(), Length(id), canonical, kLongestName, nullptr, status);
@@ -181,7 +179,7 @@ private:
 
     std::string mLocale;
     FormatPtr mFormat;                                    // its pattern is the last request's
-    std::string mZonePath;                                // of the format's calendar; empty at first
+    std::string mZonePath = "UTC";                        // of the format's calendar
     PatternsPtr mPatterns;                                // opened when the first best pattern is asked for
     Recent<std::u16string, kMostPatterns> mBestPatterns;  // by skeleton
 };
@@ -200,9 +198,9 @@ OpenLanguage* Opened(const std::string& language, UErrorCode* status)
 std::string FormatDate(const DateRequest& request, int64_t milliseconds)
 {
     if (!Icu().areComplete) return {};
-    const bool isLegible = !request.skeleton.empty() && request.skeleton.size() <= kLongestSkeleton;
-    UErrorCode status = isLegible ? U_ZERO_ERROR : U_ILLEGAL_ARGUMENT_ERROR;
-    OpenLanguage* language = isLegible ? Opened(request.language, &status) : nullptr;
+    const bool isBounded = request.skeleton.size() <= kLongestSkeleton;
+    UErrorCode status = isBounded ? U_ZERO_ERROR : U_ILLEGAL_ARGUMENT_ERROR;
+    OpenLanguage* language = isBounded ? Opened(request.language, &status) : nullptr;
     std::string text = language ? language->Format(request, milliseconds, &status) : std::string();
     if (U_SUCCESS(status)) return text;
     PLATFORM_REFUSAL("a date cannot be written: skeleton [%.80s], time zone [%.80s], language [%.80s]: %s",
