@@ -1,4 +1,4 @@
-// Drawing a face: the text of a flat `watchface.xml` becomes a picture.
+// Drawing a face: the text of a flat `watchface.xml` becomes a picture, or an SVG.
 //
 // A Renderer keeps open what is dear to open (fonts, date patterns) and opens it when the first text is
 // drawn; one Renderer serves any number of faces, one after the other, on one thread. What a document says is
@@ -59,6 +59,12 @@ struct Result {
     std::vector<Finding> warnings;  // the picture lacks something: a glyph, an image
 };
 
+struct SvgResult {
+    std::string svg;                // empty when nothing was drawn
+    Finding error;                  // why there is none
+    std::vector<Finding> warnings;  // as above
+};
+
 class Renderer {
 public:
     Renderer();
@@ -67,6 +73,9 @@ public:
     Renderer& operator=(const Renderer&) = delete;
 
     Result Draw(std::string_view document, const Settings& settings);
+    // The same drawing as SVG, its size in pixels. Texts are outlines; soft shadows and images are pictures
+    // in it.
+    SvgResult ExportSvg(std::string_view document, const Settings& settings);
 
 private:
     class Impl;

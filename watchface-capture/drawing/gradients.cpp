@@ -95,10 +95,17 @@ void SetRadialPixels(Painter& painter, const Element& gradient, const std::vecto
     cairo_surface_destroy(surface);
 }
 
-void SetLinearPattern(Painter& painter, const Element& gradient, const std::vector<Stop>& stops)
+PatternPtr PatternOf(const Element& gradient)
 {
-    const PatternPtr pattern(cairo_pattern_create_linear(gradient.Number("x1"), gradient.Number("y1"),
-                                                         gradient.Number("x2"), gradient.Number("y2")));
+    const auto n = [&](const char* attribute) { return gradient.Number(attribute); };
+    if (gradient.Kind() == DataUtil::Element::kLinearGradient)
+        return PatternPtr(cairo_pattern_create_linear(n("x1"), n("y1"), n("x2"), n("y2")));
+    return PatternPtr(cairo_pattern_create_radial(n("cx"), n("cy"), 0, n("cx"), n("cy"), n("r")));
+}
+
+void SetPattern(Painter& painter, const Element& gradient, const std::vector<Stop>& stops)
+{
+    const PatternPtr pattern = PatternOf(gradient);
     for (const Stop& stop : stops) {
         cairo_pattern_add_color_stop_rgba(pattern.get(), stop.offset, stop.color.red, stop.color.green,
                                           stop.color.blue, stop.color.alpha);
@@ -112,10 +119,10 @@ bool SetGradientSource(Painter& painter, const Element& gradient, const PixelBox
 {
     const std::vector<Stop> stops = ReadStops(painter, gradient);
     if (box.Area() == 0) return false;
-    if (gradient.Kind() == DataUtil::Element::kLinearGradient) {
-        SetLinearPattern(painter, gradient, stops);
-    } else {
+    if (gradient.Kind() == DataUtil::Element::kRadialGradient && painter.medium == Medium::kPixels) {
         SetRadialPixels(painter, gradient, stops, box);
+    } else {
+        SetPattern(painter, gradient, stops);
     }
     return true;
 }

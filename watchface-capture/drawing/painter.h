@@ -41,8 +41,14 @@ private:
     double mLeft = Limits::kWork;
 };
 
+enum class Medium {
+    kPixels,   // the quickest way to the pixels is taken
+    kVectors,  // what can stay a shape does
+};
+
 struct Painter {
     cairo_t* cr;
+    Medium medium;
     const DataUtil::XmlTree& tree;
     const Settings& settings;
     const Texts& texts;

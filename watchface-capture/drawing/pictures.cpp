@@ -31,8 +31,10 @@ void PaintPixels(Painter& painter, const Element& e, cairo_surface_t* pixels, co
     cairo_translate(painter.cr, place.x, place.y);
     cairo_scale(painter.cr, place.width / width, place.height / height);
     cairo_set_source_surface(painter.cr, pixels, 0, 0);
-    // The edge's pixels continue outwards, so that stretching does not fade the border.
-    cairo_pattern_set_extend(cairo_get_source(painter.cr), CAIRO_EXTEND_PAD);
+    // The edge's pixels continue outwards, so that stretching does not fade the border. SVG has no such
+    // thing.
+    if (painter.medium == Medium::kPixels)
+        cairo_pattern_set_extend(cairo_get_source(painter.cr), CAIRO_EXTEND_PAD);
     cairo_pattern_set_filter(cairo_get_source(painter.cr), CAIRO_FILTER_GOOD);
     cairo_paint_with_alpha(painter.cr, e.Number("opacity"));
     cairo_restore(painter.cr);

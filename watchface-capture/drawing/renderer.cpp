@@ -1,3 +1,5 @@
+#include <cairo-svg.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -44,11 +46,14 @@ Element ReadRoot(const DataUtil::XmlTree& tree, std::vector<Finding>& warnings)
     return {tree, tree.Root(), rule, warnings};
 }
 
-// Nothing is painted outside a round canvas. Only its corners are touched.
-void CutShape(cairo_t* cr, double width, double height)
+// The canvas' inside, as a path; turned round, so that it can be cut out of a larger one.
+void TraceCanvas(cairo_t* cr, const Element& root)
 {
-    cairo_new_path(cr);
-    cairo_rectangle(cr, -1, -1, width + 2, height + 2);
+    const double width = root.Number("width"), height = root.Number("height");
+    if (!root.Is("shape", "round")) {
+        cairo_rectangle(cr, 0, 0, width, height);
+        return;
+    }
     cairo_save(cr);
     cairo_translate(cr, width / 2, height / 2);
     cairo_scale(cr, width / 2, height / 2);
@@ -56,11 +61,61 @@ void CutShape(cairo_t* cr, double width, double height)
     cairo_arc_negative(cr, 0, 0, 1, 2 * std::numbers::pi, 0);
     cairo_close_path(cr);
     cairo_restore(cr);
+}
+
+// Nothing is painted outside a round canvas. Only its corners are touched, where clipping would slow down all
+// that is painted.
+void CutShape(cairo_t* cr, const Element& root)
+{
+    if (!root.Is("shape", "round")) return;
+    cairo_new_path(cr);
+    cairo_rectangle(cr, -1, -1, root.Number("width") + 2, root.Number("height") + 2);
+    TraceCanvas(cr, root);
     cairo_set_fill_rule(cr, CAIRO_FILL_RULE_EVEN_ODD);
     cairo_set_operator(cr, CAIRO_OPERATOR_DEST_OUT);
     cairo_set_source_rgb(cr, 0, 0, 0);
     cairo_fill(cr);
 }
+
+void ExpectSuccess(std::initializer_list<cairo_status_t> statuses)
+{
+    for (const cairo_status_t status : statuses) {
+        if (status != CAIRO_STATUS_SUCCESS) throw DocumentError({0, 0, cairo_status_to_string(status)});
+    }
+}
+
+cairo_status_t Append(void* text, const unsigned char* bytes, unsigned length)
+try {
+    static_cast<std::string*>(text)->append(reinterpret_cast<const char*>(bytes), length);
+    return CAIRO_STATUS_SUCCESS;
+} catch (const std::bad_alloc&) {
+    return CAIRO_STATUS_NO_MEMORY;
+}
+
+// A document that has been read, and the size of its picture.
+struct Page {
+    std::unique_ptr<DataUtil::XmlTree> tree;
+    Element root;
+    Texts texts;
+    double scale;       // pixels a canvas unit
+    int width, height;  // pixels
+
+    Page(std::string_view document, const Settings& settings, std::vector<Finding>& warnings)
+        : tree(ReadTree(document)),
+          root(ReadRoot(*tree, warnings)),
+          texts(*tree, root.Text("default-language"), warnings)
+    {
+        const double longer = std::max(root.Number("width"), root.Number("height"));
+        const double size = settings.size > 0 ? std::min(settings.size, Limits::kLargestSide)
+                                              : std::min<double>(longer, Limits::kLargestOwnSize);
+        scale = size / longer;
+        width = Pixels(root.Number("width"));
+        height = Pixels(root.Number("height"));
+    }
+
+private:
+    int Pixels(double side) const { return std::max(1, static_cast<int>(std::lround(side * scale))); }
+};
 
 }  // namespace
 
@@ -68,42 +123,70 @@ class Renderer::Impl {
 public:
     SurfacePtr Draw(std::string_view document, const Settings& settings, std::vector<Finding>& warnings)
     {
-        const auto tree = ReadTree(document);
-        const Element root = ReadRoot(*tree, warnings);
-        const Texts texts(*tree, root.Text("default-language"), warnings);
-        const double width = root.Number("width"), height = root.Number("height"),
-                     longer = std::max(width, height);
-        const double size = settings.size > 0 ? std::min(settings.size, Limits::kLargestSide)
-                                              : std::min<double>(longer, Limits::kLargestOwnSize);
-        const double scale = size / longer;
-        const auto pixels = [scale](double side) {
-            return std::max(1, static_cast<int>(std::lround(side * scale)));
-        };
-
-        SurfacePtr picture(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, pixels(width), pixels(height)));
+        const Page page(document, settings, warnings);
+        SurfacePtr picture(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, page.width, page.height));
         const ContextPtr cr(cairo_create(picture.get()));
-        cairo_scale(cr.get(), scale, scale);
-        Images images;
-        const Moment moment = mDates.At(settings.timezone, ParseTime(root.Text("preview-time")));
-        Painter painter{cr.get(), *tree,  settings, texts,         mFonts,         mDates, images, warnings,
-                        moment,   moment, scale,    pixels(width), pixels(height), 0,      {}};
-        if (const auto background = root.Paint("background")) {
-            SetSource(cr.get(), *background);
-            cairo_paint(cr.get());
-        }
-        PaintChildren(painter, root);
-        if (root.Is("shape", "round")) CutShape(cr.get(), width, height);
+        Paint(page, Medium::kPixels, cr.get(), settings, warnings);
+        CutShape(cr.get(), page.root);
         cairo_surface_flush(picture.get());
-        for (const cairo_status_t status : {cairo_status(cr.get()), cairo_surface_status(picture.get())}) {
-            if (status != CAIRO_STATUS_SUCCESS) throw DocumentError({0, 0, cairo_status_to_string(status)});
-        }
+        ExpectSuccess({cairo_status(cr.get()), cairo_surface_status(picture.get())});
         return picture;
     }
 
+    std::string Export(std::string_view document, const Settings& settings, std::vector<Finding>& warnings)
+    {
+        const Page page(document, settings, warnings);
+        std::string svg;
+        const SurfacePtr surface(cairo_svg_surface_create_for_stream(Append, &svg, page.width, page.height));
+        cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
+        const ContextPtr cr(cairo_create(surface.get()));
+        cairo_scale(cr.get(), page.scale, page.scale);
+        TraceCanvas(cr.get(), page.root);
+        cairo_clip(cr.get());
+        cairo_identity_matrix(cr.get());
+        Paint(page, Medium::kVectors, cr.get(), settings, warnings);
+        cairo_surface_finish(surface.get());
+        ExpectSuccess({cairo_status(cr.get()), cairo_surface_status(surface.get())});
+        return svg;
+    }
+
 private:
+    void Paint(const Page& page, Medium medium, cairo_t* cr, const Settings& settings,
+               std::vector<Finding>& warnings)
+    {
+        Images images;
+        const Moment moment = mDates.At(settings.timezone, ParseTime(page.root.Text("preview-time")));
+        Painter painter{cr,       medium, *page.tree, settings,   page.texts, mFonts,      mDates, images,
+                        warnings, moment, moment,     page.scale, page.width, page.height, 0,      {}};
+        cairo_scale(cr, page.scale, page.scale);
+        if (const auto background = page.root.Paint("background")) {
+            SetSource(cr, *background);
+            cairo_paint(cr);
+        }
+        PaintChildren(painter, page.root);
+    }
+
     Fonts mFonts;
     Dates mDates;
 };
+
+namespace {
+
+// What is wrong with a document ends the drawing here.
+template <typename Draw>
+Finding ErrorOf(const Draw& draw)
+{
+    try {
+        draw();
+        return {};
+    } catch (const DocumentError& error) {
+        return error.What();
+    } catch (const std::bad_alloc&) {
+        return {0, 0, "memory is short"};
+    }
+}
+
+}  // namespace
 
 Renderer::Renderer() : mImpl(std::make_unique<Impl>()) {}
 Renderer::~Renderer() = default;
@@ -111,13 +194,14 @@ Renderer::~Renderer() = default;
 Result Renderer::Draw(std::string_view document, const Settings& settings)
 {
     Result result;
-    try {
-        result.picture = mImpl->Draw(document, settings, result.warnings);
-    } catch (const DocumentError& error) {
-        result.error = error.What();
-    } catch (const std::bad_alloc&) {
-        result.error = {0, 0, "memory is short"};
-    }
+    result.error = ErrorOf([&] { result.picture = mImpl->Draw(document, settings, result.warnings); });
+    return result;
+}
+
+SvgResult Renderer::ExportSvg(std::string_view document, const Settings& settings)
+{
+    SvgResult result;
+    result.error = ErrorOf([&] { result.svg = mImpl->Export(document, settings, result.warnings); });
     return result;
 }
 

@@ -100,6 +100,35 @@ void PaintSilhouette(cairo_t* cr, const std::vector<Element>& parts)
     }
 }
 
+// The blurred silhouette in the pixels of `box`, as coverage. `matrix` is where the parts stand on the
+// surface.
+SurfacePtr MaskOf(const std::vector<Element>& parts, cairo_matrix_t matrix, const PixelBox& box, double edge)
+{
+    SurfacePtr mask(cairo_image_surface_create(CAIRO_FORMAT_A8, box.Width(), box.Height()));
+    const ContextPtr cr(cairo_create(mask.get()));
+    matrix.x0 -= box.left;
+    matrix.y0 -= box.top;
+    cairo_set_matrix(cr.get(), &matrix);
+    PaintSilhouette(cr.get(), parts);
+    cairo_surface_flush(mask.get());
+    if (cairo_surface_status(mask.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
+    Blur(cairo_image_surface_get_data(mask.get()), box.Width(), box.Height(),
+         cairo_image_surface_get_stride(mask.get()), edge);
+    cairo_surface_mark_dirty(mask.get());
+    return mask;
+}
+
+// SVG knows masks too, but a plain picture is less work to whoever shows it.
+SurfacePtr Coloured(cairo_surface_t* mask, const Color& color)
+{
+    SurfacePtr picture(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, cairo_image_surface_get_width(mask),
+                                                  cairo_image_surface_get_height(mask)));
+    const ContextPtr cr(cairo_create(picture.get()));
+    SetSource(cr.get(), color);
+    cairo_mask_surface(cr.get(), mask, 0, 0);
+    return picture;
+}
+
 }  // namespace
 
 void Blur(uint8_t* pixels, int width, int height, int stride, double edge)
@@ -138,26 +167,23 @@ void PaintShadow(Painter& painter, const Element& hand, const std::vector<Elemen
                   static_cast<double>(
                       1 + parts.size() / 8));  // NOLINT(bugprone-integer-division): one more for each eight
 
-    cairo_surface_t* mask = cairo_image_surface_create(CAIRO_FORMAT_A8, box.Width(), box.Height());
-    const ContextPtr cr(cairo_create(mask));
     cairo_matrix_t matrix;
     cairo_get_matrix(painter.cr, &matrix);
-    matrix.x0 += dx - box.left;
-    matrix.y0 += dy - box.top;
-    cairo_set_matrix(cr.get(), &matrix);
-    PaintSilhouette(cr.get(), parts);
-    cairo_surface_flush(mask);
-    if (cairo_surface_status(mask) == CAIRO_STATUS_SUCCESS) {
-        Blur(cairo_image_surface_get_data(mask), box.Width(), box.Height(),
-             cairo_image_surface_get_stride(mask), edge);
-        cairo_surface_mark_dirty(mask);
-        cairo_save(painter.cr);
-        cairo_identity_matrix(painter.cr);
-        SetSource(painter.cr, *hand.Paint("shadow"));
-        cairo_mask_surface(painter.cr, mask, box.left, box.top);
-        cairo_restore(painter.cr);
+    matrix.x0 += dx;
+    matrix.y0 += dy;
+    const SurfacePtr mask = MaskOf(parts, matrix, box, edge);
+    if (!mask) return;
+    const Color color = *hand.Paint("shadow");
+    cairo_save(painter.cr);
+    cairo_identity_matrix(painter.cr);
+    if (painter.medium == Medium::kPixels) {
+        SetSource(painter.cr, color);
+        cairo_mask_surface(painter.cr, mask.get(), box.left, box.top);
+    } else {
+        cairo_set_source_surface(painter.cr, Coloured(mask.get(), color).get(), box.left, box.top);
+        cairo_paint(painter.cr);
     }
-    cairo_surface_destroy(mask);
+    cairo_restore(painter.cr);
 }
 
 }  // namespace Drawing

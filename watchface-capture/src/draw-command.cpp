@@ -47,6 +47,28 @@ int Fail(const std::string& line)
     return kFailed;
 }
 
+// The file that a document becomes.
+struct Drawn {
+    std::string bytes;
+    Drawing::Finding error;
+    std::vector<Drawing::Finding> warnings;
+};
+
+Drawn DrawPng(const std::string& document, const Drawing::Settings& settings)
+{
+    Drawing::Renderer renderer;
+    Drawing::Result result = renderer.Draw(document, settings);
+    return {result.picture ? Drawing::EncodePng(result.picture.get()) : "", std::move(result.error),
+            std::move(result.warnings)};
+}
+
+Drawn DrawSvg(const std::string& document, const Drawing::Settings& settings)
+{
+    Drawing::Renderer renderer;
+    Drawing::SvgResult result = renderer.ExportSvg(document, settings);
+    return {std::move(result.svg), std::move(result.error), std::move(result.warnings)};
+}
+
 int Draw(const std::string& in, const std::string& out, const std::string& faces, Drawing::Settings settings)
 {
     std::string document, problem;
@@ -58,17 +80,15 @@ int Draw(const std::string& in, const std::string& out, const std::string& faces
     if (const std::string name = Drawing::NameOf(document); !faces.empty() && !name.empty()) {
         settings.assetFolders.push_back(faces + "/" + name);
     }
-    Drawing::Renderer renderer;
-    const Drawing::Result result = renderer.Draw(document, settings);
-    for (const Drawing::Finding& warning : result.warnings) {
+    const Drawn drawn = out.ends_with(".svg") ? DrawSvg(document, settings) : DrawPng(document, settings);
+    for (const Drawing::Finding& warning : drawn.warnings) {
         std::fprintf(
             stderr, "%s\n",
             Drawing::Describe(in, {warning.line, warning.column, "warning: " + warning.text}).c_str());
     }
-    if (!result.picture) return Fail(Drawing::Describe(in, result.error));
-    const std::string png = Drawing::EncodePng(result.picture.get());
-    if (png.empty()) return Fail(out + ": cannot be written: memory is short");
-    if (!Replace(out, png)) return Fail(out + ": cannot be written: " + std::strerror(errno));
+    if (!drawn.error.text.empty()) return Fail(Drawing::Describe(in, drawn.error));
+    if (drawn.bytes.empty()) return Fail(out + ": cannot be written: memory is short");
+    if (!Replace(out, drawn.bytes)) return Fail(out + ": cannot be written: " + std::strerror(errno));
     return kDone;
 }
 
@@ -76,14 +96,14 @@ int Draw(const std::string& in, const std::string& out, const std::string& faces
 
 int RunDrawCommand(int argc, char** argv)
 {
-    CLI::App app("Draws a face's watchface.xml as a PNG", "watchface-capture");
+    CLI::App app("Draws a face's watchface.xml as a PNG or SVG", "watchface-capture");
     Drawing::Settings settings;
     bool draw = false;
     std::string in, out, faces;
     int hours = 24;
     app.add_flag("--draw", draw, "Draw a file instead of serving the watch")->required();
     app.add_option("IN", in, "The face's watchface.xml")->required();
-    app.add_option("OUT", out, "The PNG to write")->required();
+    app.add_option("OUT", out, "The PNG to write; an SVG where its name ends in .svg")->required();
     app.add_option("--language", settings.language, "Language of texts and dates")->capture_default_str();
     app.add_option("--hours", hours, "Hour mode")->check(CLI::IsMember({12, 24}))->capture_default_str();
     app.add_option("--timezone", settings.timezone, "Time zone of the preview's time")->capture_default_str();

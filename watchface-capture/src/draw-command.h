@@ -1,5 +1,5 @@
-// `watchface-capture --draw IN_watchface.xml OUT.png`: draws without a bus and without the platform. It
-// serves people and the build, which makes the shipped previews with it.
+// `watchface-capture --draw IN_watchface.xml OUT.png|OUT.svg`: draws without a bus and without the platform.
+// It serves people and the build, which makes the shipped previews with it.
 
 #pragma once
 

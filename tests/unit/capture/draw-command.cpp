@@ -82,6 +82,13 @@ TEST_F(ADrawCommand, writes_the_picture_and_nothing_else)
     EXPECT_THAT(Files(), ElementsAre("out.png", "watchface.xml"));
 }
 
+TEST_F(ADrawCommand, writes_an_svg_where_the_name_says_so)
+{
+    EXPECT_EQ(Run({"--draw", folder + "/watchface.xml", folder + "/out.svg"}), 0);
+    EXPECT_THAT(Read("out.svg"), StartsWith("<?xml"));
+    EXPECT_THAT(Read("out.svg"), HasSubstr("<svg"));
+}
+
 TEST_F(ADrawCommand, writes_the_same_bytes_each_time)
 {
     Draw();
