@@ -23,9 +23,10 @@ TEST_F(AnApplication, is_made_in_this_order)
     EXPECT_THAT(platform.Timeline(),
                 testing::ElementsAreArray(
                     {"setting watch 24-hour", "setting watch language", "setting watch country",
-                     "port open watchface-service::localport trusted", "setting get 24-hour",
-                     "setting get language", "setting get country", "key watch db/retailmode/enabled",
-                     "port open evaluation-helper-port open", "log I ", "key get db/retailmode/enabled"}));
+                     "port open watchface-service::localport trusted", "path trusted com.corvane.watchface",
+                     "setting get 24-hour", "setting get language", "setting get country",
+                     "key watch db/retailmode/enabled", "port open evaluation-helper-port open", "log I ",
+                     "key get db/retailmode/enabled"}));
 }
 
 TEST_F(AnApplication, goes_in_the_reverse_order)

@@ -91,9 +91,10 @@ TEST_F(AMsgControl, ignores_an_unknown_type)
                        {"type",  "watch-idle-changed2"},
                        {"pkgid", "a"                  }
     });
-    EXPECT_THAT(platform.Timeline(),
-                ElementsAre("port open watchface-service::localport trusted",
-                            "log E messageType = [watch-idle-changed2], watch_name = [a]"));
+    EXPECT_THAT(
+        platform.Timeline(),
+        ElementsAre("port open watchface-service::localport trusted", "path trusted com.corvane.watchface",
+                    "log E messageType = [watch-idle-changed2], watch_name = [a]"));
 }
 
 TEST_F(AMsgControl, accepts_and_ignores_the_reserved_type)
@@ -101,9 +102,10 @@ TEST_F(AMsgControl, accepts_and_ignores_the_reserved_type)
     Deliver(kHome, {
                        {"type", "watch-req-watchlists"}
     });
-    EXPECT_THAT(platform.Timeline(),
-                ElementsAre("port open watchface-service::localport trusted",
-                            "log E messageType = [watch-req-watchlists], watch_name = []"));
+    EXPECT_THAT(
+        platform.Timeline(),
+        ElementsAre("port open watchface-service::localport trusted", "path trusted com.corvane.watchface",
+                    "log E messageType = [watch-req-watchlists], watch_name = []"));
 }
 
 TEST_F(AMsgControl, accepts_messages_of_a_peer_that_it_cannot_answer)
@@ -142,7 +144,7 @@ TEST_F(AMsgControl, remembers_who_changed_the_current_watch_face_and_changes_it_
     });
     EXPECT_THAT(
         platform.Timeline(),
-        ElementsAre("port open watchface-service::localport trusted",
+        ElementsAre("port open watchface-service::localport trusted", "path trusted com.corvane.watchface",
                     "log E messageType = [watch-idle-changed], watch_name = [a]",
                     "pref set wfs-pref-idle-change-request-from=com.corvane.watchface-editor",
                     "log E set watchface to [a]", "key set db/wms/clocks_set_idle=com.corvane.watchface",
