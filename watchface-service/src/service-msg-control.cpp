@@ -9,6 +9,7 @@
 #include "common-util-i18n.h"
 #include "common-util-pref.h"
 #include "handles.h"
+#include "message-values.h"
 #include "message-vocabulary.h"
 #include "persisted-keys.h"
 #include "service-config-mirel.h"
@@ -18,16 +19,6 @@
 namespace WatchfaceService {
 
 namespace {
-
-std::string Get(bundle* message, const char* key)
-{
-    return CommonUtilIPCControl::BundleGetString(message, key);
-}
-
-void Add(const BundlePtr& message, const char* key, const std::string& value)
-{
-    bundle_add_str(message.get(), key, value.c_str());
-}
 
 bool IsAllowedSender(const std::string& appId)
 {
@@ -53,10 +44,14 @@ MsgControl::MsgControl(std::shared_ptr<WatchfaceManager> manager)
 // What arrives
 
 const MsgControl::Handler MsgControl::kHandlers[] = {
-    {MessageType::kIdleChanged,     &MsgControl::OnIdleChanged    },
-    {MessageType::kSettingCreated,  &MsgControl::OnInstallOrUpdate},
-    {MessageType::kSettingUpdated,  &MsgControl::OnInstallOrUpdate},
-    {MessageType::kCaptureFinished, &MsgControl::OnCaptureFinished},
+    {MessageType::kIcuConvert,              &MsgControl::OnDateRequest            },
+    {MessageType::kIdleChanged,             &MsgControl::OnIdleChanged            },
+    {MessageType::kSettingCreated,          &MsgControl::OnInstallOrUpdate        },
+    {MessageType::kSettingUpdated,          &MsgControl::OnInstallOrUpdate        },
+    {MessageType::kDualClockData,           &MsgControl::OnDualClockRequest       },
+    {MessageType::kPrepareUpdateWorldClock, &MsgControl::OnPrepareWorldClockUpdate},
+    {MessageType::kUpdateWorldClock,        &MsgControl::OnWorldClockUpdate       },
+    {MessageType::kCaptureFinished,         &MsgControl::OnCaptureFinished        },
 };
 
 void MsgControl::OnIPCMessageReceived(int, const std::string& remoteAppId, const std::string& remotePort,

@@ -16,6 +16,7 @@
 
 #include "bundle.h"
 #include "common-util-ipc-control.h"
+#include "data-util.h"
 #include "service-bg-manager.h"
 #include "service-preview-check.h"
 
@@ -57,6 +58,15 @@ public:
     // The variant of a gallery background type in upper case: "U1" of "watch-bg-gallery-u1"; else empty.
     std::string GetBgTypePrefix(const std::string& bgType) const;
 
+    // Adds what is stored for a group of a watch face to the reply: the fields that can be read. True when
+    // all of them can.
+    static bool SetWorldClockData(bundle* reply, const std::string& watchName, const std::string& groupName);
+
+    // Makes the read/write `watchface.xml` anew from a result XML with the record applied. False when a name
+    // is empty, the data library refuses or the folder cannot be made; a failed write is not told.
+    static bool UpdateWorldclockData(const std::string& watchName, const std::string& resultXmlFilepath,
+                                     const data_util_worldclock_s& record);
+
     // The backup agent's messages. Not working yet: nothing is backed up or restored.
     bool BackupAndRestore(bundle* message);
 
@@ -78,8 +88,12 @@ private:
     // One row per message kind, in the order of comparison.
     static const Handler kHandlers[];
 
+    void OnDateRequest(const Request& request);
     void OnIdleChanged(const Request& request);
     void OnInstallOrUpdate(const Request& request);
+    void OnDualClockRequest(const Request& request);
+    void OnPrepareWorldClockUpdate(const Request& request);
+    void OnWorldClockUpdate(const Request& request);
     void OnCaptureFinished(const Request& request);
 
     void Reply(const Request& request, bool success);
