@@ -16,8 +16,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "application-table.h"
-#include "areas.h"
+#include "area-writers.h"
 #include "bus-sdbus.h"
 #include "platform-log.h"
 #include "process.h"
@@ -84,18 +83,6 @@ constexpr const char* kSystemPaths[] = {
     "/usr",         "/lib",      "/lib64",       "/etc",
     "/proc/self",   "/dev/null", "/dev/urandom", "/var/cache/fontconfig",
     "/run/systemd",
-};
-
-// Which area of whose is an application's to write.
-struct Writer {
-    std::string_view application;
-    std::string (Areas::*area)(const std::string&) const;
-    std::string_view of;
-};
-constexpr Writer kWriters[] = {
-    {kServiceId, &Areas::DataOf,    kFacesId},
-    {kServiceId, &Areas::TrustedOf, kFacesId},
-    {kCaptureId, &Areas::DataOf,    kFacesId},
 };
 
 std::string FromEnvironment(const char* name)
@@ -199,11 +186,7 @@ bool LimitData()
 Confinement ConfinementOf(const std::string& appId)
 {
     Confinement confinement;
-    confinement.writable = {CurrentAreas().Common(), CurrentAreas().PrivateOf(appId)};
-    for (const Writer& writer : kWriters) {
-        if (writer.application != appId) continue;
-        confinement.writable.push_back((CurrentAreas().*writer.area)(std::string(writer.of)));
-    }
+    confinement.writable = WritableFolders(CurrentAreas(), appId);
     for (const std::string& folder : confinement.writable) {
         std::error_code error;
         std::filesystem::create_directories(folder, error);

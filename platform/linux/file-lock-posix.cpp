@@ -14,6 +14,7 @@
 
 #include "areas.h"
 #include "files.h"
+#include "folder-rights-posix.h"
 #include "platform-log.h"
 #include "unique-fd.h"
 
@@ -23,6 +24,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kLongestWait = 2s;
 constexpr auto kPause = 5ms;
+constexpr mode_t kMode = 0660;
 
 // FNV-1a, kept positive as an offset.
 off_t OffsetOf(const std::string& path)
@@ -43,7 +45,8 @@ public:
         const std::string common = Platform::CurrentAreas().Common();
         std::error_code error;
         std::filesystem::create_directories(common, error);
-        mFile = Platform::UniqueFd(open((common + "locks").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0660));
+        mFile = Platform::UniqueFd(open((common + "locks").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kMode));
+        if (mFile) Platform::TakeRightsOf(common, mFile.Get(), kMode);
         struct flock lock {};
         lock.l_type = (mode & kWrite) ? F_WRLCK : F_RDLCK;
         lock.l_whence = SEEK_SET;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "folder-rights-posix.h"
 #include "platform-log.h"
 
 namespace Platform {
@@ -35,6 +36,7 @@ std::optional<FileReplacement> FileReplacement::Begin(const std::string& path, c
     if (!target) return std::nullopt;
     FileReplacement replacement(std::move(*target), path);
     if (!replacement.OpenUnfinished()) return std::nullopt;
+    TakeRightsOf(replacement.mTarget.parent.Get(), replacement.mFile.Get(), kFileMode);
     return replacement;
 }
 

@@ -96,8 +96,8 @@ Eina_Bool ecore_file_mkpath(const char* path)
     if (!split) return 0;
     UniqueFd at = Platform::MakeArea(*split);
     for (const std::string& part : split->components) {
-        if (!at || (mkdirat(at.Get(), part.c_str(), 0755) != 0 && errno != EEXIST)) return 0;
-        at = Platform::OpenFolderBeneath(at.Get(), part);
+        if (!at) return 0;
+        at = Platform::MakeFolderBeneath(at.Get(), part);
         if (!at && errno == EXDEV) Platform::RefuseEscape("making a folder", path);
     }
     return static_cast<bool>(at);

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "areas.h"
+#include "folder-rights-posix.h"
 #include "platform-log.h"
 
 namespace Platform {
@@ -35,10 +36,25 @@ bool IsDamage(int code)
     return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB;
 }
 
+std::string FolderOf(const std::string& path)
+{
+    return std::filesystem::path(path).parent_path();
+}
+
 uint64_t InodeOf(const std::string& path)
 {
     struct stat info {};
     return stat(path.c_str(), &info) == 0 ? info.st_ino : 0;
+}
+
+// The mode of a new file is ours, not SQLite's. A file that is there must not be opened: closing it again
+// would drop the locks that this process holds on it, and another process would take the write-ahead log
+// away.
+bool MakeFile(const std::string& path, mode_t mode)
+{
+    const UniqueFd made(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (made) TakeRightsOf(FolderOf(path), made.Get(), mode);
+    return made || errno == EEXIST;
 }
 
 void BindBytes(sqlite3_stmt* statement, int index, const std::string& bytes)
@@ -103,6 +119,7 @@ std::optional<UniqueFd> ValueStore::LockOpening() const
 {
     UniqueFd lock(open((mPath + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mMode));
     if (!lock) return lock;  // what cannot be locked cannot be written either, or is not shared
+    TakeRightsOf(FolderOf(mPath), lock.Get(), mMode);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyMilliseconds);
     while (flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
         const bool held = errno == EWOULDBLOCK || errno == EINTR;
@@ -114,11 +131,7 @@ std::optional<UniqueFd> ValueStore::LockOpening() const
 
 int ValueStore::OpenOnce()
 {
-    // The mode of a new file is ours, not SQLite's. A file that is there must not be opened: closing it again
-    // would drop the locks that this process holds on it, and another process would take the write-ahead log
-    // away.
-    const bool made = bool(UniqueFd(open(mPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mMode)));
-    if (!made && errno != EEXIST) return SQLITE_CANTOPEN;
+    if (!MakeFile(mPath, mMode)) return SQLITE_CANTOPEN;
     sqlite3* raw = nullptr;
     int code = sqlite3_open_v2(mPath.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     mDatabase.reset(raw);
@@ -138,7 +151,7 @@ bool ValueStore::Open()
     if (mDatabase && InodeOf(mPath) == mInode) return true;
     Close();  // another process may have set the file aside, or somebody removed it
     std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(mPath).parent_path(), error);
+    std::filesystem::create_directories(FolderOf(mPath), error);
     const auto lock = LockOpening();
     int code = lock ? OpenOnce() : SQLITE_BUSY;
     if (IsDamage(code)) {

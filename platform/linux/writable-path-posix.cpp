@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "areas.h"
+#include "folder-rights-posix.h"
 #include "platform-log.h"
 
 namespace Platform {
@@ -17,6 +18,7 @@ namespace Platform {
 namespace {
 
 constexpr int kMostAttempts = 16;
+constexpr mode_t kFolderMode = 0775;
 
 std::vector<std::string> Components(std::string_view text)
 {
@@ -85,6 +87,17 @@ UniqueFd OpenRoot()
 
 // No link on the way from the root: an area is where it is said to be.
 constexpr uint64_t kNoLinks = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+constexpr uint64_t kBeneath = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+
+// The folder `name`, made where it is missing.
+UniqueFd MakeAndOpen(int parent, const std::string& name, uint64_t resolve)
+{
+    const bool made = mkdirat(parent, name.c_str(), kFolderMode) == 0;
+    if (!made && errno != EEXIST) return {};
+    UniqueFd folder = OpenResolving(parent, name, resolve);
+    if (made && folder) TakeRightsOf(parent, folder.Get(), kFolderMode);
+    return folder;
+}
 
 UniqueFd OpenArea(const AreaPath& path)
 {
@@ -122,7 +135,7 @@ std::optional<AreaPath> SplitWritable(const std::string& path, PathRule rule, co
 
 UniqueFd OpenFolderBeneath(int parent, const std::string& relative)
 {
-    return OpenResolving(parent, relative.empty() ? "." : relative, RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS);
+    return OpenResolving(parent, relative.empty() ? "." : relative, kBeneath);
 }
 
 UniqueFd MakeArea(const AreaPath& path)
@@ -134,14 +147,15 @@ UniqueFd MakeArea(const AreaPath& path)
     }
     UniqueFd at = OpenRoot();
     for (const std::string& part : Components(path.areaBelowRoot.substr(0, path.areaBelowRoot.size() - 1))) {
-        if (!at || (mkdirat(at.Get(), part.c_str(), 0755) != 0 && errno != EEXIST)) {
-            LogOpening(path.area);
-            return {};
-        }
-        at = OpenResolving(at.Get(), part, kNoLinks);
+        if (at) at = MakeAndOpen(at.Get(), part, kNoLinks);
     }
     if (!at) LogOpening(path.area);
     return at;
+}
+
+UniqueFd MakeFolderBeneath(int parent, const std::string& name)
+{
+    return MakeAndOpen(parent, name, kBeneath);
 }
 
 void RefuseEscape(const char* operation, const std::string& path)

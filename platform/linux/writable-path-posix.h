@@ -46,6 +46,9 @@ UniqueFd MakeArea(const AreaPath& path);
 // One line about a path whose links lead out of its area.
 void RefuseEscape(const char* operation, const std::string& path);
 
+// Opens the folder `name` in `parent`, made with the rights of that where it is missing; invalid on failure.
+UniqueFd MakeFolderBeneath(int parent, const std::string& name);
+
 // Opens a folder below `parent` without leaving it, whatever links there are; invalid on failure.
 UniqueFd OpenFolderBeneath(int parent, const std::string& relative);
 

@@ -79,6 +79,20 @@ TEST_F(AValueStore, makes_its_file_for_its_owner_alone)
     EXPECT_EQ(info.st_mode & 0777, 0600u);
 }
 
+TEST_F(AValueStore, is_for_its_group_where_the_folder_is)
+{
+    chmod(folder.Path().c_str(), 0770);
+    const mode_t before = umask(0077);
+    ValueStore store(Path(), 0660);
+    store.Set("key", true);
+    umask(before);
+    for (const char* suffix : {"", "-wal", "-shm", ".lock"}) {
+        struct stat info {};
+        ASSERT_EQ(stat((Path() + suffix).c_str(), &info), 0) << suffix;
+        EXPECT_EQ(info.st_mode & 0777, 0660u) << suffix;
+    }
+}
+
 TEST_F(AValueStore, sets_a_damaged_file_aside_and_begins_anew)
 {
     Damage();
