@@ -9,38 +9,38 @@
 namespace Drawing {
 namespace {
 
-// The files of the set (packaging/packages.txt names their packages); all others are passed over. A family
-// without a bold font of its own is thickened.
+// The files of the set, where their packages (packaging/packages.txt) put them; others in these folders are
+// passed over. Elsewhere the families are found among the system's fonts. A family without a bold font is
+// thickened.
 constexpr char kConfiguration[] = R"(<?xml version="1.0"?>
 <fontconfig>
-  <dir>/usr/share/fonts</dir>
-  <dir>/usr/local/share/fonts</dir>
-  <dir prefix="xdg">fonts</dir>
   <cachedir>/var/cache/fontconfig</cachedir>
   <cachedir prefix="xdg">fontconfig</cachedir>
+  <dir>/usr/share/fonts/truetype/open-sans</dir>
+  <dir>/usr/share/fonts/truetype/fonts-oldstandard</dir>
+  <dir>/usr/share/fonts/truetype/dejavu</dir>
+  <dir>/usr/share/fonts/truetype/noto</dir>
+  <dir>/usr/share/fonts/truetype/nanum</dir>
+  <dir>/usr/share/fonts/truetype/vlgothic</dir>
   <selectfont>
-    <rejectfont>
-      <glob>*.?t?</glob>
-      <glob>*.pf?</glob>
-      <glob>*.?t?.gz</glob>
-    </rejectfont>
+    <rejectfont><glob>/usr/share/fonts/truetype/*.ttf</glob></rejectfont>
     <acceptfont>
-      <glob>*/OpenSans-Light.ttf</glob>
-      <glob>*/OpenSans-Regular.ttf</glob>
-      <glob>*/OpenSans-Semibold.ttf</glob>
-      <glob>*/OpenSans-Bold.ttf</glob>
-      <glob>*/OpenSans-ExtraBold.ttf</glob>
-      <glob>*/OldStandard-Regular.ttf</glob>
-      <glob>*/OldStandard-Bold.ttf</glob>
-      <glob>*/NotoSansArabicUI-*</glob>
-      <glob>*/NotoSansDevanagariUI-*</glob>
-      <glob>*/NotoSansThaiUI-*</glob>
-      <glob>*/NanumBarunGothic*</glob>
-      <glob>*/VL-PGothic-*</glob>
-      <glob>*/DejaVuSans.ttf</glob>
-      <glob>*/DejaVuSans-Bold.ttf</glob>
-      <glob>*/DejaVuSansMono.ttf</glob>
-      <glob>*/DejaVuSansMono-Bold.ttf</glob>
+      <glob>/usr/share/fonts/truetype/open-sans/OpenSans-Light.ttf</glob>
+      <glob>/usr/share/fonts/truetype/open-sans/OpenSans-Regular.ttf</glob>
+      <glob>/usr/share/fonts/truetype/open-sans/OpenSans-Semibold.ttf</glob>
+      <glob>/usr/share/fonts/truetype/open-sans/OpenSans-Bold.ttf</glob>
+      <glob>/usr/share/fonts/truetype/open-sans/OpenSans-ExtraBold.ttf</glob>
+      <glob>/usr/share/fonts/truetype/fonts-oldstandard/OldStandard-Regular.ttf</glob>
+      <glob>/usr/share/fonts/truetype/fonts-oldstandard/OldStandard-Bold.ttf</glob>
+      <glob>/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf</glob>
+      <glob>/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf</glob>
+      <glob>/usr/share/fonts/truetype/dejavu/DejaVuSansMono.ttf</glob>
+      <glob>/usr/share/fonts/truetype/dejavu/DejaVuSansMono-Bold.ttf</glob>
+      <glob>/usr/share/fonts/truetype/noto/NotoSansArabicUI-*</glob>
+      <glob>/usr/share/fonts/truetype/noto/NotoSansDevanagariUI-*</glob>
+      <glob>/usr/share/fonts/truetype/noto/NotoSansThaiUI-*</glob>
+      <glob>/usr/share/fonts/truetype/nanum/NanumBarunGothic*</glob>
+      <glob>/usr/share/fonts/truetype/vlgothic/VL-PGothic-*</glob>
     </acceptfont>
   </selectfont>
   <match target="font">

@@ -150,7 +150,6 @@ double Fonts::DigitMiddle(const Painter& painter, const TextStyle& style)
     if (mDigitMiddles.size() > 256) mDigitMiddles.clear();
     TextStyle plain = style;
     plain.spacing = 0;
-    plain.language = "en";
     const TextLine zero = Shape(painter, "0", plain);
     PangoRectangle ink;
     pango_layout_line_get_extents(pango_layout_get_line_readonly(zero.layout.get(), 0), &ink, nullptr);

@@ -72,8 +72,7 @@ void CutShape(cairo_t* cr, const Element& root)
     cairo_rectangle(cr, -1, -1, root.Number("width") + 2, root.Number("height") + 2);
     TraceCanvas(cr, root);
     cairo_set_fill_rule(cr, CAIRO_FILL_RULE_EVEN_ODD);
-    cairo_set_operator(cr, CAIRO_OPERATOR_DEST_OUT);
-    cairo_set_source_rgb(cr, 0, 0, 0);
+    cairo_set_operator(cr, CAIRO_OPERATOR_CLEAR);
     cairo_fill(cr);
 }
 
