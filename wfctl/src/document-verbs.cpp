@@ -1,18 +1,16 @@
 // Face documents without a watch: flatten, render.
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <memory>
 
 #include "arguments.h"
-#include "child-process.h"
 #include "documents.h"
 #include "drawing-program.h"
 #include "exit-status.h"
 #include "face-document.h"
 #include "json-text.h"
 #include "locales-icu.h"
+#include "picture-output.h"
 #include "private-watch.h"
 #include "temporary-folder.h"
 #include "verb-table.h"
@@ -49,17 +47,6 @@ Exit FlattenFile(const Options& options, const FlattenArguments& arguments)
     return parsed.document ? Exit::kDone : Exit::kError;
 }
 
-void Show(const Options& options, const std::string& picture)
-{
-    if (options.json)
-        return PrintLine(JsonLine(Json::object({
-            {"picture", BytesToJson(picture)}
-        })));
-    const std::string viewer = isatty(STDOUT_FILENO) && WantsColor() ? FindProgram("chafa") : std::string();
-    if (!viewer.empty()) RunProgram(viewer, {"--size=40x20", picture});
-    PrintLine(picture);
-}
-
 // The watch's look, but for what the user says. What nobody knows is drawn as if it were not said, and told.
 Look ChosenLook(const RenderArguments& arguments)
 {
@@ -82,7 +69,14 @@ Exit Render(const Options& options, const RenderArguments& arguments)
             {drawable, ChosenLook(arguments), out}
     })[0])
         throw Stop(Exit::kError, "[" + arguments.what + "] could not be drawn");
-    Show(options, out);
+    if (options.json) {
+        PrintLine(JsonLine(Json::object({
+            {"picture", BytesToJson(out)}
+        })));
+    } else {
+        ShowPicture(out);
+        PrintLine(out);
+    }
     return Exit::kDone;
 }
 

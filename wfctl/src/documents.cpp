@@ -11,18 +11,30 @@
 
 namespace Wfctl {
 
-DocumentFacts FactsOf(std::string_view text)
+DocumentFacts FactsOf(std::string_view document)
 {
     DataUtil::Findings ignored;
-    const auto tree = DataUtil::XmlTree::Load(text, ignored);
+    const auto tree = DataUtil::XmlTree::Load(document, ignored);
     if (!tree) return {};
     const pugi::xml_node root = tree->Root();
-    DocumentFacts facts{root.name(), root.attribute("id").value(), "",
-                        std::string_view(root.attribute("shape").value()) != "square"};
-    const auto strings =
-        root.find_child_by_attribute("strings", "language", root.attribute("default-language").value());
-    facts.title =
-        strings.find_child_by_attribute("string", "key", root.attribute("title-key").value()).child_value();
+    const auto text = [&root](const char* name) { return root.attribute(name).value(); };
+    const std::string first = text("default-language");
+    DocumentFacts facts{root.name(),
+                        text("id"),
+                        text("version"),
+                        {},
+                        text("width"),
+                        text("height"),
+                        std::string_view(text("shape")) != "square",
+                        {}};
+    for (const pugi::xml_node strings : root.children("strings")) {
+        const std::string language = strings.attribute("language").value();
+        const bool isDefault = language == first;
+        facts.languages.insert(isDefault ? facts.languages.begin() : facts.languages.end(), language);
+        if (!isDefault) continue;
+        const pugi::xml_node title = strings.find_child_by_attribute("string", "key", text("title-key"));
+        facts.title = title.child_value();
+    }
     return facts;
 }
 

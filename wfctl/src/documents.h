@@ -15,12 +15,15 @@ namespace Wfctl {
 struct DocumentFacts {
     std::string root;  // kResultRoot, kFlatRoot or whatever stands there
     std::string id;
+    std::string version;
     std::string title;  // in the default language
+    std::string width, height;
     bool isRound = true;
+    std::vector<std::string> languages;  // the default one first
 };
 inline constexpr char kResultRoot[] = "face-result";
 inline constexpr char kFlatRoot[] = "watchface";
-DocumentFacts FactsOf(std::string_view text);
+DocumentFacts FactsOf(std::string_view document);
 
 // Where people may name a file or a watch face: whether this is a file, be it there or not.
 bool IsFileName(const std::string& what);

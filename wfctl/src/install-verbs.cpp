@@ -25,19 +25,22 @@ struct InstallArguments {
     std::string type;  // of the message
     std::string file, name, icon, label;
     std::string as = kManagerId;
+    bool keepsSelection = false;
     bool noWait = false;
     double timeout = kUpdatePatience;
 };
 
 struct Document {
     std::string xml, name, label;
+    bool isGood = false;
 };
 
 // The face's name and label where the user gave none: the document's own.
 Document ReadDocument(const InstallArguments& arguments)
 {
-    Document document{ReadNamedFile(arguments.file), arguments.name, arguments.label};
+    Document document{ReadNamedFile(arguments.file), arguments.name, arguments.label, false};
     const DataUtil::ParseResult parsed = DataUtil::ParseFace(document.xml);
+    document.isGood = parsed.document.has_value();
     if (parsed.document) {
         if (document.name.empty()) document.name = parsed.document->id;
         if (document.label.empty()) document.label = FactsOf(document.xml).title;
@@ -56,10 +59,22 @@ Document ReadDocument(const InstallArguments& arguments)
     return document;
 }
 
+// What the user had chosen, in the new document too; what it does not offer any more is told.
+void KeepSelection(Document& document)
+{
+    const auto stored = FindFace(document.name);
+    std::error_code error;
+    if (!stored || !document.isGood || !fs::exists(stored->ResultXml(), error)) return;
+    DataUtil::Migrated migrated = DataUtil::Migrate(document.xml, ReadNamedFile(stored->ResultXml()));
+    PrintFindings(stored->ResultXml(), migrated.notes);
+    document.xml = std::move(migrated.text);
+}
+
 Exit Install(const Options& options, const InstallArguments& arguments)
 {
-    const Document document = ReadDocument(arguments);
+    Document document = ReadDocument(arguments);
     SelectWatch(options.root);
+    if (arguments.keepsSelection) KeepSelection(document);
     Connection connection;
     RequireService(connection);
     FaceUpdater updater(connection, arguments.as);
@@ -86,6 +101,8 @@ Action Define(CLI::App& parser, const char* type)
         ->type_name("TEXT");
     parser.add_option("--as", arguments->as, "the application that asks (default: the phone-side manager)")
         ->type_name("APP");
+    parser.add_flag("--keep-selection", arguments->keepsSelection,
+                    "take over what is chosen in the stored face, and say what is gone");
     parser.add_flag("--no-wait", arguments->noWait, "do not wait for the preview");
     parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 20 s)")
         ->type_name("S")

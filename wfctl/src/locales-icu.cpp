@@ -6,6 +6,7 @@
 #include <unicode/ustring.h>
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -58,19 +59,36 @@ std::string_view WithoutFolder(std::string_view timezone)
     return folder == std::string_view::npos ? timezone : timezone.substr(folder + kFolder.size());
 }
 
-// The ids, which stay with ICU.
-std::vector<std::string> Timezones()
+// The ids of all time zones, or of one country's.
+std::vector<std::string> Timezones(const char* country = nullptr)
 {
-    static const auto open = LATE_ICU_I18N(ucal_openTimeZones);
+    static const auto open = LATE_ICU_I18N(ucal_openTimeZoneIDEnumeration);
     static const auto next = LATE_ICU_UC(uenum_next);
     static const auto close = LATE_ICU_UC(uenum_close);
     std::vector<std::string> ids;
     if (!open || !next || !close) return ids;
     UErrorCode status = U_ZERO_ERROR;
-    UEnumeration* all = open(&status);
+    UEnumeration* all = open(UCAL_ZONE_TYPE_ANY, country, nullptr, &status);
     while (const char* id = U_SUCCESS(status) ? next(all, nullptr, &status) : nullptr) ids.emplace_back(id);
     if (all) close(all);
     return ids;
+}
+
+// What ICU writes as wide characters, as UTF-8; nothing when it fails. `write` takes the room, its length and
+// the status, and gives the length.
+template <typename Write>
+std::optional<std::string> Utf8Of(const Write& write)
+{
+    static const auto toUtf8 = LATE_ICU_UC(u_strToUTF8);
+    constexpr int32_t kMost = 128;
+    UErrorCode status = U_ZERO_ERROR;
+    UChar wide[kMost];
+    const int32_t length = write(wide, kMost, &status);
+    char text[3 * kMost];
+    int32_t bytes = 0;
+    if (toUtf8) toUtf8(text, 3 * kMost, &bytes, wide, std::min(length, kMost), &status);
+    if (!toUtf8 || U_FAILURE(status)) return std::nullopt;
+    return std::string(text, static_cast<std::size_t>(bytes));
 }
 
 std::string Problem(const char* what, const std::string& text, std::string_view name,
@@ -100,19 +118,32 @@ std::string TimezoneProblem(const std::string& timezone)
     return Problem("time zone", timezone, id, {ids.begin(), ids.end()}, "Europe/Berlin");
 }
 
+std::string CountryOfTimezone(const std::string& timezone)
+{
+    static const auto countries = LATE_ICU_UC(uloc_getISOCountries);
+    static const auto displayCountry = LATE_ICU_UC(uloc_getDisplayCountry);
+    if (!countries || !displayCountry) return {};
+    const std::string id(WithoutFolder(timezone));
+    for (const char* const* country = countries(); *country; ++country) {
+        const std::vector<std::string> ids = Timezones(*country);
+        if (std::find(ids.begin(), ids.end(), id) == ids.end()) continue;
+        const std::string locale = std::string("und_") + *country;
+        const auto name = Utf8Of([&](UChar* wide, int32_t most, UErrorCode* status) {
+            return displayCountry(locale.c_str(), "en", wide, most, status);
+        });
+        return name.value_or("");
+    }
+    return {};
+}
+
 std::string LanguageName(const std::string& language)
 {
     static const auto displayName = LATE_ICU_UC(uloc_getDisplayName);
-    static const auto toUtf8 = LATE_ICU_UC(u_strToUTF8);
-    if (!displayName || !toUtf8 || !IsKnownLanguage(language)) return language;
-    UErrorCode status = U_ZERO_ERROR;
-    constexpr int32_t kMost = 128;
-    UChar wide[kMost];
-    const int32_t length = displayName(language.c_str(), "en", wide, kMost, &status);
-    char text[3 * kMost];
-    int32_t bytes = 0;
-    toUtf8(text, 3 * kMost, &bytes, wide, std::min(length, kMost), &status);
-    return U_SUCCESS(status) ? std::string(text, static_cast<std::size_t>(bytes)) : language;
+    if (!displayName || !IsKnownLanguage(language)) return language;
+    const auto name = Utf8Of([&](UChar* wide, int32_t most, UErrorCode* status) {
+        return displayName(language.c_str(), "en", wide, most, status);
+    });
+    return name.value_or(language);
 }
 
 }  // namespace Wfctl

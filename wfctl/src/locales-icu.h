@@ -13,6 +13,9 @@ std::string LanguageProblem(const std::string& language);
 // The same for a time zone: an id such as "Asia/Seoul", or a path that holds one behind "zoneinfo/".
 std::string TimezoneProblem(const std::string& timezone);
 
+// The country of a time zone's id, in English; empty for a zone of no country.
+std::string CountryOfTimezone(const std::string& timezone);
+
 // In English: "German (Germany)". The text itself when it is not known.
 std::string LanguageName(const std::string& language);
 

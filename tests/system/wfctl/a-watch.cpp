@@ -101,8 +101,20 @@ std::string AWatch::ReadWriteFace(const std::string& name) const
     return mRoot + "/apps/com.corvane.watchface/shared/data/watchlist/" + name + "/";
 }
 
+namespace {
+const std::string kStagedList = STAGED_FACES "/com.corvane.watchface/shared/res/watchlist/";
+}
+
+std::vector<std::string> StagedFaces()
+{
+    std::vector<std::string> names;
+    for (const auto& folder : std::filesystem::directory_iterator(kStagedList)) {
+        names.push_back(folder.path().filename());
+    }
+    return names;
+}
+
 std::string StagedResultXml(const std::string& name)
 {
-    return std::string(STAGED_FACES) + "/com.corvane.watchface/shared/res/watchlist/" + name + "/" + name +
-           "_result.xml";
+    return kStagedList + name + "/" + name + "_result.xml";
 }

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <string>
+#include <vector>
 
 #include "running.h"
 
@@ -31,7 +32,8 @@ protected:
     std::string mFolder;
 };
 
-// A face of the build tree.
+// The faces of the build tree, and the result XML of one.
+std::vector<std::string> StagedFaces();
 std::string StagedResultXml(const std::string& name);
 
 class AWatch : public AFolder {

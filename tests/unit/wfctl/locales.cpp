@@ -47,3 +47,10 @@ TEST(ATimeZone, that_is_unknown_has_a_near_one)
     EXPECT_THAT(TimezoneProblem("/usr/share/zoneinfo/Asia/Soul"), HasSubstr("did you mean Asia/Seoul?"));
     EXPECT_THAT(TimezoneProblem(""), HasSubstr("there is no time zone []"));
 }
+
+TEST(ATimeZone, has_a_country)
+{
+    EXPECT_EQ(CountryOfTimezone("Asia/Tokyo"), "Japan");
+    EXPECT_EQ(CountryOfTimezone("America/Argentina/Buenos_Aires"), "Argentina");
+    EXPECT_EQ(CountryOfTimezone("UTC"), "");
+}
