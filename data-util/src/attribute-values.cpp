@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 
 #include "nearest-name.h"
 #include "utf8.h"
@@ -10,40 +11,10 @@ namespace DataUtil {
 
 namespace {
 
-constexpr Source kSourceTable[] = {
-    {"date",         false, false, "d"    },
-    {"battery",      true,  false, nullptr},
-    {"pedometer",    true,  false, nullptr},
-    {"heartrate",    true,  false, nullptr},
-    {"water",        true,  false, nullptr},
-    {"caffeine",     true,  false, nullptr},
-    {"weather",      false, true,  nullptr},
-    {"calendar",     false, true,  nullptr},
-    {"alarm",        false, false, nullptr},
-    {"d-day",        false, false, nullptr},
-    {"notification", false, true,  nullptr},
-    {"shortcut",     false, false, nullptr},
-    {"moonphase",    false, false, nullptr},
-    {"worldclock",   false, false, "Jmm"  },
-};
-
-}  // namespace
-
-constexpr std::span<const Source> kSources = kSourceTable;
-
-const Source* FindSource(std::string_view name)
-{
-    const auto at =
-        std::find_if(kSources.begin(), kSources.end(), [&](const Source& s) { return name == s.name; });
-    return at == kSources.end() ? nullptr : &*at;
-}
-
-namespace {
-
 using Value = std::optional<std::string>;
 
-constexpr std::string_view kSkeletonLetters = "GyMLdEcDwaBhHjJms";
-constexpr std::size_t kLongestSkeleton = 16;
+constexpr std::size_t kLongestSlug = 32;
+constexpr std::size_t kLongestKey = 64;
 constexpr std::size_t kLongestPath = 255;
 constexpr std::size_t kLongestFaceId = 128;
 constexpr std::size_t kLongestLabel = 32;
@@ -62,17 +33,32 @@ bool IsUpper(char c)
 {
     return c >= 'A' && c <= 'Z';
 }
+bool IsLetter(char c)
+{
+    return IsLower(c) || IsUpper(c);
+}
+bool IsLetterOrDigit(char c)
+{
+    return IsLetter(c) || IsDigit(c);
+}
+bool IsCapitalOrDigit(char c)
+{
+    return IsUpper(c) || IsDigit(c);
+}
+bool IsHexDigit(char c)
+{
+    return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
 
 bool ConsistsOf(std::string_view text, bool (*accepts)(char))
 {
     return std::all_of(text.begin(), text.end(), accepts);
 }
 
-bool IsSlug(std::string_view text, std::size_t longest, bool dots)
+// 1 to `most` characters of a kind.
+bool IsWord(std::string_view text, std::size_t most, bool (*accepts)(char))
 {
-    if (text.empty() || text.size() > longest || !IsLower(text.front())) return false;
-    return std::all_of(text.begin(), text.end(),
-                       [dots](char c) { return IsLower(c) || IsDigit(c) || c == '-' || (dots && c == '.'); });
+    return !text.empty() && text.size() <= most && ConsistsOf(text, accepts);
 }
 
 std::string FormatThousandths(int value)
@@ -109,59 +95,35 @@ constexpr NumberRange kNumberRanges[] = {
     {ValueKind::kSkip,       0,        360000,   1000,   "a whole number from 0 to 360"                       },
 };
 
-Value Number(const NumberRange& range, std::string_view raw, std::string& problem)
+Value Number(const NumberRange& range, std::string_view raw)
 {
     const auto value = ParseThousandths(raw);
     if (value && *value >= range.least && *value <= range.most && *value % range.step == 0) {
         return FormatThousandths(*value);
     }
-    problem = range.expected;
     return std::nullopt;
 }
 
-Value Checked(bool good, std::string_view raw, const char* expected, std::string& problem)
+bool IsSlugOf(std::string_view text, std::size_t longest, bool dots)
 {
-    if (good) return std::string(raw);
-    problem = expected;
-    return std::nullopt;
+    if (text.empty() || text.size() > longest || !IsLower(text.front())) return false;
+    return std::all_of(text.begin(), text.end(),
+                       [dots](char c) { return IsLower(c) || IsDigit(c) || c == '-' || (dots && c == '.'); });
 }
 
-Value Color(std::string_view raw, ValueKind kind, std::string& problem)
+bool IsSlug(std::string_view raw)
 {
-    if (raw == "none" && kind != ValueKind::kLiteralColor) return std::string(raw);
-    if (raw.starts_with('#')) {
-        const bool hex = (raw.size() == 7 || raw.size() == 9) && ConsistsOf(raw.substr(1), [](char c) {
-                             return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-                         });
-        if (hex) {
-            std::string value(raw);
-            for (char& c : value) c = IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c;
-            if (value.size() == 9 && value.ends_with("FF")) value.resize(7);
-            return value;
-        }
-    } else if (kind == ValueKind::kColor && IsSlug(raw, 32, false)) {
-        return std::string(raw);
-    }
-    problem = kind == ValueKind::kLiteralColor ? "a colour as #RRGGBB or #RRGGBBAA"
-              : kind == ValueKind::kPaint      ? "a colour as #RRGGBB, #RRGGBBAA or none"
-                                               : "a colour as #RRGGBB, #RRGGBBAA, none or a palette role";
-    return std::nullopt;
+    return IsSlugOf(raw, kLongestSlug, false);
 }
 
-Value OneOf(std::string_view raw, const std::vector<std::string_view>& names, std::string& problem)
+bool IsRoleName(std::string_view raw)
 {
-    if (std::find(names.begin(), names.end(), raw) != names.end()) return std::string(raw);
-    problem = "one of the known names" + Suggestion(raw, names);
-    return std::nullopt;
+    return raw != "none" && IsSlug(raw);
 }
 
-Value SourceName(std::string_view raw, bool emptyToo, std::string& problem)
+bool IsKey(std::string_view raw)
 {
-    std::vector<std::string_view> names;
-    names.reserve(std::size(kSources) + 1);
-    for (const Source& source : kSources) names.emplace_back(source.name);
-    if (emptyToo) names.emplace_back("empty");
-    return OneOf(raw, names, problem);
+    return IsSlugOf(raw, kLongestKey, true);
 }
 
 bool IsLanguage(std::string_view raw)
@@ -173,7 +135,7 @@ bool IsLanguage(std::string_view raw)
         const std::string_view subtag = raw.substr(begin, end - begin);
         if (subtag.size() < 2 || subtag.size() > (part == 0 ? 3U : 8U)) return false;
         if (part == 0 && !ConsistsOf(subtag, IsLower)) return false;
-        if (!ConsistsOf(subtag, [](char c) { return IsLower(c) || IsUpper(c) || IsDigit(c); })) return false;
+        if (!ConsistsOf(subtag, IsLetterOrDigit)) return false;
         begin = end + 1;
     }
     return true;
@@ -197,32 +159,21 @@ bool IsTime(std::string_view raw)
 
 bool IsSkeleton(std::string_view raw)
 {
-    return !raw.empty() && raw.size() <= kLongestSkeleton &&
-           ConsistsOf(raw, [](char c) { return kSkeletonLetters.find(c) != std::string_view::npos; });
+    return IsWord(raw, 16, [](char c) {
+        return std::string_view("GyMLdEcDwaBhHjJms").find(c) != std::string_view::npos;
+    });
 }
 
-// Says for the first bad part of a path why it is refused, or nothing.
-const char* AssetProblem(std::string_view raw)
+bool IsAsset(std::string_view raw)
 {
-    if (raw.empty() || raw.size() > kLongestPath) return "a path of 1 to 255 bytes";
-    if (raw.front() == '/') return "a path relative to the face's folder, without a leading \"/\"";
-    if (raw.find('\\') != std::string_view::npos)
-        return "a path with \"/\" between its parts, without \"\\\"";
+    if (raw.empty() || raw.size() > kLongestPath || raw.find('\\') != std::string_view::npos) return false;
     for (std::size_t begin = 0; begin <= raw.size();) {
         const std::size_t end = std::min(raw.find('/', begin), raw.size());
         const std::string_view part = raw.substr(begin, end - begin);
-        if (part.empty()) return "a path without empty parts";
-        if (part == "." || part == "..") return "a path inside the face's folder, without \".\" and \"..\"";
+        if (part.empty() || part == "." || part == "..") return false;
         begin = end + 1;
     }
-    const bool control =
-        !ConsistsOf(raw, [](char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 0x7f; });
-    return control ? "a path without control characters" : nullptr;
-}
-
-bool IsLetter(char c)
-{
-    return IsLower(c) || IsUpper(c);
+    return CountCharacters(raw).has_value();
 }
 
 bool IsFileName(std::string_view raw)
@@ -242,7 +193,7 @@ bool IsZoneId(std::string_view raw)
 {
     return !raw.empty() && raw.front() != '/' && raw.back() != '/' &&
            raw.find("//") == std::string_view::npos && ConsistsOf(raw, [](char c) {
-               return IsLetter(c) || IsDigit(c) || c == '_' || c == '+' || c == '-' || c == '/';
+               return IsLetterOrDigit(c) || c == '_' || c == '+' || c == '-' || c == '/';
            });
 }
 
@@ -255,53 +206,173 @@ bool IsZonePath(std::string_view raw)
            IsZoneId(raw.substr(1));
 }
 
-Value Points(std::string_view raw, std::string& problem)
+bool IsUsage(std::string_view raw)
+{
+    return IsWord(raw, 16, IsLetterOrDigit);
+}
+
+bool IsPrefix(std::string_view raw)
+{
+    return IsWord(raw, 8, IsCapitalOrDigit);
+}
+
+bool IsPickedName(std::string_view raw)
+{
+    return raw.size() <= 64;
+}
+
+template <bool (*accepts)(std::string_view)>
+Value Unchanged(std::string_view raw)
+{
+    return accepts(raw) ? Value(raw) : std::nullopt;
+}
+
+// Capitals, and no alpha that is opaque.
+Value Hexadecimal(std::string_view raw)
+{
+    const bool good = (raw.size() == 7 || raw.size() == 9) && raw.front() == '#';
+    if (!good || !ConsistsOf(raw.substr(1), IsHexDigit)) return std::nullopt;
+    std::string value(raw);
+    for (char& c : value) c = IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c;
+    if (value.size() == 9 && value.ends_with("FF")) value.resize(7);
+    return value;
+}
+
+Value Paint(std::string_view raw)
+{
+    return raw == "none" ? Value(raw) : Hexadecimal(raw);
+}
+
+Value PaintOrRole(std::string_view raw)
+{
+    return IsSlug(raw) ? Value(raw) : Hexadecimal(raw);
+}
+
+Value Points(std::string_view raw)
 {
     const NumberRange& range = kNumberRanges[static_cast<std::size_t>(ValueKind::kCoordinate)];
     const auto pairs = SplitAtSpaces(raw);
     std::string value;
-    problem = "3 to 128 points as \"x,y x,y x,y\"";
     if (pairs.size() < 3 || pairs.size() > 128) return std::nullopt;
     for (const std::string_view pair : pairs) {
         const std::size_t comma = pair.find(',');
         if (comma == std::string_view::npos) return std::nullopt;
-        std::string unused;
-        const Value x = Number(range, pair.substr(0, comma), unused);
-        const Value y = Number(range, pair.substr(comma + 1), unused);
+        const Value x = Number(range, pair.substr(0, comma));
+        const Value y = Number(range, pair.substr(comma + 1));
         if (!x || !y) return std::nullopt;
         value += (value.empty() ? "" : " ") + *x + "," + *y;
     }
     return value;
 }
 
-Value Joined(std::string_view raw, std::size_t most, bool (*accepts)(std::string_view), const char* expected,
-             std::string& problem)
+Value List(std::string_view raw, std::size_t most, bool (*accepts)(std::string_view))
 {
     const auto parts = SplitAtSpaces(raw);
-    const bool good =
-        !parts.empty() && parts.size() <= most && std::all_of(parts.begin(), parts.end(), accepts);
+    if (parts.empty() || parts.size() > most || !std::all_of(parts.begin(), parts.end(), accepts))
+        return std::nullopt;
     std::string value;
     for (const std::string_view part : parts) value += (value.empty() ? "" : " ") + std::string(part);
-    return Checked(good, value, expected, problem);
+    return value;
 }
 
-bool IsIndex(std::string_view part)
+Value Labels(std::string_view raw)
 {
-    return part.size() <= 3 && ConsistsOf(part, IsDigit) && (part.size() == 1 || part.front() != '0');
+    return List(raw, 60,
+                [](std::string_view part) { return part.size() <= kLongestLabel && CountCharacters(part); });
 }
 
-Value Condition(std::string_view raw, std::string& problem)
+Value Indices(std::string_view raw)
+{
+    return List(raw, 360, [](std::string_view part) {
+        return IsWord(part, 3, IsDigit) && (part.size() == 1 || part.front() != '0');
+    });
+}
+
+Value Condition(std::string_view raw)
 {
     const auto terms = ParseCondition(raw);
-    if (!terms) {
-        problem = "conditions as \"group=option\" or \"group!=option\", separated by spaces";
-        return std::nullopt;
-    }
+    if (!terms) return std::nullopt;
     std::string value;
     for (const Term& term : *terms) {
         value += (value.empty() ? "" : " ") + term.subject + (term.negated ? "!=" : "=") + term.value;
     }
     return value;
+}
+
+// One row per kind of text: its canonical form, the words for a message, and as much of it as a pattern can
+// say.
+struct TextSyntax {
+    ValueKind kind;
+    Value (*canonical)(std::string_view);
+    const char* expected;
+    const char* pattern;
+};
+// clang-format off
+constexpr TextSyntax kTextSyntaxes[] = {
+    {ValueKind::kColor, PaintOrRole, "a colour as #RRGGBB, #RRGGBBAA, none or a palette role",
+     "#[0-9A-Fa-f]{6}([0-9A-Fa-f]{2})?|[a-z][a-z0-9\\-]{0,31}"},
+    {ValueKind::kPaint, Paint, "a colour as #RRGGBB, #RRGGBBAA or none",
+     "#[0-9A-Fa-f]{6}([0-9A-Fa-f]{2})?|none"},
+    {ValueKind::kLiteralColor, Hexadecimal, "a colour as #RRGGBB or #RRGGBBAA",
+     "#[0-9A-Fa-f]{6}([0-9A-Fa-f]{2})?"},
+    {ValueKind::kSlug, Unchanged<IsSlug>, "a small letter, then up to 31 small letters, digits and hyphens",
+     "[a-z][a-z0-9\\-]{0,31}"},
+    {ValueKind::kRoleName, Unchanged<IsRoleName>,
+     "a small letter, then up to 31 small letters, digits and hyphens, and not \"none\"",
+     "[a-z][a-z0-9\\-]{0,31}"},
+    {ValueKind::kStringKey, Unchanged<IsKey>,
+     "a small letter, then up to 63 small letters, digits, hyphens and dots", "[a-z][a-z0-9.\\-]{0,63}"},
+    {ValueKind::kLanguage, Unchanged<IsLanguage>, "a BCP 47 language tag with hyphens, as \"pt-BR\"",
+     "[a-z]{2,3}(-[A-Za-z0-9]{2,8})*"},
+    {ValueKind::kFaceId, Unchanged<IsFaceId>, "small letters, digits, hyphens and dots, at most 128",
+     "[a-z][a-z0-9\\-]*(\\.[a-z0-9\\-]+)*"},
+    {ValueKind::kTime, Unchanged<IsTime>, "a time of day as HH:MM:SS",
+     "([01][0-9]|2[0-3]):[0-5][0-9]:[0-5][0-9]"},
+    {ValueKind::kSkeleton, Unchanged<IsSkeleton>,
+     "1 to 16 skeleton letters out of G y M L d E c D w a B h H j J m s", "[GyMLdEcDwaBhHjJms]{1,16}"},
+    {ValueKind::kAsset, Unchanged<IsAsset>,
+     "a path inside the face's folder of at most 255 bytes, with \"/\" between parts that are not empty, \".\" or "
+     "\"..\"",
+     "[^/\\\\]+(/[^/\\\\]+)*"},
+    {ValueKind::kCondition, Condition,
+     "conditions as \"group=option\" or \"group!=option\", separated by spaces",
+     " *[a-z][a-z0-9\\-]{0,31}!?=[a-z][a-z0-9\\-]{0,31}( +[a-z][a-z0-9\\-]{0,31}!?=[a-z][a-z0-9\\-]{0,31}){0,15} *"},
+    {ValueKind::kPoints, Points, "3 to 128 points as \"x,y x,y x,y\"",
+     " *[0-9.\\-]+,[0-9.\\-]+( +[0-9.\\-]+,[0-9.\\-]+){2,127} *"},
+    {ValueKind::kLabels, Labels, "1 to 60 labels of at most 32 bytes, separated by spaces",
+     " *[^ ]+( +[^ ]+){0,59} *"},
+    {ValueKind::kIndices, Indices, "indices of marks, separated by spaces", " *[0-9]{1,3}( +[0-9]{1,3})* *"},
+    {ValueKind::kPickedName, Unchanged<IsPickedName>, "at most 64 bytes", ".{1,64}"},
+    {ValueKind::kUsage, Unchanged<IsUsage>, "1 to 16 letters and digits", "[A-Za-z0-9]{1,16}"},
+    {ValueKind::kPrefix, Unchanged<IsPrefix>, "1 to 8 capital letters and digits", "[A-Z0-9]{1,8}"},
+    {ValueKind::kFileName, Unchanged<IsFileName>,
+     "a bare file name of at most 255 bytes, without \"/\" and control characters", "[^/]{1,255}"},
+    {ValueKind::kShortText, Unchanged<IsShortText>, "1 to 64 characters, none of them a control character",
+     ".{1,64}"},
+    {ValueKind::kZonePath, Unchanged<IsZonePath>,
+     "a time zone as \"Asia/Tokyo\" or as a path that has it behind \"/zoneinfo/\"",
+     "(/([A-Za-z0-9_+\\-]+/)*zoneinfo/)?[A-Za-z0-9_+\\-]+(/[A-Za-z0-9_+\\-]+)*"},
+};
+// clang-format on
+
+// The table's row of that kind, or null.
+template <typename Row, std::size_t Count>
+const Row* RowOf(const Row (&rows)[Count], ValueKind kind)
+{
+    const auto at =
+        std::find_if(std::begin(rows), std::end(rows), [kind](const Row& row) { return row.kind == kind; });
+    return at == std::end(rows) ? nullptr : at;
+}
+
+// What is neither a number nor a text of a form is one of some names.
+std::vector<std::string_view> NamesOf(const AttributeRule& rule)
+{
+    if (rule.kind == ValueKind::kChoice) return SplitAtSpaces(rule.choices);
+    std::vector<std::string_view> names;
+    names.reserve(kSources.size() + 1);
+    for (const Source& source : kSources) names.emplace_back(source.name);
+    if (rule.kind == ValueKind::kSourceOrEmpty) names.emplace_back(kEmptySource);
+    return names;
 }
 
 }  // namespace
@@ -347,7 +418,7 @@ std::optional<std::vector<Term>> ParseCondition(std::string_view text)
         const bool negated = subject.ends_with('!');
         if (negated) subject.remove_suffix(1);
         const std::string_view value = part.substr(equals + 1);
-        if (!IsSlug(subject, 32, false) || !IsSlug(value, 32, false)) return std::nullopt;
+        if (!IsSlug(subject) || !IsSlug(value)) return std::nullopt;
         terms.push_back({std::string(subject), std::string(value), negated});
     }
     if (terms.empty() || terms.size() > 16) return std::nullopt;
@@ -357,74 +428,27 @@ std::optional<std::vector<Term>> ParseCondition(std::string_view text)
 std::optional<std::string> CanonicalValue(const AttributeRule& rule, std::string_view raw,
                                           std::string& problem)
 {
-    for (const NumberRange& range : kNumberRanges) {
-        if (range.kind == rule.kind) return Number(range, raw, problem);
+    Value value;
+    if (const NumberRange* range = RowOf(kNumberRanges, rule.kind)) {
+        value = Number(*range, raw);
+        if (!value) problem = range->expected;
+    } else if (const TextSyntax* syntax = RowOf(kTextSyntaxes, rule.kind)) {
+        value = syntax->canonical(raw);
+        if (!value) problem = syntax->expected;
+    } else {
+        const auto names = NamesOf(rule);
+        if (std::find(names.begin(), names.end(), raw) != names.end()) value = raw;
+        if (!value) problem = "one of the known names" + Suggestion(raw, names);
     }
-    constexpr const char* slugExpected = "a small letter, then up to 31 small letters, digits and hyphens";
-    switch (rule.kind) {
-        case ValueKind::kColor:
-        case ValueKind::kPaint:
-        case ValueKind::kLiteralColor:
-            return Color(raw, rule.kind, problem);
-        case ValueKind::kChoice:
-            return OneOf(raw, SplitAtSpaces(rule.choices), problem);
-        case ValueKind::kSlug:
-            return Checked(IsSlug(raw, 32, false), raw, slugExpected, problem);
-        case ValueKind::kRoleName:
-            return Checked(raw != "none" && IsSlug(raw, 32, false), raw, slugExpected, problem);
-        case ValueKind::kStringKey:
-            return Checked(IsSlug(raw, 64, true), raw,
-                           "a small letter, then up to 63 small letters, digits, hyphens and dots", problem);
-        case ValueKind::kLanguage:
-            return Checked(IsLanguage(raw), raw, "a BCP 47 language tag with hyphens, as \"pt-BR\"", problem);
-        case ValueKind::kFaceId:
-            return Checked(IsFaceId(raw), raw, "small letters, digits, hyphens and dots, at most 128",
-                           problem);
-        case ValueKind::kTime:
-            return Checked(IsTime(raw), raw, "a time of day as HH:MM:SS", problem);
-        case ValueKind::kSkeleton:
-            return Checked(IsSkeleton(raw), raw,
-                           "1 to 16 skeleton letters out of G y M L d E c D w a B h H j J m s", problem);
-        case ValueKind::kAsset: {
-            const char* expected = AssetProblem(raw);
-            return Checked(expected == nullptr, raw, expected, problem);
-        }
-        case ValueKind::kCondition:
-            return Condition(raw, problem);
-        case ValueKind::kPoints:
-            return Points(raw, problem);
-        case ValueKind::kLabels:
-            return Joined(
-                raw, 60,
-                [](std::string_view part) { return part.size() <= kLongestLabel && CountCharacters(part); },
-                "1 to 60 labels of at most 32 bytes, separated by spaces", problem);
-        case ValueKind::kIndices:
-            return Joined(raw, 360, IsIndex, "indices of marks, separated by spaces", problem);
-        case ValueKind::kUsage:
-            return Checked(!raw.empty() && raw.size() <= 16 &&
-                               ConsistsOf(raw, [](char c) { return IsLetter(c) || IsDigit(c); }),
-                           raw, "1 to 16 letters and digits", problem);
-        case ValueKind::kPrefix:
-            return Checked(!raw.empty() && raw.size() <= 8 &&
-                               ConsistsOf(raw, [](char c) { return IsUpper(c) || IsDigit(c); }),
-                           raw, "1 to 8 capital letters and digits", problem);
-        case ValueKind::kFileName:
-            return Checked(IsFileName(raw), raw,
-                           "a bare file name of at most 255 bytes, without \"/\" and control characters",
-                           problem);
-        case ValueKind::kShortText:
-            return Checked(IsShortText(raw), raw, "1 to 64 characters, none of them a control character",
-                           problem);
-        case ValueKind::kZonePath:
-            return Checked(IsZonePath(raw), raw,
-                           "a time zone as \"Asia/Tokyo\" or as a path that has it behind \"/zoneinfo/\"",
-                           problem);
-        case ValueKind::kSource:
-        case ValueKind::kSourceOrEmpty:
-            return SourceName(raw, rule.kind == ValueKind::kSourceOrEmpty, problem);
-        default:
-            return Checked(raw.size() <= 64, raw, "at most 64 bytes", problem);
-    }
+    return value;
+}
+
+ValueSyntax SyntaxOf(const AttributeRule& rule)
+{
+    if (const NumberRange* range = RowOf(kNumberRanges, rule.kind))
+        return {.least = range->least, .most = range->most};
+    if (const TextSyntax* syntax = RowOf(kTextSyntaxes, rule.kind)) return {.pattern = syntax->pattern};
+    return {.names = NamesOf(rule)};
 }
 
 }  // namespace DataUtil

@@ -6,10 +6,11 @@
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "sources.h"
 
 namespace DataUtil {
 
@@ -81,16 +82,14 @@ struct Term {
 // The terms of a `when` in order; nothing when it is malformed.
 std::optional<std::vector<Term>> ParseCondition(std::string_view text);
 
-// What complications can show.
-struct Source {
-    const char* name;
-    bool hasShare;                   // can be drawn as an arc
-    bool needsPhone;                 // shows data of a paired phone
-    const char* skeleton = nullptr;  // of the time or date that it shows, unless the slot has its own
+// What a schema of other tools says about an attribute's values: one of these.
+struct ValueSyntax {
+    std::vector<std::string_view> names = {};  // one of them
+    const char* pattern = nullptr;             // a regular expression of XML Schema, for all of the value
+    // A decimal number, in thousandths.
+    int least = 0;
+    int most = 0;
 };
-extern const std::span<const Source> kSources;
-const Source* FindSource(std::string_view name);
-inline constexpr std::string_view kWorldClockSource = "worldclock";
-inline constexpr std::string_view kEmptySource = "empty";
+ValueSyntax SyntaxOf(const AttributeRule& rule);
 
 }  // namespace DataUtil

@@ -5,25 +5,32 @@
 
 #include "a-face-document.h"
 #include "face-schema.h"
+#include "faces.h"
 #include "flat-schema.h"
 
 using testing::HasSubstr;
 
-class AShippedFace : public testing::TestWithParam<const char*> {
+class AShippedFace : public testing::TestWithParam<std::string> {
 protected:
-    AShippedFace()
-        : mText(TextOf(std::string(SHIPPED_FACES) + "/" + GetParam() + "/" + GetParam() + "_result.xml")),
-          mParsed(DataUtil::ParseFace(mText))
+    AShippedFace() : mText(TextOf(GetParam())), mParsed(DataUtil::ParseFace(mText)) {}
+
+    static DataUtil::Selection Picked(const std::string& group, const std::string& option)
     {
+        DataUtil::Selection selection;
+        selection.picks[group] = option;
+        return selection;
+    }
+    static DataUtil::Selection Placed(const std::string& slot, const std::string& source)
+    {
+        DataUtil::Selection selection;
+        selection.places[slot] = {source, {}};
+        return selection;
     }
 
     // The face with this selection, which must be valid.
-    std::string FlatWith(const std::string& selection)
+    std::string FlatWith(const DataUtil::Selection& selection)
     {
-        std::string text = mText;
-        const std::string empty = "<selection/>";
-        text.replace(text.find(empty), empty.size(), "<selection>" + selection + "</selection>");
-        const DataUtil::ParseResult parsed = DataUtil::ParseFace(text);
+        const DataUtil::ParseResult parsed = DataUtil::ParseFace(DataUtil::WithSelection(mText, selection));
         for (const DataUtil::Finding& finding : parsed.findings)
             ADD_FAILURE() << DataUtil::FormatFinding(finding);
         return parsed.document ? DataUtil::Flatten(*parsed.document) : "";
@@ -38,7 +45,7 @@ TEST_P(AShippedFace, has_no_finding)
     for (const DataUtil::Finding& finding : mParsed.findings)
         ADD_FAILURE() << DataUtil::FormatFinding(finding);
     ASSERT_TRUE(mParsed.document);
-    EXPECT_EQ(mParsed.document->id, GetParam());
+    EXPECT_THAT(GetParam(), testing::EndsWith("/" + mParsed.document->id + "_result.xml"));
 }
 
 TEST_P(AShippedFace, is_translated)
@@ -57,7 +64,7 @@ TEST_P(AShippedFace, shows_a_difference_for_each_option_on_offer)
         if (!resolution.shown.at(group.id)) continue;
         std::set<std::string> drawings;
         for (const DataUtil::Option& option : group.options) {
-            drawings.insert(FlatWith("<pick group=\"" + group.id + "\" option=\"" + option.id + "\"/>"));
+            drawings.insert(FlatWith(Picked(group.id, option.id)));
         }
         EXPECT_EQ(drawings.size(), group.options.size()) << group.id;
     }
@@ -67,10 +74,9 @@ TEST_P(AShippedFace, takes_every_source_on_offer_and_none)
 {
     ASSERT_TRUE(mParsed.document);
     for (const DataUtil::Slot& slot : mParsed.document->slots) {
-        FlatWith("<place slot=\"" + slot.name + "\" source=\"empty\"/>");
+        FlatWith(Placed(slot.name, "empty"));
         for (const DataUtil::Offer& offer : slot.offers) {
-            const std::string flat =
-                FlatWith("<place slot=\"" + slot.name + "\" source=\"" + offer.source + "\"/>");
+            const std::string flat = FlatWith(Placed(slot.name, offer.source));
             if (flat.find("name=\"" + slot.name + "\"") == std::string::npos) continue;  // in a hidden layer
             EXPECT_THAT(flat, HasSubstr("name=\"" + slot.name + "\" group=\"" + slot.group + "\" source=\"" +
                                         offer.source));
@@ -78,10 +84,10 @@ TEST_P(AShippedFace, takes_every_source_on_offer_and_none)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(of_this_watch, AShippedFace,
-                         testing::Values("com.corvane.watchface-mirel-c1", "com.corvane.watchface-mirel-e1"),
+INSTANTIATE_TEST_SUITE_P(of_this_watch, AShippedFace, testing::ValuesIn(ShippedResultXmls()),
                          [](const auto& face) {
-                             return std::string(face.param).substr(std::string(face.param).size() - 2);
+                             const std::size_t end = face.param.find("_result.xml");
+                             return face.param.substr(end - 2, 2);
                          });
 
 TEST(TheFormatPage, shows_the_flat_document_that_is_made_of_the_analog_face)
