@@ -124,7 +124,7 @@ std::u16string ZoneOf(std::string_view path, UErrorCode* status)
     if (folder != std::string_view::npos) path.remove_prefix(folder + kFolder.size());
     const std::u16string id = FromUtf8(path, status);
     UChar canonical[kLongestName];
-    Icu().canonicalZone(id.data(), Length(id), canonical, kLongestName, nullptr, status);
+    Icu().canonicalZone(id.data(), Length(id), canonical, int32_t{kLongestName}, nullptr, status);
     return id;
 }
 
