@@ -98,8 +98,10 @@ Action DefineRender(CLI::App& parser)
         .add_option("FILE|NAME", arguments->what,
                     "a result XML, a watchface.xml, or a watch face of the watch")
         ->required();
-    parser.add_option("-o", arguments->out, "the picture (default: the face's name with .png)")
-        ->type_name("OUT.png");
+    parser
+        .add_option("-o", arguments->out,
+                    "the picture, an SVG where its name ends in .svg (default: the face's name with .png)")
+        ->type_name("OUT");
     parser.add_option("--language", arguments->language, "of texts and dates (default: the watch's)")
         ->type_name("L");
     parser.add_option("--hours", arguments->hours, "12 or 24 (default: the watch's)")

@@ -52,10 +52,15 @@ void WriteFile(const std::string& path, const std::string& text)
     if (!file) throw Stop(Exit::kError, "the file [" + path + "] cannot be written: " + std::strerror(errno));
 }
 
+std::string FindingLine(const std::string& file, const DataUtil::Finding& finding)
+{
+    return file + ":" + DataUtil::FormatFinding(finding);
+}
+
 void PrintFindings(const std::string& file, const std::vector<DataUtil::Finding>& findings)
 {
     for (const DataUtil::Finding& finding : findings) {
-        std::fprintf(stderr, "%s:%s\n", file.c_str(), DataUtil::FormatFinding(finding).c_str());
+        std::fprintf(stderr, "%s\n", FindingLine(file, finding).c_str());
     }
 }
 

@@ -30,7 +30,10 @@ bool IsFileName(const std::string& what);
 
 void WriteFile(const std::string& path, const std::string& text);
 
-// To stderr, one line each: "file:line:col: code: message".
+// "file:line:col: code: message".
+std::string FindingLine(const std::string& file, const DataUtil::Finding& finding);
+
+// To stderr, one line each.
 void PrintFindings(const std::string& file, const std::vector<DataUtil::Finding>& findings);
 Json FindingsJson(const std::vector<DataUtil::Finding>& findings);
 

@@ -8,6 +8,8 @@
 #include <set>
 #include <thread>
 
+#include "application-table.h"
+#include "areas.h"
 #include "arguments.h"
 #include "child-process.h"
 #include "documents.h"
@@ -66,7 +68,9 @@ std::vector<std::string> WordsFor(const Picture& picture)
                                       "--hours",
                                       picture.look.is24Hours ? "24" : "12",
                                       "--timezone",
-                                      picture.look.timezone};
+                                      picture.look.timezone,
+                                      "--trusted",
+                                      Platform::CurrentAreas().TrustedOf(std::string(Platform::kFacesId))};
     if (!picture.what.faces.empty()) words.insert(words.end(), {"--faces", picture.what.faces});
     if (picture.look.size > 0) words.insert(words.end(), {"--size", std::to_string(picture.look.size)});
     return words;

@@ -103,7 +103,7 @@ std::string Escaped(const std::string& text)
     return out;
 }
 
-// Writes the elements of the document and the texts that they show.
+// Writes the elements of the document.
 class Writer {
 public:
     explicit Writer(const Measures& measures) : mMeasures(measures) {}
@@ -118,8 +118,7 @@ private:
     void Line(const std::string& text, int x, int baseline, int width, const char* align, bool isName);
 
     const Measures& mMeasures;
-    std::string mTexts, mElements;
-    unsigned mCount = 0;
+    std::string mElements;
 };
 
 std::string Attribute(const char* name, int value)
@@ -130,9 +129,7 @@ std::string Attribute(const char* name, int value)
 void Writer::Line(const std::string& text, int x, int baseline, int width, const char* align, bool isName)
 {
     if (text.empty()) return;
-    const std::string key = "t" + std::to_string(mCount++);
-    mTexts += "    <string key=\"" + key + "\">" + Escaped(text) + "</string>\n";
-    mElements += "  <text text-key=\"" + key + "\"" + Attribute("x", x) + Attribute("y", baseline) +
+    mElements += "  <text text=\"" + Escaped(text) + "\"" + Attribute("x", x) + Attribute("y", baseline) +
                  " align=\"" + align + "\"" + Attribute("size", isName ? mMeasures.name : mMeasures.note) +
                  (isName ? " weight=\"600\"" : "") + " color=\"" + (isName ? kNameColor : kNoteColor) + "\"" +
                  Attribute("max-width", width) + "/>\n";
@@ -202,8 +199,8 @@ std::string Writer::Document(const SheetSize& size) const
            Attribute("width", size.width) + Attribute("height", size.height) +
            " shape=\"square\" background=\"" + kBackground +
            "\" default-language=\"en\" preview-time=\"10:08:36\" title-key=\"title\">\n"
-           "  <strings language=\"en\">\n    <string key=\"title\">Sheet</string>\n" +
-           mTexts + "  </strings>\n" + mElements + "</watchface>\n";
+           "  <strings language=\"en\"><string key=\"title\">Sheet</string></strings>\n" +
+           mElements + "</watchface>\n";
 }
 
 }  // namespace

@@ -58,6 +58,7 @@ Action DefineUpdate(CLI::App&);
 Action DefineEdit(CLI::App&);
 Action DefinePreviewRequest(CLI::App&);
 Action DefinePreviewCheck(CLI::App&);
+Action DefineValidate(CLI::App&);
 Action DefineFlatten(CLI::App&);
 Action DefineRender(CLI::App&);
 Action DefineSheet(CLI::App&);

@@ -1,4 +1,4 @@
-// Faces: list, current, set, install, update, flatten, render.
+// Faces: list, current, set, install, update, validate, flatten, render.
 
 #include <filesystem>
 #include <fstream>
@@ -157,6 +157,57 @@ TEST_F(AFolder, is_enough_to_find_what_is_wrong_with_a_document)
     EXPECT_EQ(Wfctl({"flatten", mFolder + "/none.xml"}).status, 10);
 }
 
+TEST_F(AWatch, finds_nothing_wrong_with_its_faces)
+{
+    const Result checked = Run({"validate", kClassic, kDigital});
+    EXPECT_EQ(checked.status, 0) << checked.out;
+    EXPECT_EQ(checked.out, ReadOnlyFace(kClassic) + kClassic + "_result.xml: good\n" +
+                               ReadOnlyFace(kClassic) + "watchface.xml: good\n" + ReadOnlyFace(kDigital) +
+                               kDigital + "_result.xml: good\n" + ReadOnlyFace(kDigital) +
+                               "watchface.xml: good\n");
+}
+
+TEST_F(AFolder, is_enough_to_find_all_that_is_wrong_with_documents)
+{
+    std::string text = ContentsOf(StagedResultXml(kClassic));
+    text = Replaced(text, "label-key=\"dial\"", "label-key=\"dail\"");
+    text = Replaced(text, "<scene>",
+                    "<scene>\n<image src=\"none.png\" x=\"0\" y=\"0\" width=\"0x\" height=\"1\"/>");
+    const std::string result = Holding("bad_result.xml", text);
+    const std::string flat = Holding("flat.xml", "<watchface format=\"1\"/>");
+    const Result checked = Wfctl({"validate", result, flat, StagedResultXml(kDigital)});
+    EXPECT_EQ(checked.status, 1);
+    EXPECT_THAT(checked.out, HasSubstr(result + ":"));
+    EXPECT_THAT(checked.out, HasSubstr(": E-REF-UNKNOWN: "));
+    EXPECT_THAT(checked.out, HasSubstr(": E-VALUE: "));
+    EXPECT_THAT(checked.out, HasSubstr(flat + ":1:1: E-ATTRIBUTE-MISSING: "));
+    EXPECT_THAT(checked.out, HasSubstr(StagedResultXml(kDigital) + ": good\n"));
+    const Json all = Wfctl({"validate", result, flat, "--json"}).AsJson();
+    EXPECT_EQ(all[0]["kind"], "face-result");
+    EXPECT_EQ(all[1]["kind"], "watchface");
+    EXPECT_EQ(all[1]["good"], false);
+    EXPECT_EQ(all[1]["findings"][0]["line"], 1);
+    EXPECT_EQ(Wfctl({"validate", mFolder + "/none.xml"}).status, 10);
+    EXPECT_EQ(Wfctl({"validate", "com.example.none"}).status, 10);
+}
+
+TEST_F(AFolder, is_enough_to_find_assets_that_are_not_there)
+{
+    const std::string text =
+        Replaced(ContentsOf(StagedResultXml(kClassic)), "<scene>",
+                 "<scene>\n<image src=\"spot.png\" x=\"0\" y=\"0\" width=\"9\" height=\"9\"/>");
+    const std::string file = Holding("own_result.xml", text);
+    const Result missing = Wfctl({"validate", file});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_THAT(missing.out, HasSubstr(": E-ASSET-MISSING: "));
+    Holding("spot.png", "text");
+    EXPECT_THAT(Wfctl({"validate", file}).out, HasSubstr(": E-ASSET-TYPE: "));
+    ASSERT_EQ(
+        Wfctl({"render", StagedResultXml(kClassic), "--size", "16", "-o", mFolder + "/spot.png"}).status, 0);
+    const Result good = Wfctl({"validate", file});
+    EXPECT_EQ(good.status, 0) << good.out;
+}
+
 TEST_F(AFolder, is_enough_to_draw_a_document)
 {
     const std::string source =
@@ -169,6 +220,8 @@ TEST_F(AFolder, is_enough_to_draw_a_document)
         EXPECT_THAT(ContentsOf(mFolder + "/out.png"), StartsWith(kPngSignature));
         fs::remove(mFolder + "/out.png");
     }
+    EXPECT_EQ(Wfctl({"render", source + "watchface.xml", "-o", mFolder + "/out.svg"}).status, 0);
+    EXPECT_THAT(ContentsOf(mFolder + "/out.svg"), HasSubstr("<svg"));
     EXPECT_EQ(Wfctl({"render", Holding("bad.xml", "<face-result/>"), "-o", mFolder + "/out.png"}).status, 1);
     EXPECT_EQ(Wfctl({"render", "com.example.none"}).status, 10);
     EXPECT_FALSE(fs::exists(mFolder + "/out.png"));

@@ -114,9 +114,9 @@ TEST(ASheet, takes_any_name)
     DataUtil::Findings findings;
     const auto tree = DataUtil::XmlTree::Load(SheetDocument({block}, 100), findings);
     ASSERT_TRUE(tree);
-    const pugi::xml_node strings = tree->Root().child("strings");
-    EXPECT_STREQ(strings.find_child_by_attribute("key", "t0").child_value(), "<R&D> \"x\"??");
-    EXPECT_STREQ(strings.find_child_by_attribute("key", "t1").child_value(), "?");
+    const pugi::xml_node name = tree->Root().child("text");
+    EXPECT_STREQ(name.attribute("text").value(), "<R&D> \"x\"??");
+    EXPECT_STREQ(name.next_sibling("text").attribute("text").value(), "?");
 }
 
 TEST(ASheet, is_not_larger_than_a_drawing_may_be)
