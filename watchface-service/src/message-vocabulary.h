@@ -10,6 +10,10 @@
 
 #pragma once
 
+#include <algorithm>
+#include <iterator>
+#include <string>
+
 namespace WatchfaceService {
 
 // The service's own trusted port.
@@ -67,6 +71,11 @@ inline constexpr const char* kAllowedSenders[] = {
 
 // Whose changes the manager on the phone is told of; in the order of comparison.
 inline constexpr const char* kLocalEditors[] = {Peer::kSettingList, Peer::kHome, Peer::kEditor};
+
+inline bool IsLocalEditor(const std::string& appId)
+{
+    return std::ranges::find(kLocalEditors, appId) != std::end(kLocalEditors);
+}
 
 // Values of "type".
 namespace MessageType {

@@ -25,11 +25,6 @@ bool IsAllowedSender(const std::string& appId)
     return std::ranges::find(kAllowedSenders, appId) != std::end(kAllowedSenders);
 }
 
-bool IsLocalEditor(const std::string& appId)
-{
-    return std::ranges::find(kLocalEditors, appId) != std::end(kLocalEditors);
-}
-
 }  // namespace
 
 using namespace std::placeholders;
@@ -51,6 +46,10 @@ const MsgControl::Handler MsgControl::kHandlers[] = {
     {MessageType::kDualClockData,           &MsgControl::OnDualClockRequest       },
     {MessageType::kPrepareUpdateWorldClock, &MsgControl::OnPrepareWorldClockUpdate},
     {MessageType::kUpdateWorldClock,        &MsgControl::OnWorldClockUpdate       },
+    {MessageType::kBgAdd,                   &MsgControl::OnBgAdd                  },
+    {MessageType::kBgDel,                   &MsgControl::OnBgDel                  },
+    {MessageType::kBgSave,                  &MsgControl::OnBgSave                 },
+    {MessageType::kBgCancel,                &MsgControl::OnBgCancel               },
     {MessageType::kCaptureFinished,         &MsgControl::OnCaptureFinished        },
 };
 
@@ -172,6 +171,13 @@ void MsgControl::SendMessage(const std::string& remoteAppId, bundle* message)
 void MsgControl::Reply(const Request& request, bool success)
 {
     SendReplyWithIconPath(request.message, request.remoteAppId, request.remotePort, success);
+}
+
+void MsgControl::ReplyWithStatus(const Request& request, bool success)
+{
+    const BundlePtr reply(bundle_dup(request.message));
+    Add(reply, MessageKey::kStatus, success ? kSuccess : kFail);
+    SendMessage(request.remoteAppId, reply.get());
 }
 
 void MsgControl::SendReplyWithIconPath(bundle* message, const std::string& remoteAppId,

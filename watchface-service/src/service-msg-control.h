@@ -95,7 +95,24 @@ private:
     void OnPrepareWorldClockUpdate(const Request& request);
     void OnWorldClockUpdate(const Request& request);
     void OnCaptureFinished(const Request& request);
+    void OnBgAdd(const Request& request);
+    void OnBgDel(const Request& request);
+    void OnBgSave(const Request& request);
+    void OnBgCancel(const Request& request);
 
+    // How a background message wants its change made. `directLog` is logged when only the phone is to be
+    // told.
+    struct BgChange {
+        int type;            // BgType
+        std::string prefix;  // of the gallery folder
+        bool keep;           // hold it until save or cancel
+        bool direct;         // it has been made already
+    };
+    BgChange ReadBgChange(const Request& request, const char* directLog) const;
+    std::string BgPrefixOf(const Request& request) const;
+    void SendBgDeletionToWms(const BgManager::BgList& fileNames);
+
+    void ReplyWithStatus(const Request& request, bool success);
     void Reply(const Request& request, bool success);
     void TellOthersOfUpdate(const Request& request, const std::string& label, const std::string& resultXml,
                             const std::string& iconPath);
