@@ -85,6 +85,7 @@ private:
 
     void ReadChildren(const pugi::xml_node& xml, Node& node)
     {
+        node.children.reserve(static_cast<std::size_t>(std::distance(xml.begin(), xml.end())));
         for (const pugi::xml_node& child : xml.children()) {
             if (mFindings.IsFull()) return;
             if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {

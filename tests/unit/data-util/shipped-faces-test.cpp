@@ -1,12 +1,10 @@
-// The faces that this watch ships, and the page about their format.
+// The faces that this watch ships.
 
-#include <filesystem>
 #include <set>
 
 #include "a-face-document.h"
-#include "face-schema.h"
+#include "asset-checks.h"
 #include "faces.h"
-#include "flat-schema.h"
 
 using testing::HasSubstr;
 
@@ -46,6 +44,14 @@ TEST_P(AShippedFace, has_no_finding)
         ADD_FAILURE() << DataUtil::FormatFinding(finding);
     ASSERT_TRUE(mParsed.document);
     EXPECT_THAT(GetParam(), testing::EndsWith("/" + mParsed.document->id + "_result.xml"));
+}
+
+TEST_P(AShippedFace, has_all_its_assets)
+{
+    ASSERT_TRUE(mParsed.document);
+    const std::string folder = GetParam().substr(0, GetParam().rfind('/'));
+    for (const DataUtil::Finding& finding : DataUtil::CheckAssets(*mParsed.document, {folder}))
+        ADD_FAILURE() << DataUtil::FormatFinding(finding);
 }
 
 TEST_P(AShippedFace, is_translated)
@@ -89,43 +95,3 @@ INSTANTIATE_TEST_SUITE_P(of_this_watch, AShippedFace, testing::ValuesIn(ShippedR
                              const std::size_t end = face.param.find("_result.xml");
                              return face.param.substr(end - 2, 2);
                          });
-
-TEST(TheFormatPage, shows_the_flat_document_that_is_made_of_the_analog_face)
-{
-    const std::string name = "com.corvane.watchface-mirel-c1";
-    const auto parsed = DataUtil::ParseFace(TextOf(SHIPPED_FACES "/" + name + "/" + name + "_result.xml"));
-    ASSERT_TRUE(parsed.document);
-    EXPECT_EQ(TextOf(EXAMPLES "/watchface-c1.xml"), DataUtil::Flatten(*parsed.document));
-}
-
-TEST(TheFormatPage, names_every_element_attribute_and_source)
-{
-    const std::string page = TextOf(FORMAT_PAGE);
-    for (const DataUtil::Schema* schema : {&DataUtil::FaceSchema(), &DataUtil::FlatSchema()}) {
-        for (const DataUtil::ElementRule& rule : schema->Rules()) {
-            EXPECT_NE(page.find("`" + std::string(rule.name) + "`"), std::string::npos) << rule.name;
-            for (const DataUtil::AttributeRule& attribute : rule.attributes) {
-                EXPECT_NE(page.find(attribute.name), std::string::npos) << attribute.name;
-            }
-        }
-    }
-    for (const DataUtil::Source& source : DataUtil::kSources) {
-        EXPECT_NE(page.find("`" + std::string(source.name) + "`"), std::string::npos) << source.name;
-    }
-}
-
-TEST(TheFormatPage, explains_every_code_of_the_library)
-{
-    const std::string page = TextOf(FORMAT_PAGE);
-    for (const auto& file :
-         std::filesystem::directory_iterator(std::string(SHIPPED_FACES) + "/../data-util/src")) {
-        const std::string source = TextOf(file.path());
-        for (std::size_t at = 0; (at = source.find_first_of("EWN", at)) != std::string::npos; ++at) {
-            if (at == 0 || source[at - 1] != '"' || source[at + 1] != '-') continue;
-            const std::size_t end = source.find('"', at);
-            const std::string code = source.substr(at, end - at);
-            if (code.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ-") != std::string::npos) continue;
-            EXPECT_NE(page.find("| `" + code + "` |"), std::string::npos) << code << " of " << file.path();
-        }
-    }
-}
