@@ -62,6 +62,10 @@ private:
     std::unique_ptr<Impl> mImpl;
 };
 
+// The bytes of the regular file `path`, of at most 32 MiB, as far as they can be read; anything else counts
+// as empty. Never waits for a writer.
+std::string ReadWholeFile(const std::string& path);
+
 // One file written as a whole. To its user it opens with truncation, takes bytes and closes; failures
 // only set its state, which nobody has to test. Underneath, the new content replaces the old at Close() in
 // one step: until then, and after any failure, the file holds its old content whole.

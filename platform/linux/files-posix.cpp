@@ -19,7 +19,7 @@ namespace {
 
 using Platform::UniqueFd;
 
-constexpr off_t kLongestCopy = off_t{32} << 20;
+constexpr off_t kLongestFile = off_t{32} << 20;  // that is copied or read
 constexpr int kDeepestRemoval = 64;
 
 struct DirCloser {
@@ -56,25 +56,33 @@ bool RemoveTree(int parent, const std::string& name, int depth)
     return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0 && all;
 }
 
+// As read(), past interruptions.
+ssize_t ReadSome(int fd, char* buffer, std::size_t size)
+{
+    for (;;) {
+        const ssize_t n = read(fd, buffer, size);
+        if (n >= 0 || errno != EINTR) return n;
+    }
+}
+
 bool CopyBytes(int from, Platform::FileReplacement& to)
 {
     if (ioctl(to.Fd(), FICLONE, from) == 0) return true;
     off_t copied = 0;
-    while (copied <= kLongestCopy) {
+    while (copied <= kLongestFile) {
         // Whatever stops it, an end that the kernel only believes in included, reading finds out and says.
         const ssize_t n = copy_file_range(from, nullptr, to.Fd(), nullptr, 1 << 20, 0);
         if (n <= 0) break;
         copied += n;
     }
-    if (copied > kLongestCopy) return false;
+    if (copied > kLongestFile) return false;
     char buffer[1 << 16];
     for (;;) {
-        const ssize_t n = read(from, buffer, sizeof buffer);
-        if (n < 0 && errno == EINTR) continue;
+        const ssize_t n = ReadSome(from, buffer, sizeof buffer);
         if (n < 0) PLATFORM_FAULT("could not read what is to be copied: %s", std::strerror(errno));
         if (n <= 0) return n == 0;
         copied += n;
-        if (copied > kLongestCopy || !to.Write({buffer, static_cast<std::size_t>(n)})) return false;
+        if (copied > kLongestFile || !to.Write({buffer, static_cast<std::size_t>(n)})) return false;
     }
 }
 
@@ -82,7 +90,7 @@ UniqueFd OpenRegular(const std::string& path)
 {
     UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat info {};
-    if (!fd || fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLongestCopy)
+    if (!fd || fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLongestFile)
         return {};
     return fd;
 }
@@ -167,4 +175,19 @@ bool CommonUtilFile::Copy(const std::string& from, const std::string& to)
     if (!source) return false;
     auto replacement = Platform::FileReplacement::Begin(to, "copying");
     return replacement && CopyBytes(source.Get(), *replacement) && replacement->Commit();
+}
+
+std::string ReadWholeFile(const std::string& path)
+{
+    const UniqueFd file = OpenRegular(path);
+    std::string bytes;
+    char buffer[1 << 16];
+    // A file that grows meanwhile ends at the limit as well.
+    while (file && bytes.size() <= static_cast<std::size_t>(kLongestFile)) {
+        const ssize_t n = ReadSome(file.Get(), buffer, sizeof buffer);
+        if (n < 0) PLATFORM_FAULT("could not read %s: %s", path.c_str(), std::strerror(errno));
+        if (n <= 0) break;
+        bytes.append(buffer, static_cast<std::size_t>(n));
+    }
+    return bytes;
 }

@@ -162,6 +162,14 @@ bool WrapCopy(const std::string& from, const std::string& to)
     return !Use("CommonUtilFile::Copy") && RealCopy(from, to);
 }
 
+std::string RealRead(const std::string& path) __asm__("__real__Z13ReadWholeFile" STRING_REF);
+std::string WrapRead(const std::string& path) __asm__("__wrap__Z13ReadWholeFile" STRING_REF);
+std::string WrapRead(const std::string& path)
+{
+    Note("read " + Shown(path));
+    return Use("ReadWholeFile") ? std::string() : RealRead(path);
+}
+
 void RealOpen(FileOutputStream* self,
               const std::string& path) __asm__("__real__ZN16FileOutputStreamC1E" STRING_REF);
 void WrapOpen(FileOutputStream* self,

@@ -211,7 +211,7 @@ public:
     //   job start | idler start | timer start 0.5 | timer stop
     //   mkpath PATH | recursive_rm PATH | remove PATH | ls PATH | exists PATH | is_dir PATH
     //   xml PATH | png PATH | png released | copy FROM -> TO
-    //   open PATH | close PATH | lock PATH 3 | unlock PATH
+    //   read PATH | open PATH | close PATH | lock PATH 3 | unlock PATH
     //   usleep 200000
     //   app_control_create | app_control_clone | app_control_set_app_id APP | app_control_destroy
     //   launch APP {...} | launch reply 0 {...}
@@ -245,8 +245,8 @@ public:
     //   app_manager_get_shared_resource_path app_manager_get_shared_data_path
     //   app_manager_get_shared_trusted_path ecore_file_mkpath ecore_file_recursive_rm ecore_file_remove
     //   ecore_file_exists ecore_file_is_dir ecore_file_ls CommonUtilFile::Copy CommonUtilFile::Exists
-    //   FileOutputStream CommonUtilVConf::Get CommonUtilVConf::Set CommonUtilPref::Get CommonUtilPref::Set
-    //   SendTrustedMessage SendMessage CheckTrustedRemotePort
+    //   ReadWholeFile FileOutputStream CommonUtilVConf::Get CommonUtilVConf::Set CommonUtilPref::Get
+    //   CommonUtilPref::Set SendTrustedMessage SendMessage CheckTrustedRemotePort
     //   data_util_... (each by its own name; null or 0) service_app_add_event_handler
     //   cairo_image_surface_create_from_png CommonUtilI18NDateFormatter::Format
     // A failed app_control_destroy releases the handle all the same. An unknown name throws.

@@ -23,6 +23,7 @@ const std::set<std::string>& Functions()
         "CommonUtilVConf::Get",
         "CommonUtilVConf::Set",
         "FileOutputStream",
+        "ReadWholeFile",
         "SendMessage",
         "SendTrustedMessage",
         "app_control_add_extra_data",

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kLongestCopy = std::size_t{32} << 20;
+constexpr std::size_t kLongestFile = std::size_t{32} << 20;
 
 class AFile : public ContractTest {
 protected:
@@ -123,6 +123,32 @@ TEST_F(AFile, name_is_the_last_component)
     EXPECT_STREQ(ecore_file_file_get("c.png"), "c.png");
     EXPECT_STREQ(ecore_file_file_get("/a/b/"), "");
     EXPECT_STREQ(ecore_file_file_get(""), "");
+}
+
+TEST_F(AFile, is_read_whole_and_as_it_is)
+{
+    const std::string bytes = std::string("\xFF\0\r\n", 4) + std::string(100'000, 'x') + "\n";
+    WriteFile(InArea("file"), bytes);
+    EXPECT_EQ(ReadWholeFile(InArea("file")), bytes);
+}
+
+TEST_F(AFile, that_is_none_reads_as_empty)
+{
+    ASSERT_EQ(mkfifo(InArea("fifo").c_str(), 0600), 0);
+    EXPECT_EQ(ReadWholeFile(InArea("nothing")), "");
+    EXPECT_EQ(ReadWholeFile(InArea("fifo")), "");
+    EXPECT_EQ(ReadWholeFile(InArea("watchlist")), "");
+    EXPECT_EQ(ReadWholeFile("/dev/zero"), "");
+    EXPECT_EQ(ReadWholeFile(""), "");
+}
+
+TEST_F(AFile, is_read_up_to_a_length_of_32_MiB)
+{
+    WriteFile(InArea("file"), "");
+    fs::resize_file(InArea("file"), kLongestFile);
+    EXPECT_EQ(ReadWholeFile(InArea("file")).size(), kLongestFile);
+    fs::resize_file(InArea("file"), kLongestFile + 1);
+    EXPECT_EQ(ReadWholeFile(InArea("file")), "");
 }
 
 TEST_F(AFile, is_removed)
@@ -333,12 +359,12 @@ TEST_F(ACopy, is_at_most_32_MiB_long)
 {
     WriteFile(InArea("to"), "old");
     WriteFile(InArea("from"), "");
-    fs::resize_file(InArea("from"), kLongestCopy + 1);
+    fs::resize_file(InArea("from"), kLongestFile + 1);
     EXPECT_FALSE(CommonUtilFile::Copy(InArea("from"), InArea("to")));
     EXPECT_EQ(ReadFile(InArea("to")), "old");
-    fs::resize_file(InArea("from"), kLongestCopy);
+    fs::resize_file(InArea("from"), kLongestFile);
     EXPECT_TRUE(CommonUtilFile::Copy(InArea("from"), InArea("to")));
-    EXPECT_EQ(fs::file_size(InArea("to")), kLongestCopy);
+    EXPECT_EQ(fs::file_size(InArea("to")), kLongestFile);
 }
 
 TEST_F(ACopy, takes_the_place_of_a_link_and_leaves_alone_where_it_leads)

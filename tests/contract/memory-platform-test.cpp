@@ -100,8 +100,9 @@ TEST_F(TheMemoryPlatform, fails_file_operations_without_touching_files)
 {
     platform.WriteFile(platform.RW("watchlist/a/a.png"), "old");
     platform.WriteFile(platform.RO("watchlist/a/a.png"), "new");
-    for (const char* name : {"CommonUtilFile::Copy", "FileOutputStream", "ecore_file_recursive_rm",
-                             "ecore_file_ls", "ecore_file_exists", "app_manager_get_shared_data_path"}) {
+    for (const char* name :
+         {"CommonUtilFile::Copy", "FileOutputStream", "ecore_file_recursive_rm", "ReadWholeFile",
+          "ecore_file_ls", "ecore_file_exists", "app_manager_get_shared_data_path"}) {
         platform.Fail(name);
     }
     EXPECT_FALSE(CommonUtilFile::Copy(platform.RO("watchlist/a/a.png"), platform.RW("watchlist/a/a.png")));
@@ -111,6 +112,7 @@ TEST_F(TheMemoryPlatform, fails_file_operations_without_touching_files)
         stream.Close();
         EXPECT_FALSE(stream.Good());
     }
+    EXPECT_EQ(ReadWholeFile(platform.RW("watchlist/a/a.png")), "");
     EXPECT_FALSE(ecore_file_recursive_rm(platform.RW("watchlist/a").c_str()));
     EXPECT_EQ(ecore_file_ls(platform.RW("watchlist").c_str()), nullptr);
     EXPECT_FALSE(ecore_file_exists(platform.RW("watchlist").c_str()));
@@ -119,10 +121,11 @@ TEST_F(TheMemoryPlatform, fails_file_operations_without_touching_files)
     EXPECT_EQ(path, nullptr);
     EXPECT_EQ(platform.ReadFile(platform.RW("watchlist/a/a.png")), "old");
     EXPECT_THAT(platform.Tree(platform.RW()), ElementsAre("watchlist/", "watchlist/a/", "watchlist/a/a.png"));
-    EXPECT_THAT(platform.Calls(),
-                ElementsAre("copy RO:watchlist/a/a.png -> RW:watchlist/a/a.png", "open RW:watchlist/a/a.png",
-                            "close RW:watchlist/a/a.png", "recursive_rm RW:watchlist/a", "ls RW:watchlist",
-                            "exists RW:watchlist", "path data com.corvane.watchface"));
+    EXPECT_THAT(
+        platform.Calls(),
+        ElementsAre("copy RO:watchlist/a/a.png -> RW:watchlist/a/a.png", "open RW:watchlist/a/a.png",
+                    "close RW:watchlist/a/a.png", "read RW:watchlist/a/a.png", "recursive_rm RW:watchlist/a",
+                    "ls RW:watchlist", "exists RW:watchlist", "path data com.corvane.watchface"));
 }
 
 TEST_F(TheMemoryPlatform, tells_threads_apart_and_waits_for_their_end)
