@@ -23,6 +23,7 @@ HOME = ("com.corvane.w-home", "w-home::localport")
 SETTINGS = ("com.corvane.watch-utils.setting-list", "clocksetting::localport")
 CAPTURE = ("com.corvane.watchface-capture", "watchface-capture::localport")
 C1 = "com.corvane.watchface-mirel-c1"
+C4 = "com.corvane.watchface-mirel-c4"
 E1 = "com.corvane.watchface-mirel-e1"
 
 
