@@ -77,12 +77,14 @@ std::string PhotoFolder(const DataUtil::Photos& photos)
     return theme + "GalleryBackgrounds/" + (photos.prefix.empty() ? "" : photos.prefix + "/");
 }
 
-void WarnOfMissingPhotos(const DataUtil::FaceDocument& document)
+void WarnOfMissingPhotos(const DataUtil::FaceDocument& document, const DataUtil::Selection& old)
 {
     std::error_code error;
     for (const DataUtil::Photos& photos : document.photos) {
         const auto file = document.selection.photos.find(photos.id);
+        const auto before = old.photos.find(photos.id);
         if (file == document.selection.photos.end()) continue;
+        if (before != old.photos.end() && before->second == file->second) continue;
         const std::string path = PhotoFolder(photos) + file->second;
         if (!fs::is_regular_file(path, error))
             Warn("there is no picture [" + path + "] yet; until there is, [" + photos.id +
@@ -151,7 +153,7 @@ Exit Edit(const Options& options, const EditArguments& arguments)
     const std::string xml = DataUtil::WithSelection(old.xml, selection);
     const DataUtil::FaceDocument document = ParsedOrRefused(old.face.ResultXml(), xml);
     const std::vector<Difference> differences = DifferencesOf(old.document, document);
-    WarnOfMissingPhotos(document);
+    WarnOfMissingPhotos(document, old.document.selection);
     if (arguments.dryRun) {
         PrintDryRun(options, differences, xml);
         return Exit::kDone;

@@ -6,6 +6,7 @@
 #include <unicode/ustring.h>
 
 #include <algorithm>
+#include <cctype>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -91,13 +92,25 @@ std::optional<std::string> Utf8Of(const Write& write)
     return std::string(text, static_cast<std::size_t>(bytes));
 }
 
-std::string Problem(const char* what, const std::string& text, std::string_view name,
-                    const std::vector<std::string_view>& known, const char* example)
+// The shortest id that holds the last part of what was typed: people know the city, not its continent.
+std::string_view WithSameCity(std::string_view timezone, const std::vector<std::string>& ids)
 {
-    const std::string_view nearest = DataUtil::NearestName(name, known);
+    constexpr std::size_t kShortest = 3;
+    const std::string_view city = timezone.substr(timezone.rfind('/') + 1);
+    const auto isSame = [](char one, char other) { return std::tolower(one) == std::tolower(other); };
+    std::string_view found;
+    for (const std::string& id : ids) {
+        const bool holds = std::search(id.begin(), id.end(), city.begin(), city.end(), isSame) != id.end();
+        if (holds && (found.empty() || id.size() < found.size())) found = id;
+    }
+    return city.size() < kShortest ? std::string_view() : found;
+}
+
+std::string Problem(const char* what, const std::string& text, std::string_view meant, const char* example)
+{
     return std::string("there is no ") + what + " [" + text + "]; " +
-           (nearest.empty() ? std::string("one looks like ") + example + "."
-                            : "did you mean " + std::string(nearest) + "?");
+           (meant.empty() ? std::string("one looks like ") + example + "."
+                          : "did you mean " + std::string(meant) + "?");
 }
 
 }  // namespace
@@ -107,7 +120,7 @@ std::string LanguageProblem(const std::string& language)
     if (IsKnownLanguage(language)) return {};
     std::string name = language;  // as ICU writes it
     std::replace(name.begin(), name.end(), '-', '_');
-    return Problem("language", language, name, Languages(), "de_DE");
+    return Problem("language", language, DataUtil::NearestName(name, Languages()), "de_DE");
 }
 
 std::string TimezoneProblem(const std::string& timezone)
@@ -115,7 +128,9 @@ std::string TimezoneProblem(const std::string& timezone)
     const std::string_view id = WithoutFolder(timezone);
     const std::vector<std::string> ids = Timezones();
     if (ids.empty() || std::find(ids.begin(), ids.end(), id) != ids.end()) return {};
-    return Problem("time zone", timezone, id, {ids.begin(), ids.end()}, "Europe/Berlin");
+    std::string_view meant = WithSameCity(id, ids);
+    if (meant.empty()) meant = DataUtil::NearestName(id, {ids.begin(), ids.end()});
+    return Problem("time zone", timezone, meant, "Europe/Berlin");
 }
 
 std::string CountryOfTimezone(const std::string& timezone)

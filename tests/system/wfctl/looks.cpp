@@ -154,6 +154,7 @@ TEST_F(AWatch, tells_of_a_photo_that_is_not_there)
     EXPECT_THAT(edited.err, HasSubstr("/theme/GalleryBackgrounds/cat.png] yet"));
     EXPECT_THAT(edited.out, StartsWith("picture: default -> cat.png\n"));
     EXPECT_EQ(ById(Run({"show", kOwn, "--json"}).AsJson()["photos"], "picture")["file"], "cat.png");
+    EXPECT_THAT(Run({"edit", kOwn, "--pick", "dial=round"}).err, Not(HasSubstr("cat.png")));
 }
 
 TEST_F(AWatch, keeps_the_selection_in_an_update_that_is_to)

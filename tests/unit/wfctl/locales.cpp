@@ -45,6 +45,8 @@ TEST(ATimeZone, that_is_unknown_has_a_near_one)
 {
     EXPECT_THAT(TimezoneProblem("Europe/Berln"), HasSubstr("[Europe/Berln]; did you mean Europe/Berlin?"));
     EXPECT_THAT(TimezoneProblem("/usr/share/zoneinfo/Asia/Soul"), HasSubstr("did you mean Asia/Seoul?"));
+    EXPECT_THAT(TimezoneProblem("tokyo"), HasSubstr("did you mean Asia/Tokyo?"));
+    EXPECT_THAT(TimezoneProblem("America/Buenos"), HasSubstr("did you mean America/Buenos_Aires?"));
     EXPECT_THAT(TimezoneProblem(""), HasSubstr("there is no time zone []"));
 }
 
