@@ -22,6 +22,17 @@ std::string_view OrEmpty(const char* text)
     return text ? text : "";
 }
 
+std::string Environment(const char* name)
+{
+    return std::string(OrEmpty(std::getenv(name)));
+}
+
+std::string SystemBusAddress()
+{
+    const std::string address = Environment("DBUS_SYSTEM_BUS_ADDRESS");
+    return address.empty() ? "unix:path=/run/dbus/system_bus_socket" : address;
+}
+
 bool IsFromDriver(sd_bus_message* answer)
 {
     return OrEmpty(sd_bus_message_get_sender(answer)) == kDriver;
@@ -40,16 +51,20 @@ MessagePtr NewDriverCall(sd_bus* bus, const char* member, const std::string& arg
 
 std::string BusAddress()
 {
-    const auto environment = [](const char* name) { return std::string(OrEmpty(std::getenv(name))); };
     for (const char* name : {"DBUS_STARTER_ADDRESS", "DBUS_SESSION_BUS_ADDRESS"}) {
-        if (std::string address = environment(name); !address.empty()) return address;
+        if (std::string address = Environment(name); !address.empty()) return address;
     }
-    const std::string runtime = environment("XDG_RUNTIME_DIR");
+    const std::string runtime = Environment("XDG_RUNTIME_DIR");
     if (!runtime.empty() && access((runtime + "/bus").c_str(), F_OK) == 0) {
         return "unix:path=" + runtime + "/bus";
     }
-    const std::string system = environment("DBUS_SYSTEM_BUS_ADDRESS");
-    return system.empty() ? "unix:path=/run/dbus/system_bus_socket" : system;
+    return SystemBusAddress();
+}
+
+bool IsSystemBus(const std::string& address)
+{
+    // The address that a started program finds has the bus's id behind it.
+    return address.starts_with(SystemBusAddress());
 }
 
 std::unique_ptr<Bus> Bus::Open(const std::string& address, sd_event* event, std::function<void()> onLost,

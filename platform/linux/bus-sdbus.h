@@ -26,6 +26,9 @@ inline constexpr char kDriverPath[] = "/org/freedesktop/DBus";
 // The address of the watch's bus: the one that started us, else the session's, else the system's.
 std::string BusAddress();
 
+// Whether the address is that of the system's bus, as opposed to a session's or a private one.
+bool IsSystemBus(const std::string& address);
+
 class Bus final : private OwnerLedger::Watcher {
 public:
     // Connects and attaches to `event`; null with the reason in `*error` when it cannot. `onLost` runs when

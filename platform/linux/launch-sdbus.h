@@ -6,6 +6,7 @@
 #include <list>
 #include <string>
 
+#include "bus-names.h"
 #include "bus-sdbus.h"
 #include "common-util-tasks.h"
 #include "event-loop-sdevent.h"
@@ -14,8 +15,6 @@
 
 namespace Platform {
 
-inline constexpr char kApplicationPath[] = "/com/corvane/platform/app";
-inline constexpr char kApplicationInterface[] = "com.corvane.platform.Application1";
 // How long an application may take to come up.
 inline constexpr uint64_t kStartTimeoutUsec = 3'000'000;
 

@@ -21,14 +21,12 @@
 #include <string>
 
 #include "bundle-wire-sdbus.h"
+#include "bus-names.h"
 #include "bus-sdbus.h"
 #include "common-util-tasks.h"
 #include "refusal-log.h"
 
 namespace Platform {
-
-inline constexpr char kPortPath[] = "/com/corvane/platform/port";
-inline constexpr char kPortInterface[] = "com.corvane.platform.MessagePort1";
 
 // The bus name under which a port is up.
 std::string PortBusName(const std::string& appId, const std::string& port, bool trusted);

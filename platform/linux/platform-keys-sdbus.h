@@ -6,13 +6,11 @@
 #include <functional>
 #include <string>
 
+#include "bus-names.h"
 #include "systemd-handles.h"
 #include "value-store-sqlite.h"
 
 namespace Platform {
-
-inline constexpr char kKeysPath[] = "/com/corvane/platform/keys";
-inline constexpr char kKeysInterface[] = "com.corvane.platform.Keys1";
 
 // Announces a change; 0 or a negative code.
 int AnnounceKey(sd_bus* bus, const std::string& key);

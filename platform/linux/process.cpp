@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "application-table.h"
 #include "areas.h"
 #include "platform-log.h"
 
@@ -34,6 +35,10 @@ std::string DefaultRoot()
 {
     if (const std::string state = Environment("STATE_DIRECTORY"); !state.empty()) return state;
     if (const std::string state = Environment("XDG_STATE_HOME"); !state.empty()) return state + "/watch";
+    // The system's bus carries the device's watch, where one is installed.
+    std::error_code error;
+    if (IsSystemBus(BusAddress()) && std::filesystem::is_directory(kDeviceRoot, error))
+        return std::string(kDeviceRoot);
     return Environment("HOME") + "/.local/state/watch";
 }
 

@@ -241,9 +241,7 @@ std::string BusKind(const std::string& address)
 {
     const auto state = ReadState(WatchPaths{Platform::CurrentAreas().root});
     if (state && state->Address() == address) return "private";
-    const char* system = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
-    const std::string systemAddress = system ? system : "unix:path=/run/dbus/system_bus_socket";
-    return address == systemAddress ? "system" : "session";
+    return Platform::IsSystemBus(address) ? "system" : "session";
 }
 
 std::string TrustText(const std::string& kind)

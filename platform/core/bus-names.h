@@ -1,0 +1,19 @@
+// What the applications of a watch offer each other on the bus. The bus policy is made from these, too.
+
+#pragma once
+
+namespace Platform {
+
+// Messages to a port.
+inline constexpr char kPortPath[] = "/com/corvane/platform/port";
+inline constexpr char kPortInterface[] = "com.corvane.platform.MessagePort1";
+
+// Launch requests.
+inline constexpr char kApplicationPath[] = "/com/corvane/platform/app";
+inline constexpr char kApplicationInterface[] = "com.corvane.platform.Application1";
+
+// The announcement of a platform key that was written.
+inline constexpr char kKeysPath[] = "/com/corvane/platform/keys";
+inline constexpr char kKeysInterface[] = "com.corvane.platform.Keys1";
+
+}  // namespace Platform
