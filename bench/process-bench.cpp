@@ -1,4 +1,4 @@
-// Start-up, idle memory, round trip and wake-ups of the service, each beside its floor, measured in one run.
+// Start-up, idle memory, round trips and wake-ups of the service, each beside its floor, measured in one run.
 //
 //     process-bench PREFIX [--idle SECONDS]
 //
@@ -12,6 +12,9 @@
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unicode/udat.h>
+#include <unicode/udatpg.h>
+#include <unicode/ustring.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -29,6 +32,7 @@
 #include <string>
 #include <vector>
 
+#include "common-util-i18n.h"
 #include "data-util.h"
 #include "log.h"
 #include "message-port-sdbus.h"
@@ -50,6 +54,10 @@ constexpr char kFace[] = "com.corvane.watchface-mirel-c1";
 constexpr std::size_t kUpdateBytes = 20'000;
 constexpr int kStarts = 40;
 constexpr int kRoundTrips = 300;
+constexpr char kLanguage[] = "en_GB";
+constexpr char kTimezone[] = "Europe/London";
+constexpr std::string_view kSkeletons[] = {"yMMMd", "jm", "MMMMEEEEd", "Hms"};
+constexpr int64_t kInstant = 1'791'965'370'123;
 
 double Microseconds(Clock::duration d)
 {
@@ -314,6 +322,90 @@ std::vector<Row> Update(Bench& bench, const std::string& root, const std::string
     };
 }
 
+// ICU with everything open that the dates of kSkeletons need: what any program has to do for their texts. The
+// formats stay open until the program ends.
+class OpenDates {
+public:
+    OpenDates()
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        UDateTimePatternGenerator* patterns = udatpg_open(kLanguage, &status);
+        for (const std::string_view skeleton : kSkeletons) {
+            const std::u16string letters(skeleton.begin(), skeleton.end());
+            const std::u16string zone(std::begin(kTimezone), std::end(kTimezone) - 1);
+            UChar pattern[64];
+            const int32_t length = udatpg_getBestPattern(
+                patterns, letters.data(), static_cast<int32_t>(letters.size()), pattern, 64, &status);
+            mFormats.push_back(udat_open(UDAT_PATTERN, UDAT_PATTERN, kLanguage, zone.data(),
+                                         static_cast<int32_t>(zone.size()), pattern, length, &status));
+        }
+        udatpg_close(patterns);
+        if (U_FAILURE(status)) throw std::runtime_error("no ICU");
+    }
+
+    std::string Text(std::size_t skeleton, int64_t instant) const
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        UChar wide[128];
+        char text[384];
+        int32_t length =
+            udat_format(mFormats[skeleton], static_cast<UDate>(instant), wide, 128, nullptr, &status);
+        u_strToUTF8(text, sizeof text, &length, wide, length, &status);
+        return {text, static_cast<std::size_t>(length)};
+    }
+
+private:
+    std::vector<UDateFormat*> mFormats;
+};
+
+// A formatter of its own for each date, as for each request.
+std::string ByAFormatter(std::size_t skeleton, int64_t instant)
+{
+    return CommonUtilI18NDateFormatter(std::string(kSkeletons[skeleton]), kTimezone, kLanguage, true)
+        .Format(instant, kCommonUtilI18NTimestampMilliseconds);
+}
+
+// A date, once each skeleton was asked for; the skeletons take turns.
+double DateTime(const std::function<std::string(std::size_t, int64_t)>& write)
+{
+    constexpr int kRounds = 200;
+    const auto round = [&](int64_t instant) {
+        for (std::size_t i = 0; i < std::size(kSkeletons); ++i) {
+            if (write(i, instant).empty()) throw std::runtime_error("no date");
+        }
+    };
+    std::vector<double> times;
+    for (int i = 0; i <= kRounds; ++i) {
+        const auto start = Clock::now();
+        for (int j = 0; j < 10; ++j) round(kInstant + 1000 * (10 * i + j));
+        if (i > 0) times.push_back(Microseconds(Clock::now() - start) / 10 / std::size(kSkeletons));
+    }
+    return Median(times);
+}
+
+// Dates in this process, and asked for as the phone does.
+std::vector<Row> Dates(Bench& bench)
+{
+    const OpenDates open;
+    const double floor = DateTime([&](std::size_t i, int64_t instant) { return open.Text(i, instant); });
+    std::vector<double> ours, bus;
+    Platform::BundlePtr message(bundle_create());
+    message->Set("type", std::string("watch-icu-convert"));
+    message->Set("data/bestpattern", std::string("true"));
+    message->Set("data/timestamp", std::to_string(kInstant));
+    for (int i = 0; i < kRoundTrips; ++i) {
+        message->Set("data/skeleton",
+                     std::string(kSkeletons[static_cast<std::size_t>(i) % std::size(kSkeletons)]));
+        ours.push_back(bench.RoundTrip(kService, kServicePort, *message));
+        bus.push_back(bench.RoundTrip(kBare, "port", *message));
+    }
+    return {
+        {"date",                     "us", DateTime(ByAFormatter), floor,               "ICU with everything open"},
+        {"date request, round trip", "us", Median(ours),           Median(bus) + floor,
+         "bus + ICU with everything open"                                                                         },
+    };
+}
+
 void Idle(const Program& service, const Program& bare, int seconds)
 {
     const auto wakeUps = [](const Program& p) {
@@ -359,6 +451,8 @@ try {
     setenv("DBUS_SESSION_BUS_ADDRESS", daemon.Address().c_str(), 1);
     setenv("WATCH_ROOT", root.Path().c_str(), 1);
     setenv("WATCH_LOG", "silent", 1);
+    setenv("LC_ALL", kLanguage, 1);
+    setenv("TZ", kTimezone, 1);
     const std::string service = prefix + "/libexec/watch/watchface-service";
     const std::string bare = prefix + "/bench/bare-bus";
     const std::string face =
@@ -374,6 +468,7 @@ try {
     });
     Print(Memory(*ours, *floor));
     Idle(*ours, *floor, idle);
+    for (const Row& row : Dates(bench)) Print(row);
     for (const Row& row : Update(bench, root.Path(), Padded(ReadFile(face + "_result.xml")))) Print(row);
     return 0;
 } catch (const std::exception& error) {
