@@ -69,14 +69,18 @@ Drawn DrawSvg(const std::string& document, const Drawing::Settings& settings)
     return {std::move(result.svg), std::move(result.error), std::move(result.warnings)};
 }
 
+std::string FolderOf(const std::string& path)
+{
+    const std::string folder = std::filesystem::path(path).parent_path();
+    return folder.empty() ? "." : folder;
+}
+
 int Draw(const std::string& in, const std::string& out, const std::string& faces, Drawing::Settings settings)
 {
     std::string document, problem;
     if (!ReadWholeFile(in, kLargestDocument, document, problem))
         return Fail(in + ": cannot be read: " + problem);
-    settings.assetFolders.push_back(std::filesystem::path(in).parent_path().empty()
-                                        ? "."
-                                        : std::filesystem::path(in).parent_path().string());
+    settings.assetFolders.push_back(FolderOf(in));
     if (const std::string name = Drawing::NameOf(document); !faces.empty() && !name.empty()) {
         settings.assetFolders.push_back(faces + "/" + name);
     }
@@ -94,7 +98,7 @@ int Draw(const std::string& in, const std::string& out, const std::string& faces
 
 }  // namespace
 
-int RunDrawCommand(int argc, char** argv)
+int RunDrawCommand(int argc, char** argv, const ConfineTo& confine)
 {
     CLI::App app("Draws a face's watchface.xml as a PNG or SVG", "watchface-capture");
     Drawing::Settings settings;
@@ -117,6 +121,7 @@ int RunDrawCommand(int argc, char** argv)
         return app.exit(error) == 0 ? kDone : kUsage;
     }
     settings.hours24 = hours == 24;
+    if (!confine(FolderOf(out))) return Fail(out + ": not drawn: the process could not be confined");
     return Draw(in, out, faces, settings);
 }
 

@@ -3,13 +3,18 @@
 
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace Capture {
 
+// Takes from the process what it does not need to write below `folder`; false when that cannot be done.
+using ConfineTo = std::function<bool(const std::string& folder)>;
+
 // The exit status: 0 drawn, 1 with one line on stderr that says why not, 2 the command line is not
-// understood. Warnings are lines on stderr too and change nothing.
-int RunDrawCommand(int argc, char** argv);
+// understood. Warnings are lines on stderr too and change nothing. `confine` runs before the document is
+// opened.
+int RunDrawCommand(int argc, char** argv, const ConfineTo& confine);
 
 // The bytes of a regular file of at most `limit` bytes; false with a reason otherwise. Never blocks on a
 // pipe.

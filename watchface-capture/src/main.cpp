@@ -3,12 +3,18 @@
 #include <cstring>
 
 #include "capture-application.h"
+#include "confinement-landlock.h"
 #include "draw-command.h"
 #include "service-app.h"
 
 int main(int argc, char** argv)
 {
-    if (argc > 1) return Capture::RunDrawCommand(argc, argv);
+    if (argc > 1) {
+        const auto confine = [](const std::string& folder) {
+            return Platform::Confine({{folder}, {}, false});
+        };
+        return Capture::RunDrawCommand(argc, argv, confine);
+    }
 
     CommonUtilAppEventHandler::SetEventFunctions(service_app_add_event_handler,
                                                  service_app_remove_event_handler);

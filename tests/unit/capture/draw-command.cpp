@@ -51,7 +51,11 @@ protected:
         std::vector<char*> raw;
         for (std::string& argument : arguments) raw.push_back(argument.data());
         testing::internal::CaptureStderr();
-        const int status = Capture::RunDrawCommand(static_cast<int>(raw.size()), raw.data());
+        const int status =
+            Capture::RunDrawCommand(static_cast<int>(raw.size()), raw.data(), [this](const std::string& to) {
+                confinedTo.push_back(to);
+                return canBeConfined;
+            });
         said = testing::internal::GetCapturedStderr();
         return status;
     }
@@ -70,9 +74,28 @@ protected:
     }
 
     std::string folder, said;
+    std::vector<std::string> confinedTo;
+    bool canBeConfined = true;
 };
 
 }  // namespace
+
+TEST_F(ADrawCommand, is_confined_to_the_folder_of_its_picture)
+{
+    Draw();
+    EXPECT_EQ(confinedTo, std::vector{folder});
+    Run({"--draw", folder + "/watchface.xml", "no-folder.png"});
+    EXPECT_EQ(confinedTo.back(), ".");
+    std::filesystem::remove("no-folder.png");
+}
+
+TEST_F(ADrawCommand, draws_nothing_when_it_cannot_be_confined)
+{
+    canBeConfined = false;
+    EXPECT_EQ(Draw(), 1);
+    EXPECT_THAT(said, testing::HasSubstr("could not be confined"));
+    EXPECT_EQ(Files(), std::vector<std::string>{"watchface.xml"});
+}
 
 TEST_F(ADrawCommand, writes_the_picture_and_nothing_else)
 {
