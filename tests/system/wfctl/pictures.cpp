@@ -1,6 +1,7 @@
 // Previews: sheet, preview request, preview check; and what is told about languages and time zones.
 
 #include <filesystem>
+#include <fstream>
 
 #include "a-watch.h"
 
@@ -192,4 +193,15 @@ TEST_F(AWatch, draws_no_preview_of_a_face_that_there_is_not)
     EXPECT_EQ(requested.status, 10);
     EXPECT_THAT(requested.err, HasSubstr(std::string("did you mean ") + kDigital + "?"));
     EXPECT_FALSE(fs::exists(ReadWriteFace(kClassic)));
+}
+
+TEST_F(AWatch, says_which_face_the_service_refused_to_draw_again)
+{
+    fs::create_directories(ReadWriteFace(kDigital));
+    std::ofstream(ReadWriteFace(kDigital) + kDigital + "_result.xml") << "<face-result/>";
+    const Result requested = Run({"preview", "request", kClassic, kDigital});
+    EXPECT_EQ(requested.status, 1);
+    EXPECT_EQ(requested.out, ReadWriteFace(kClassic) + kClassic + ".png\n");
+    EXPECT_THAT(requested.err, HasSubstr(std::string("refused [") + kDigital + "]"));
+    EXPECT_THAT(requested.err, HasSubstr("E-ATTRIBUTE-MISSING"));
 }
