@@ -668,7 +668,8 @@ TEST_F(ABackgroundMessage, that_cancels_tells_the_phone_of_the_held_additions_be
                             "remove TRUSTED:theme/GalleryBackgrounds/U1/b",
                             "exists TRUSTED:theme/GalleryBackgrounds/U1/a",
                             "remove TRUSTED:theme/GalleryBackgrounds/U1/a", "log I cancel deleted bg!!",
-                            "send " + ToEditor({{"type", "watch-bg-cancel"},
+                            "send " + ToEditor({{"data/xml_data", "kept"},
+                                                {"type", "watch-bg-cancel"},
                                                 {"bg_type", "watch-bg-gallery-u1"},
                                                 {"status", "success"}})));
     EXPECT_THAT(platform.Tree(Gallery("U1")), ElementsAre("c"));
@@ -683,12 +684,11 @@ TEST_F(ABackgroundMessage, that_cancels_nothing_is_answered_and_not_told_to_the_
                 {"type",          "watch-bg-cancel"    },
                 {"bg_type",       "watch-bg-gallery-u1"}
     });
-    EXPECT_THAT(
-        Sent(),
-        ElementsAre(ToEditor({
-            {"type",    "watch-bg-cancel"    },
-            {"bg_type", "watch-bg-gallery-u1"},
-            {"status",  "success"            }
+    EXPECT_THAT(Sent(), ElementsAre(ToEditor({
+                            {"data/xml_data", "kept"               },
+                            {"type",          "watch-bg-cancel"    },
+                            {"bg_type",       "watch-bg-gallery-u1"},
+                            {"status",        "success"            }
     })));
 }
 
