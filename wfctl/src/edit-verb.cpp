@@ -181,7 +181,7 @@ Action DefineEdit(CLI::App& parser)
     parser
         .add_option("--place", changes.places,
                     "show a source in a slot, a world clock of any city; without one its default")
-        ->type_name("SLOT=SOURCE[@AREA/CITY[:CITY]]")
+        ->type_name("SLOT=SOURCE[@ZONE[:CITY]]")
         ->allow_extra_args(false);
     parser
         .add_option_function<std::string>(

@@ -35,6 +35,11 @@ struct SheetArguments {
     bool IsMatrix() const { return !languages.empty() || !hours.empty(); }
 };
 
+struct SheetFace {
+    Drawable drawable;
+    SheetLabel label;
+};
+
 // A preview of the sheet before it is a picture there.
 struct Cell {
     Drawable face;
@@ -85,21 +90,19 @@ std::vector<std::string> NamesOrAll(const std::vector<std::string>& names)
     return all;
 }
 
-std::vector<Drawable> FindAll(const SheetArguments& arguments, const std::string& scratch)
+std::vector<SheetFace> FindAll(const SheetArguments& arguments, const std::string& scratch)
 {
-    std::vector<Drawable> faces;
+    std::vector<SheetFace> faces;
     for (const std::string& name : NamesOrAll(arguments.faces)) {
         const std::string own = scratch + "/" + std::to_string(faces.size());
         fs::create_directory(own);
-        faces.push_back(FindDrawable(name, own));
+        Drawable face = FindDrawable(name, own);
+        // Several files may be of one face.
+        const std::string what = IsFileName(name) ? fs::path(name).filename().string() : face.name;
+        SheetLabel label = face.title.empty() ? SheetLabel{what, ""} : SheetLabel{face.title, what};
+        faces.push_back({std::move(face), std::move(label)});
     }
     return faces;
-}
-
-SheetLabel LabelOf(const Drawable& face)
-{
-    if (face.title.empty()) return {face.name, ""};
-    return {face.title, face.name};
 }
 
 std::string HoursText(bool is24Hours)
@@ -122,7 +125,7 @@ struct Plan {
 };
 
 // The previews as the watch has them, each with its name below.
-Plan Gallery(const std::vector<Drawable>& faces, const SheetArguments& arguments, const Looks& looks)
+Plan Gallery(const std::vector<SheetFace>& faces, const SheetArguments& arguments, const Looks& looks)
 {
     Plan plan;
     SheetBlock block;
@@ -131,9 +134,10 @@ Plan Gallery(const std::vector<Drawable>& faces, const SheetArguments& arguments
     Look look = WatchLook();
     look.language = looks.languages[0];
     look.is24Hours = looks.hours24[0];
-    for (const Drawable& face : faces) {
-        plan.cells.push_back({face, look, arguments.IsMatrix() ? "" : StoredPreview(face)});
-        block.pictures.push_back({"", 1, 1, face.isRound, LabelOf(face)});
+    for (const SheetFace& face : faces) {
+        const std::string stored = arguments.IsMatrix() ? "" : StoredPreview(face.drawable);
+        plan.cells.push_back({face.drawable, look, stored});
+        block.pictures.push_back({"", 1, 1, face.drawable.isRound, face.label});
     }
     plan.blocks.push_back(std::move(block));
     return plan;
@@ -141,7 +145,7 @@ Plan Gallery(const std::vector<Drawable>& faces, const SheetArguments& arguments
 
 // Each face over languages and hour modes. The languages are the columns, the hour modes rows; with one
 // language the hour modes are the columns. More columns than are wanted go on in another block below.
-Plan Matrix(const std::vector<Drawable>& faces, const SheetArguments& arguments, const Looks& looks)
+Plan Matrix(const std::vector<SheetFace>& faces, const SheetArguments& arguments, const Looks& looks)
 {
     struct Column {
         SheetLabel head;
@@ -173,16 +177,16 @@ Plan Matrix(const std::vector<Drawable>& faces, const SheetArguments& arguments,
         SheetBlock block;
         block.columns = end - first;
         for (std::size_t i = first; i < end; ++i) block.heads.push_back(columns[i].head);
-        for (const Drawable& face : faces) {
+        for (const SheetFace& face : faces) {
             for (std::size_t hour = 0; hour < columns[first].hours24.size(); ++hour) {
-                SheetLabel side = LabelOf(face);
+                SheetLabel side = face.label;
                 if (!hoursAcross) side.note = HoursText(columns[first].hours24[hour]);
                 block.sides.push_back(std::move(side));
                 for (std::size_t i = first; i < end; ++i) {
                     look.language = columns[i].language;
                     look.is24Hours = columns[i].hours24[hour];
-                    plan.cells.push_back({face, look, ""});
-                    block.pictures.push_back({"", 1, 1, face.isRound, {}});
+                    plan.cells.push_back({face.drawable, look, ""});
+                    block.pictures.push_back({"", 1, 1, face.drawable.isRound, {}});
                 }
             }
         }
@@ -257,7 +261,7 @@ Exit Sheet(const Options& options, const SheetArguments& arguments)
     SelectWatch(options.root);
     const TemporaryFolder scratch;
     const Looks looks = ChosenLooks(arguments);
-    const std::vector<Drawable> faces = FindAll(arguments, scratch.Path());
+    const std::vector<SheetFace> faces = FindAll(arguments, scratch.Path());
     const bool isMatrix = looks.languages.size() * looks.hours24.size() > 1;
     Plan plan = isMatrix ? Matrix(faces, arguments, looks) : Gallery(faces, arguments, looks);
     const int side = ChosenSide(plan, arguments);

@@ -41,7 +41,7 @@ constexpr Verb kVerbs[] = {
     {"update", "RESULT.xml [--name NAME] [--icon PNG] [--label TEXT] [--keep-selection] [--as APP] [--no-wait] [--timeout S]",
      "update a watch face and wait for its preview",
      "wfctl update com.corvane.watchface-mirel-c1_result.xml --keep-selection", DefineUpdate},
-    {"edit", "FACE [--pick GROUP=OPTION]… [--place SLOT=SOURCE[@AREA/CITY[:CITY]]]… [--preset ID] [--photo PHOTOS=FILE]… [--reset] [--dry-run] [--as APP] [--timeout S]",
+    {"edit", "FACE [--pick GROUP=OPTION]… [--place SLOT=SOURCE[@ZONE[:CITY]]]… [--preset ID] [--photo PHOTOS=FILE]… [--reset] [--dry-run] [--as APP] [--timeout S]",
      "change what a watch face shows, as the editor does, and wait for its preview",
      "wfctl edit com.corvane.watchface-mirel-c1 --pick dial=roman --pick accent=azure --place right=pedometer", DefineEdit},
     {"preview request", "FACE… [--as APP] [--timeout S]",
@@ -127,6 +127,44 @@ std::string OptionText(const CLI::Option& option)
     const auto colon = type.find(':');
     if (colon != std::string::npos && colon > 0 && type[colon - 1] != '[') type.erase(colon);
     return text + " " + type;
+}
+
+// Of UTF-8 text.
+std::size_t LettersOf(std::string_view text)
+{
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+// "  --name VALUE   what it is": below each other where the name is long.
+std::string OptionLine(const std::string& name, const std::string& description)
+{
+    constexpr std::size_t kColumn = 25;
+    std::string line = "  " + name;
+    const std::size_t letters = LettersOf(line);
+    line += letters < kColumn ? std::string(kColumn - letters, ' ') : "\n" + std::string(kColumn, ' ');
+    return line + description + "\n";
+}
+
+// The words of a usage line, broken between arguments where it gets long.
+std::string UsageText(const Verb& verb)
+{
+    constexpr std::size_t kLongest = 100;
+    std::string text = "usage: wfctl " + std::string(verb.name);
+    std::size_t letters = text.size(), depth = 0, begin = 0;
+    const std::string_view arguments = verb.arguments;
+    for (std::size_t i = 0; i <= arguments.size() && !arguments.empty(); ++i) {
+        if (i < arguments.size() && arguments[i] == '[') ++depth;
+        if (i < arguments.size() && arguments[i] == ']') --depth;
+        if (i < arguments.size() && (arguments[i] != ' ' || depth > 0)) continue;
+        const std::string_view word = arguments.substr(begin, i - begin);
+        const bool breaks = letters + 1 + LettersOf(word) > kLongest;
+        text += breaks ? "\n           " : " ";
+        letters = (breaks ? 11 : letters + 1) + LettersOf(word);
+        text += word;
+        begin = i + 1;
+    }
+    return text + "\n";
 }
 
 constexpr char kExitStatuses[] =
@@ -225,14 +263,9 @@ std::string HelpText(const Verb& verb)
     CLI::App parser;
     Options options;
     DefineVerb(verb, parser, options);
-    std::string text = "usage: wfctl " + std::string(verb.name);
-    if (!verb.arguments.empty()) text += " " + std::string(verb.arguments);
-    text += "\n\n" + std::string(verb.help) + "\n\n";
-    for (const CLI::Option* option : parser.get_options()) {
-        std::string name = OptionText(*option);
-        name.resize(std::max<std::size_t>(name.size(), 22), ' ');
-        text += "  " + name + " " + option->get_description() + "\n";
-    }
+    std::string text = UsageText(verb) + "\n" + std::string(verb.help) + "\n\n";
+    for (const CLI::Option* option : parser.get_options())
+        text += OptionLine(OptionText(*option), option->get_description());
     return text + "\nExample:\n  " + std::string(verb.example) + "\n\n" + kExitStatuses;
 }
 

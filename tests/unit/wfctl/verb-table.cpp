@@ -114,6 +114,16 @@ TEST(Help, of_a_verb_has_a_line_for_every_option)
     }
 }
 
+TEST(Help, of_a_verb_has_short_lines)
+{
+    const Output output = RunWfctl({"edit", "--help"});
+    EXPECT_THAT(output.out, HasSubstr("\n           [--"));
+    EXPECT_THAT(output.out,
+                HasSubstr("\n  --place SLOT=SOURCE[@ZONE[:CITY]]\n                         show"));
+    std::istringstream lines(output.out);
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 110U) << line;
+}
+
 TEST(TheCommandLine, without_a_verb_is_a_usage_error)
 {
     EXPECT_EQ(RunWfctl({}).status, 2);
