@@ -9,17 +9,21 @@
 namespace Drawing {
 namespace {
 
+// Every line is shaped at this size and scaled when it is painted. Nothing is hinted, so that changes
+// nothing, and fonts need to be looked up but once for all sizes.
+constexpr double kShapedSize = 64;
 // Above this size, glyphs are filled as outlines instead of being kept as pictures.
 constexpr double kLargestGlyphPicture = 200;  // pixels
 
 using DescriptionPtr = std::unique_ptr<PangoFontDescription, Releases<pango_font_description_free>>;
 using AttributesPtr = std::unique_ptr<PangoAttrList, Releases<pango_attr_list_unref>>;
+
 DescriptionPtr Describe(const TextStyle& style)
 {
     DescriptionPtr description(pango_font_description_new());
     pango_font_description_set_family(description.get(), FamiliesOf(style.font, style.language).c_str());
     pango_font_description_set_weight(description.get(), static_cast<PangoWeight>(style.weight));
-    pango_font_description_set_absolute_size(description.get(), style.size * PANGO_SCALE);
+    pango_font_description_set_absolute_size(description.get(), kShapedSize * PANGO_SCALE);
     return description;
 }
 
@@ -68,13 +72,14 @@ std::string MissingOf(PangoLayout* layout)
     return missing;
 }
 
-// The outline is taken at a pixel a unit, whatever the scale is: fonts cannot be opened at any size.
-void ShowOutline(cairo_t* cr, PangoLayoutLine* line, double x, double baseline)
+// From (0, 0). The outline is taken as it was shaped, whatever the scale is: fonts cannot be opened at any
+// size.
+void ShowOutline(cairo_t* cr, PangoLayoutLine* line)
 {
     cairo_save(cr);
     cairo_identity_matrix(cr);
     cairo_new_path(cr);
-    cairo_move_to(cr, x, baseline);
+    cairo_move_to(cr, 0, 0);
     pango_cairo_layout_line_path(cr, line);
     const std::unique_ptr<cairo_path_t, Releases<cairo_path_destroy>> outline(cairo_copy_path(cr));
     cairo_restore(cr);
@@ -94,23 +99,13 @@ TextStyle StyleOf(const Element& element, double defaultSize, std::string_view l
 Fonts::Fonts() = default;
 Fonts::~Fonts() = default;
 
-PangoContext* Fonts::Context(FontSource source, cairo_t* cr)
-{
-    FontContextPtr& context = mContexts[source];
-    if (!context) context = OpenFonts(source);
-    pango_cairo_update_context(cr, context.get());
-    return context.get();
-}
-
-TextLine Fonts::ShapeWith(FontSource source, const Painter& painter, std::string_view text,
-                          const TextStyle& style)
+TextLine Fonts::ShapeWith(FontSource source, std::string_view text, const TextStyle& style)
 {
     TextLine line;
-    line.outline = style.size * painter.scale > kLargestGlyphPicture;
-    cairo_save(painter.cr);
-    if (line.outline) cairo_identity_matrix(painter.cr);
-    PangoContext* context = Context(source, painter.cr);
-    cairo_restore(painter.cr);
+    line.scale = style.size / kShapedSize;
+    FontContextPtr& opened = mContexts[source];
+    if (!opened) opened = OpenFonts(source);
+    PangoContext* context = opened.get();
     PangoLanguage* language = pango_language_from_string(style.language.c_str());
     pango_context_set_language(context, language);
     pango_context_set_base_dir(context, DirectionOf(language));
@@ -120,51 +115,58 @@ TextLine Fonts::ShapeWith(FontSource source, const Painter& painter, std::string
     pango_layout_set_text(line.layout.get(), text.data(), static_cast<int>(text.size()));
     if (style.spacing != 0 && !Joins(text)) {
         const AttributesPtr attributes(pango_attr_list_new());
-        pango_attr_list_insert(
-            attributes.get(),
-            pango_attr_letter_spacing_new(static_cast<int>(std::lround(style.spacing * PANGO_SCALE))));
+        const double spacing = style.spacing / line.scale * PANGO_SCALE;
+        pango_attr_list_insert(attributes.get(),
+                               pango_attr_letter_spacing_new(static_cast<int>(std::lround(spacing))));
         pango_layout_set_attributes(line.layout.get(), attributes.get());
     }
     PangoRectangle logical;
     pango_layout_line_get_extents(pango_layout_get_line_readonly(line.layout.get(), 0), nullptr, &logical);
-    line.width = static_cast<double>(logical.width) / PANGO_SCALE;
+    line.width = line.scale * logical.width / PANGO_SCALE;
     line.missing = MissingOf(line.layout.get());
     return line;
 }
 
-TextLine Fonts::Shape(const Painter& painter, std::string_view text, const TextStyle& style)
+TextLine Fonts::Shape(std::string_view text, const TextStyle& style)
 {
-    TextLine line = ShapeWith(FontSource::kOwn, painter, text, style);
+    TextLine line = ShapeWith(FontSource::kOwn, text, style);
     if (!line.missing.empty()) {
-        TextLine other = ShapeWith(FontSource::kSystem, painter, text, style);
+        TextLine other = ShapeWith(FontSource::kSystem, text, style);
         if (other.missing.size() < line.missing.size()) line = std::move(other);
     }
     return line;
 }
 
-double Fonts::DigitMiddle(const Painter& painter, const TextStyle& style)
+double Fonts::DigitMiddle(const TextStyle& style)
 {
-    const auto key =
-        std::make_tuple(style.font, style.weight, static_cast<int>(std::lround(style.size * 1000)));
-    if (const auto known = mDigitMiddles.find(key); known != mDigitMiddles.end()) return known->second;
-    if (mDigitMiddles.size() > 256) mDigitMiddles.clear();
-    TextStyle plain = style;
-    plain.spacing = 0;
-    const TextLine zero = Shape(painter, "0", plain);
-    PangoRectangle ink;
-    pango_layout_line_get_extents(pango_layout_get_line_readonly(zero.layout.get(), 0), &ink, nullptr);
-    return mDigitMiddles[key] = -(ink.y + ink.height / 2.0) / PANGO_SCALE;
+    const auto [known, isNew] = mDigitMiddles.try_emplace({style.font, style.weight}, 0);
+    if (isNew) {
+        TextStyle plain = style;
+        plain.size = kShapedSize;
+        plain.spacing = 0;
+        const TextLine zero = Shape("0", plain);
+        PangoRectangle ink;
+        pango_layout_line_get_extents(pango_layout_get_line_readonly(zero.layout.get(), 0), &ink, nullptr);
+        known->second = -(ink.y + ink.height / 2.0) / PANGO_SCALE / kShapedSize;
+    }
+    return known->second * style.size;
 }
 
 void Fonts::Show(cairo_t* cr, const TextLine& line, double x, double baseline)
 {
     PangoLayoutLine* shaped = pango_layout_get_line_readonly(line.layout.get(), 0);
-    if (line.outline) {
-        ShowOutline(cr, shaped, x, baseline);
+    cairo_save(cr);
+    cairo_translate(cr, x, baseline);
+    cairo_scale(cr, line.scale, line.scale);
+    double across = kShapedSize, down = 0;
+    cairo_user_to_device_distance(cr, &across, &down);
+    if (std::hypot(across, down) > kLargestGlyphPicture) {
+        ShowOutline(cr, shaped);
     } else {
-        cairo_move_to(cr, x, baseline);
+        cairo_move_to(cr, 0, 0);
         pango_cairo_show_layout_line(cr, shaped);
     }
+    cairo_restore(cr);
     cairo_new_path(cr);
 }
 

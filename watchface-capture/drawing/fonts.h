@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <tuple>
+#include <utility>
 
 #include "font-set.h"
 #include "painter.h"
@@ -33,12 +33,12 @@ TextStyle StyleOf(const Element& element, double defaultSize, std::string_view l
 
 using LayoutPtr = std::unique_ptr<PangoLayout, Releases<g_object_unref>>;
 
-// One shaped line. It belongs to the coordinate system that was current when it was made.
+// One shaped line.
 struct TextLine {
-    LayoutPtr layout;
-    double width = 0;      // advance
-    bool outline = false;  // too large to be kept as pictures of glyphs
-    std::string missing;   // characters that no font has, as "U+AC00 U+AC01"
+    LayoutPtr layout;     // at a size of its own
+    double scale = 1;     // canvas units for each unit of the layout
+    double width = 0;     // advance, canvas units
+    std::string missing;  // characters that no font has, as "U+AC00 U+AC01"
 };
 
 class Fonts {
@@ -48,20 +48,17 @@ public:
     Fonts(const Fonts&) = delete;
     Fonts& operator=(const Fonts&) = delete;
 
-    TextLine Shape(const Painter& painter, std::string_view text, const TextStyle& style);
+    TextLine Shape(std::string_view text, const TextStyle& style);
     // How far the middle of the digit 0 is above the baseline.
-    double DigitMiddle(const Painter& painter, const TextStyle& style);
+    double DigitMiddle(const TextStyle& style);
     // Paints with the current source; the line begins at (x, baseline), whatever its direction.
     static void Show(cairo_t* cr, const TextLine& line, double x, double baseline);
 
 private:
-    TextLine ShapeWith(FontSource source, const Painter& painter, std::string_view text,
-                       const TextStyle& style);
-    PangoContext* Context(FontSource source, cairo_t* cr);
+    TextLine ShapeWith(FontSource source, std::string_view text, const TextStyle& style);
 
     std::map<FontSource, FontContextPtr> mContexts;
-    // By font, weight and size in thousandths.
-    std::map<std::tuple<std::string, int, int>, double> mDigitMiddles;
+    std::map<std::pair<std::string, int>, double> mDigitMiddles;  // by font and weight, for a size of 1
 };
 
 // Where a line stands: at (x, y), which is the share `anchor` of its width from its left end, with the

@@ -40,13 +40,13 @@ void ShowLine(Painter& painter, const Element& element, const LinePlace& place, 
     if (text.empty()) return;
     const auto bytes = static_cast<double>(text.size());
     painter.budget.Charge(element, kLineWork + bytes * (kByteWork + style.size * painter.scale));
-    const TextLine line = painter.fonts.Shape(painter, text, style);
+    const TextLine line = painter.fonts.Shape(text, style);
     if (!line.missing.empty()) painter.warnings.push_back(element.At("no font has " + line.missing));
     cairo_save(painter.cr);
     cairo_translate(painter.cr, place.x, place.y);
     const double shrink = place.maxWidth > 0 && line.width > place.maxWidth ? place.maxWidth / line.width : 1;
     cairo_scale(painter.cr, shrink, shrink);
-    const double baseline = place.middle ? painter.fonts.DigitMiddle(painter, style) : 0;
+    const double baseline = place.middle ? painter.fonts.DigitMiddle(style) : 0;
     Fonts::Show(painter.cr, line, -place.anchor * line.width, baseline);
     cairo_restore(painter.cr);
 }
