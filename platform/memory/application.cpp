@@ -8,10 +8,12 @@
 
 using namespace MemoryPlatform;
 
-int service_app_main(int, char**, service_app_lifecycle_callback_s* callbacks, void* userData)
+int service_app_main(int argc, char** argv, service_app_lifecycle_callback_s* callbacks, void* userData)
 {
     State* state = Current();
-    Note("service_app_main");
+    std::string call = "service_app_main";
+    for (int i = 0; i < argc; ++i) call += std::string(" ") + argv[i];
+    Note(call);
     const MainScript script = state->mainScript;
     if (!script.runs) return script.result;
     state->application = callbacks;

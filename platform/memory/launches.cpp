@@ -28,13 +28,22 @@ int __wrap_app_control_clone(app_control_h* clone, app_control_h handle)
 {
     Note("app_control_clone");
     if (const auto code = Use("app_control_clone")) return *code;
-    return __real_app_control_clone(clone, handle);
+    const int result = __real_app_control_clone(clone, handle);
+    if (result != APP_CONTROL_ERROR_NONE) return result;
+    State* state = Current();
+    const std::lock_guard lock(state->launchMutex);
+    state->clones.insert(*clone);
+    return result;
 }
 
 int __wrap_app_control_destroy(app_control_h handle)
 {
     Note("app_control_destroy");
     const auto code = Use("app_control_destroy");
+    if (State* state = Current()) {
+        const std::lock_guard lock(state->launchMutex);
+        state->clones.erase(handle);
+    }
     const int result = __real_app_control_destroy(handle);
     return code ? *code : result;
 }

@@ -163,6 +163,7 @@ Platform::~Platform()
     // What still waits goes while its Platform is there: it may own requests that are answered at their end.
     mState->loop.Clear();
     mState->waitingReplies.clear();
+    for (const app_control_h clone : mState->clones) delete clone;
     for (const app_event_handler_h handler : mState->eventHandlers) delete handler;
     gCurrent = nullptr;
     TheFolder().Empty();

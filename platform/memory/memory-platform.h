@@ -219,7 +219,7 @@ public:
     //   data_util_... ARGUMENTS
     //   formatter [SKELETON] [TIMEZONE] [LANGUAGE] BEST | format INSTANT | formatter released
     //   survey status APP NAME VALUE EXTRA | survey feature ...
-    //   event add N | event remove N | service_app_main | service_app_exit
+    //   event add N | event remove N | service_app_main ARGUMENTS | service_app_exit
     Strings Calls(const Strings& prefixes = {}, Where where = kAnyThread) const;
     std::vector<Call> CallsWithThreads() const;
     // Calls and log lines in one order; a log line as "log E message". Lines of the tag "platform", the
@@ -249,7 +249,8 @@ public:
     //   CommonUtilPref::Set SendTrustedMessage SendMessage CheckTrustedRemotePort
     //   data_util_... (each by its own name; null or 0) service_app_add_event_handler
     //   cairo_image_surface_create_from_png CommonUtilI18NDateFormatter::Format
-    // A failed app_control_destroy releases the handle all the same. An unknown name throws.
+    // A failed app_control_destroy releases the handle all the same; a clone that is never destroyed goes
+    // with the Platform, as with its process. An unknown name throws.
     void Fail(const std::string& function, Failure failure = {});
     int Uses(const std::string& function) const;  // so far, failed ones included
     // What app_manager_get_shared_..._path gives from here on instead of the area, as it stands.

@@ -71,7 +71,8 @@ struct State {
     Settings settings;
     Registrations<SettingHandler> settingWatchers;
 
-    std::mutex launchMutex;  // guards the next four: launches are sent on any thread
+    std::mutex launchMutex;          // guards the next five: launches are sent on any thread
+    std::set<app_control_h> clones;  // that are not destroyed yet
     std::deque<int> launchResults;
     std::vector<Launch> launches;
     std::deque<WaitingReply> waitingReplies;

@@ -294,6 +294,28 @@ TEST_F(TheMemoryPlatform, runs_an_application_between_create_and_terminate)
     CommonUtilAppEventHandler::SetEventFunctions(nullptr, nullptr);
 }
 
+TEST_F(TheMemoryPlatform, says_with_which_arguments_an_application_runs)
+{
+    platform.ScriptMain({.runs = false});
+    char name[] = "name", argument[] = "argument";
+    char* arguments[] = {name, argument, nullptr};
+    service_app_main(2, arguments, nullptr, nullptr);
+    EXPECT_THAT(platform.Calls(), ElementsAre("service_app_main name argument"));
+}
+
+TEST(AMemoryPlatform, ends_with_the_clones_that_nobody_destroyed)
+{
+    auto platform = std::make_unique<MemoryPlatform::Platform>();
+    const auto request = std::make_unique<ReceivedRequest>(MemoryPlatform::Message());
+    app_control_h clone = nullptr;
+    ASSERT_EQ(app_control_clone(&clone, request->Handle()), APP_CONTROL_ERROR_NONE);
+    request->Close();
+    EXPECT_FALSE(request->IsAnswered());
+    platform.reset();
+    EXPECT_EQ(request->Result(), APP_CONTROL_RESULT_FAILED);
+    EXPECT_TRUE(request->IsAnswered());
+}
+
 TEST_F(TheMemoryPlatform, refuses_an_application_when_it_is_told_to)
 {
     platform.ScriptMain({.result = -1, .runs = false});

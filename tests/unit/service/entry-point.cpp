@@ -12,11 +12,13 @@ namespace {
 
 class TheEntryPoint : public OnAPlatform {
 protected:
+    TheEntryPoint() { platform.SetPref("wfs/pref/initial_preview_update_done", true); }
+
     static int Run()
     {
-        char name[] = "watchface-service";
-        char* arguments[] = {name, nullptr};
-        return RunService(1, arguments);
+        char name[] = "watchface-service", option[] = "--option", value[] = "its value";
+        char* arguments[] = {name, option, value, nullptr};
+        return RunService(3, arguments);
     }
 };
 
@@ -26,11 +28,17 @@ TEST_F(TheEntryPoint, makes_the_application_in_the_loop_and_destroys_it_at_its_e
 {
     platform.ScriptMain({.body = [this] { EXPECT_THAT(platform.OpenPorts(), Not(IsEmpty())); }});
     EXPECT_EQ(Run(), 0);
-    EXPECT_EQ(platform.Calls().front(), "service_app_main");
+    EXPECT_THAT(platform.Calls().front(), testing::StartsWith("service_app_main"));
     EXPECT_THAT(
         platform.Calls({"port"}),
         ElementsAre("port open watchface-service::localport trusted", "port open evaluation-helper-port open",
                     "port close evaluation-helper-port", "port close watchface-service::localport"));
+}
+
+TEST_F(TheEntryPoint, hands_its_arguments_to_the_platform)
+{
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(platform.Calls().front(), "service_app_main watchface-service --option its value");
 }
 
 TEST_F(TheEntryPoint, registers_for_events_with_the_platforms_functions)
@@ -58,17 +66,19 @@ TEST_F(TheEntryPoint, makes_no_application_where_the_loop_refuses_to_run)
 {
     platform.ScriptMain({.body = nullptr, .result = 7, .runs = false});
     EXPECT_EQ(Run(), 7);
-    EXPECT_THAT(platform.Timeline(), ElementsAre("service_app_main", "log E ui_app_main returns 7(7)"));
+    EXPECT_THAT(platform.Timeline(),
+                ElementsAre(testing::StartsWith("service_app_main"), "log E ui_app_main returns 7(7)"));
 }
 
 TEST_F(TheEntryPoint, hands_launch_requests_to_the_application)
 {
     platform.ScriptMain({.body = [this] {
         const auto request = platform.Request({
-            {"unknown", "value"}
+            {"wfs/req/type", "ttrace_enable"}
         });
         ASSERT_NE(request, nullptr);
         EXPECT_EQ(request->Result(), APP_CONTROL_RESULT_FAILED);
     }});
     EXPECT_EQ(Run(), 0);
+    EXPECT_TRUE(platform.TraceEnabled());
 }
