@@ -1,7 +1,10 @@
 #include "face-summary.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <functional>
+#include <map>
 
 #include "exit-status.h"
 #include "face-document.h"
@@ -14,20 +17,31 @@ namespace {
 using DataUtil::FaceDocument;
 using DataUtil::Resolution;
 
+using Texts = std::map<std::string, std::string>;
+
+// The texts of a language tag, in whichever case; null when there are none.
+const Texts* TextsOf(const FaceDocument& document, const std::string& tag)
+{
+    const auto at = std::find_if(document.texts.begin(), document.texts.end(), [&tag](const auto& one) {
+        return strcasecmp(one.first.c_str(), tag.c_str()) == 0;
+    });
+    return at == document.texts.end() ? nullptr : &at->second;
+}
+
 // The label of a key: in the language, else in one that it is a form of, else in the document's own.
 std::string LabelOf(const FaceDocument& document, const std::string& key, const std::string& language)
 {
-    std::string tag = language;
-    std::replace(tag.begin(), tag.end(), '_', '-');
-    while (!tag.empty()) {
-        const auto texts = document.texts.find(tag);
-        if (texts != document.texts.end() && texts->second.contains(key)) return texts->second.at(key);
-        const auto dash = tag.rfind('-');
-        if (dash == std::string::npos) break;
-        tag.erase(dash);
+    std::vector<std::string> tags = {language};
+    std::replace(tags[0].begin(), tags[0].end(), '_', '-');
+    for (auto dash = tags[0].rfind('-'); dash != std::string::npos && dash > 0;
+         dash = tags[0].rfind('-', dash - 1))
+        tags.push_back(tags[0].substr(0, dash));
+    tags.push_back(document.defaultLanguage);
+    for (const std::string& tag : tags) {
+        const Texts* texts = TextsOf(document, tag);
+        if (texts && texts->contains(key)) return texts->at(key);
     }
-    const auto texts = document.texts.find(document.defaultLanguage);
-    return texts != document.texts.end() && texts->second.contains(key) ? texts->second.at(key) : "";
+    return {};
 }
 
 using Label = std::function<std::string(const std::string& key)>;

@@ -71,6 +71,14 @@ std::vector<Face> ListFaces()
     return list;
 }
 
+std::vector<Face> RequireFaces()
+{
+    std::vector<Face> faces = ListFaces();
+    if (!faces.empty()) return faces;
+    throw Stop(Exit::kNotFound, "there is no watch face in [" + ShippedFaces() +
+                                    "]; name a file where one is taken, or a watch with --root DIR");
+}
+
 std::optional<Face> FindFace(const std::string& name)
 {
     for (Face& face : ListFaces()) {

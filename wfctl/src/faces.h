@@ -26,6 +26,10 @@ struct Face {
 
 // By name.
 std::vector<Face> ListFaces();
+
+// The same, or Stop with Exit::kNotFound when there is none.
+std::vector<Face> RequireFaces();
+
 std::optional<Face> FindFace(const std::string& name);
 
 // The same, or Stop with Exit::kNotFound and the name that may be meant.

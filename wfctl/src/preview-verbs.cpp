@@ -88,7 +88,7 @@ Json ReportJson(const Face& face, const PreviewReport& report)
 Exit Check(const Options& options, const PreviewArguments& arguments)
 {
     SelectWatch(options.root);
-    const std::vector<Face> faces = arguments.faces.empty() ? ListFaces() : FindAll(arguments.faces);
+    const std::vector<Face> faces = arguments.faces.empty() ? RequireFaces() : FindAll(arguments.faces);
     std::size_t width = 0;
     for (const Face& face : faces) width = std::max(width, face.name.size());
     Json reports = Json::array();

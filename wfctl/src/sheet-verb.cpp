@@ -82,11 +82,7 @@ std::vector<std::string> NamesOrAll(const std::vector<std::string>& names)
 {
     if (!names.empty()) return names;
     std::vector<std::string> all;
-    for (const Face& face : ListFaces()) all.push_back(face.name);
-    if (all.empty()) {
-        throw Stop(Exit::kNotFound, "there is no watch face in [" + ShippedFaces() +
-                                        "]; name files, or a watch with --root DIR");
-    }
+    for (const Face& face : RequireFaces()) all.push_back(face.name);
     return all;
 }
 

@@ -68,6 +68,7 @@ TEST_F(AWatch, shows_what_a_face_offers)
 TEST_F(AWatch, shows_labels_in_a_language)
 {
     EXPECT_THAT(Run({"show", kClassic, "--language", "de_DE"}).out, HasSubstr("Zifferblatt"));
+    EXPECT_THAT(Run({"show", kClassic, "--language", "DE_de_x"}).out, HasSubstr("Zifferblatt"));
     EXPECT_THAT(Run({"show", kClassic, "--language", "xx"}).out, HasSubstr("Roman numerals"));
 }
 

@@ -145,6 +145,14 @@ TEST_F(AWatch, has_good_previews_at_first)
     EXPECT_THAT(checked.out, HasSubstr(std::string(kClassic) + "  good, 360x360\n"));
 }
 
+TEST_F(AWatch, without_faces_has_no_previews)
+{
+    mEnvironment["WATCH_RESOURCES"] = mFolder;
+    EXPECT_EQ(Run({"preview", "check"}).status, 10);
+    EXPECT_EQ(Run({"sheet", "-o", mFolder + "/sheet.png"}).status, 10);
+    EXPECT_FALSE(fs::exists(mFolder + "/sheet.png"));
+}
+
 TEST_F(AWatch, knows_what_is_wrong_with_a_preview)
 {
     fs::create_directories(ReadWriteFace(kClassic));
