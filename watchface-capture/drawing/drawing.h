@@ -35,6 +35,7 @@ struct Settings {
     std::string timezone = "UTC";  // a zoneinfo path or id
     int size = 0;                  // pixels of the longer side; 0: the canvas' own, at most kLargestOwnSize
     std::vector<std::string> assetFolders;  // where `src` is looked up, in this order
+    std::string facesFolder;                // and then in its folder of the face's name; empty: nowhere
     std::string trustedFolder;              // where the user's pictures lie; empty: nowhere
 };
 
@@ -81,9 +82,6 @@ private:
     class Impl;
     std::unique_ptr<Impl> mImpl;
 };
-
-// The name that the document gives itself, or an empty one; for finding its folder before it is drawn.
-std::string NameOf(std::string_view document);
 
 // The picture as PNG: 8-bit RGBA, not premultiplied. Empty when memory is short.
 std::string EncodePng(cairo_surface_t* picture);

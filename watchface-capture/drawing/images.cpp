@@ -57,7 +57,7 @@ cairo_surface_t* Images::Asset(Painter& painter, const Element& element, std::st
         return nullptr;
     };
     FileRead file{FileRead::kMissing, {}, "is missing"};
-    for (const std::string& folder : painter.settings.assetFolders) {
+    for (const std::string& folder : mAssetFolders) {
         FileRead here = ReadBelow(folder, path);
         if (here.outcome != FileRead::kMissing) file = std::move(here);
         if (file.outcome == FileRead::kRead) break;

@@ -5,8 +5,9 @@
 #include <cairo.h>
 
 #include <map>
-#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "painter.h"
 #include "picture-reader.h"
@@ -16,6 +17,9 @@ namespace Drawing {
 // Decodes each picture once, as long as they are not too many.
 class Images {
 public:
+    // Assets are looked up in these folders, in this order.
+    explicit Images(std::vector<std::string> assetFolders) : mAssetFolders(std::move(assetFolders)) {}
+
     // The PNG that `src` names, from the first asset folder that has it; null, with a warning, when there is
     // none that can be drawn. It is good until the next call.
     cairo_surface_t* Asset(Painter& painter, const Element& element, std::string_view src);
@@ -32,6 +36,7 @@ private:
     SurfacePtr UsersPicture(Painter& painter, const Element& photo, const std::string& path,
                             std::string& problem);
 
+    const std::vector<std::string> mAssetFolders;
     std::map<std::string, SurfacePtr> mDecoded;
     double mKept = 0;
 };

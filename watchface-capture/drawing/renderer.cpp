@@ -153,7 +153,10 @@ private:
     void Paint(const Page& page, Medium medium, cairo_t* cr, const Settings& settings,
                std::vector<Finding>& warnings)
     {
-        Images images;
+        std::vector<std::string> folders = settings.assetFolders;
+        if (!settings.facesFolder.empty())
+            folders.push_back(settings.facesFolder + "/" + std::string(page.root.Text("id")));
+        Images images(std::move(folders));
         const Moment moment = mDates.At(settings.timezone, ParseTime(page.root.Text("preview-time")));
         Painter painter{cr,       medium, *page.tree, settings,   page.texts, mFonts,      mDates, images,
                         warnings, moment, moment,     page.scale, page.width, page.height, 0,      {}};
@@ -207,16 +210,6 @@ SvgResult Renderer::ExportSvg(std::string_view document, const Settings& setting
 void ReleaseSurface::operator()(cairo_surface_t* surface) const
 {
     cairo_surface_destroy(surface);
-}
-
-std::string NameOf(std::string_view document)
-{
-    DataUtil::Findings findings;
-    const auto tree = DataUtil::XmlTree::Load(document, findings);
-    if (!tree) return {};
-    std::string problem;
-    const DataUtil::AttributeRule rule{"id", DataUtil::ValueKind::kFaceId};
-    return DataUtil::CanonicalValue(rule, tree->Root().attribute("id").value(), problem).value_or("");
 }
 
 std::string Describe(const std::string& file, const Finding& finding)

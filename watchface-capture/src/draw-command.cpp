@@ -75,15 +75,12 @@ std::string FolderOf(const std::string& path)
     return folder.empty() ? "." : folder;
 }
 
-int Draw(const std::string& in, const std::string& out, const std::string& faces, Drawing::Settings settings)
+int Draw(const std::string& in, const std::string& out, Drawing::Settings settings)
 {
     std::string document, problem;
     if (!ReadWholeFile(in, kLargestDocument, document, problem))
         return Fail(in + ": cannot be read: " + problem);
     settings.assetFolders.push_back(FolderOf(in));
-    if (const std::string name = Drawing::NameOf(document); !faces.empty() && !name.empty()) {
-        settings.assetFolders.push_back(faces + "/" + name);
-    }
     const Drawn drawn = out.ends_with(".svg") ? DrawSvg(document, settings) : DrawPng(document, settings);
     for (const Drawing::Finding& warning : drawn.warnings) {
         std::fprintf(
@@ -103,7 +100,7 @@ int RunDrawCommand(int argc, char** argv, const ConfineTo& confine)
     CLI::App app("Draws a face's watchface.xml as a PNG or SVG", "watchface-capture");
     Drawing::Settings settings;
     bool draw = false;
-    std::string in, out, faces;
+    std::string in, out;
     int hours = 24;
     app.add_flag("--draw", draw, "Draw a file instead of serving the watch")->required();
     app.add_option("IN", in, "The face's watchface.xml")->required();
@@ -113,7 +110,7 @@ int RunDrawCommand(int argc, char** argv, const ConfineTo& confine)
     app.add_option("--timezone", settings.timezone, "Time zone of the preview's time")->capture_default_str();
     app.add_option("--size", settings.size, "Pixels of the longer side; the canvas' own by default")
         ->check(CLI::Range(1, Drawing::Limits::kLargestSide));
-    app.add_option("--faces", faces, "Folder of faces where assets are looked up too");
+    app.add_option("--faces", settings.facesFolder, "Folder of faces where assets are looked up too");
     app.add_option("--trusted", settings.trustedFolder, "Folder of the user's pictures (theme/… below it)");
     try {
         app.parse(argc, argv);
@@ -122,7 +119,7 @@ int RunDrawCommand(int argc, char** argv, const ConfineTo& confine)
     }
     settings.hours24 = hours == 24;
     if (!confine(FolderOf(out))) return Fail(out + ": not drawn: the process could not be confined");
-    return Draw(in, out, faces, settings);
+    return Draw(in, out, settings);
 }
 
 }  // namespace Capture
