@@ -150,6 +150,15 @@ inline constexpr char kBgTypeDigital[] = "watch-bg-digital";
 inline constexpr char kBgTypeGallery[] = "watch-bg-gallery";
 inline constexpr char kBgTypeGalleryU1[] = "watch-bg-gallery-u1";
 
+// Values of "type" in the backup agent's messages: kinds of items.
+namespace BackupItem {
+
+inline constexpr char kWatchface[] = "watch";
+inline constexpr char kBackground[] = "image";
+inline constexpr char kCurrentWatchface[] = "watch-idle-changed";
+
+}  // namespace BackupItem
+
 // Values of "operation" and "message" in the backup agent's messages.
 inline constexpr char kOperationBackup[] = "corvane_cloud_backup";
 inline constexpr char kOperationRestore[] = "corvane_cloud_restore";

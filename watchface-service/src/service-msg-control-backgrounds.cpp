@@ -11,14 +11,6 @@ namespace WatchfaceService {
 
 namespace {
 
-void AddArray(const BundlePtr& message, const char* key, const std::vector<std::string>& values)
-{
-    std::vector<const char*> texts;
-    texts.reserve(values.size());
-    for (const std::string& value : values) texts.push_back(value.c_str());
-    bundle_add_str_array(message.get(), key, texts.data(), static_cast<int>(texts.size()));
-}
-
 // The last components of the paths under "bg_list", which is one string or an array.
 BgManager::BgList FileNamesOf(bundle* message)
 {
@@ -49,6 +41,11 @@ void SetFileNames(const BundlePtr& message, const BgManager::BgList& names)
 
 }  // namespace
 
+int MsgControl::BgTypeOf(const std::string& bgType)
+{
+    return bgType.starts_with(kBgTypeGallery) ? kGalleryBg : kThemeBg;
+}
+
 std::string MsgControl::BgPrefixOf(const Request& request) const
 {
     return GetBgTypePrefix(Get(request.message, MessageKey::kBgType));
@@ -57,10 +54,9 @@ std::string MsgControl::BgPrefixOf(const Request& request) const
 MsgControl::BgChange MsgControl::ReadBgChange(const Request& request, const char* directLog) const
 {
     const std::string bgType = Get(request.message, MessageKey::kBgType);
-    const bool isGallery = bgType.starts_with(kBgTypeGallery);
-    BgChange change{isGallery ? kGalleryBg : kThemeBg, BgPrefixOf(request), false, false};
+    BgChange change{BgTypeOf(bgType), BgPrefixOf(request), false, false};
     LOG_INFO("bgTypeStr[%s] bgType[%d] prefix[%s]", bgType.c_str(), change.type, change.prefix.c_str());
-    if (!isGallery) return change;
+    if (change.type != kGalleryBg) return change;
 
     change.keep = Get(request.message, MessageKey::kBgPending) == kTrue;
     change.direct = !change.keep && Get(request.message, MessageKey::kBgDirect) == kTrue;
@@ -100,12 +96,12 @@ void MsgControl::OnBgDel(const Request& request)
 }
 
 // The phone is told of what is deleted by this before it happens: of the pending deletions on save, of the
-// pending additions on cancel.
+// pending additions on cancel; without the variant, on purpose, whatever the request's type is.
 
 void MsgControl::OnBgSave(const Request& request)
 {
     const std::string prefix = BgPrefixOf(request);
-    SendBgDeletionToWms(mBgManager.GetDeletedBgList(prefix));
+    SendBgDeletionToWms(kBgTypeGallery, mBgManager.GetDeletedBgList(prefix));
     mBgManager.ApplyChanges(prefix);
     ReplyWithStatus(request, true);
 }
@@ -113,18 +109,18 @@ void MsgControl::OnBgSave(const Request& request)
 void MsgControl::OnBgCancel(const Request& request)
 {
     const std::string prefix = BgPrefixOf(request);
-    SendBgDeletionToWms(mBgManager.GetAddedBgList(prefix));
+    SendBgDeletionToWms(kBgTypeGallery, mBgManager.GetAddedBgList(prefix));
     mBgManager.CancelChanges(prefix);
     ReplyWithStatus(request, true);
 }
 
-void MsgControl::SendBgDeletionToWms(const BgManager::BgList& fileNames)
+void MsgControl::SendBgDeletionToWms(const char* bgType, const BgManager::BgList& fileNames)
 {
     if (fileNames.empty()) return;
-    const BundlePtr notice(bundle_create());
-    Add(notice, MessageKey::kType, MessageType::kBgDel);
-    // Without the variant, on purpose, whatever the request's type is.
-    Add(notice, MessageKey::kBgType, kBgTypeGallery);
+    const BundlePtr notice = NewMessage({
+        {MessageKey::kType,   MessageType::kBgDel},
+        {MessageKey::kBgType, bgType             }
+    });
     AddArray(notice, MessageKey::kBgList, fileNames);
     SendMessage(Peer::kWms, notice.get());
 }

@@ -43,6 +43,7 @@ const MsgControl::Handler MsgControl::kHandlers[] = {
     {MessageType::kIdleChanged,             &MsgControl::OnIdleChanged            },
     {MessageType::kSettingCreated,          &MsgControl::OnInstallOrUpdate        },
     {MessageType::kSettingUpdated,          &MsgControl::OnInstallOrUpdate        },
+    {MessageType::kSettingDeleted,          &MsgControl::OnDeletion               },
     {MessageType::kDualClockData,           &MsgControl::OnDualClockRequest       },
     {MessageType::kPrepareUpdateWorldClock, &MsgControl::OnPrepareWorldClockUpdate},
     {MessageType::kUpdateWorldClock,        &MsgControl::OnWorldClockUpdate       },
@@ -128,15 +129,16 @@ void MsgControl::TellOthersOfUpdate(const Request& request, const std::string& l
         SendWatchfaceUpdateToWms(request.type, request.watchName, label, resultXml, iconPath);
     }
     if (request.type == MessageType::kSettingUpdated && request.remoteAppId == Peer::kWms) {
-        SendUpdateToEditor(request);
+        SendUpdateToEditor(request.watchName);
     }
 }
 
-void MsgControl::SendUpdateToEditor(const Request& request)
+void MsgControl::SendUpdateToEditor(const std::string& watchName)
 {
-    const BundlePtr notice(bundle_create());
-    Add(notice, MessageKey::kType, request.type);
-    Add(notice, MessageKey::kPkgId, request.watchName);
+    const BundlePtr notice = NewMessage({
+        {MessageKey::kType,  MessageType::kSettingUpdated},
+        {MessageKey::kPkgId, watchName                   }
+    });
     SendMessage(Peer::kEditor, notice.get());
 }
 
@@ -144,11 +146,6 @@ void MsgControl::OnCaptureFinished(const Request& request)
 {
     mWatchfaceManager->UpdatePreviewDone(request.watchName);
     mPreviewCheck.Add(request.watchName);
-}
-
-bool MsgControl::BackupAndRestore(bundle*)
-{
-    return true;
 }
 
 // What leaves

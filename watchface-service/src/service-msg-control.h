@@ -17,6 +17,7 @@
 #include "bundle.h"
 #include "common-util-ipc-control.h"
 #include "data-util.h"
+#include "handles.h"
 #include "service-bg-manager.h"
 #include "service-preview-check.h"
 
@@ -67,7 +68,8 @@ public:
     static bool UpdateWorldclockData(const std::string& watchName, const std::string& resultXmlFilepath,
                                      const data_util_worldclock_s& record);
 
-    // The backup agent's messages. Not working yet: nothing is backed up or restored.
+    // One message of the backup agent's: sends it all that is backed up, or takes one item back. False when
+    // the item cannot be used; nothing is rolled back then.
     bool BackupAndRestore(bundle* message);
 
 private:
@@ -91,6 +93,7 @@ private:
     void OnDateRequest(const Request& request);
     void OnIdleChanged(const Request& request);
     void OnInstallOrUpdate(const Request& request);
+    void OnDeletion(const Request& request);
     void OnDualClockRequest(const Request& request);
     void OnPrepareWorldClockUpdate(const Request& request);
     void OnWorldClockUpdate(const Request& request);
@@ -110,19 +113,42 @@ private:
     };
     BgChange ReadBgChange(const Request& request, const char* directLog) const;
     std::string BgPrefixOf(const Request& request) const;
-    void SendBgDeletionToWms(const BgManager::BgList& fileNames);
+    static int BgTypeOf(const std::string& bgType);  // a BgType
+    void SendBgDeletionToWms(const char* bgType, const BgManager::BgList& fileNames);
+
+    // Backup and restore. One item is one message of the backup agent's; false when it cannot be used.
+    struct Restorer {
+        const char* kind;
+        bool (MsgControl::*restore)(bundle* item);
+    };
+
+    // One row per kind of item, in the order of comparison.
+    static const Restorer kRestorers[];
+
+    // How far a restore has come. Images are taken once the gallery face has come and the old ones are gone.
+    enum RestoreState { kNoGalleryFace = 0, kGalleryFaceRestored = 1, kOldBackgroundsDeleted = 2 };
+
+    void BackUp();
+    void BackUpWatchface(const std::string& watchName);
+    void BackUpBackgrounds(int type, const char* bgType);
+    bool Restore(bundle* item);
+    void DeleteOldBackgrounds();
+    bool RestoreWatchface(bundle* item);
+    bool RestoreBackground(bundle* item);
+    bool RestoreCurrentWatchface(bundle* item);
+    void SendToBackupAgent(const BundlePtr& message);
 
     void ReplyWithStatus(const Request& request, bool success);
     void Reply(const Request& request, bool success);
     void TellOthersOfUpdate(const Request& request, const std::string& label, const std::string& resultXml,
                             const std::string& iconPath);
-    void SendUpdateToEditor(const Request& request);
+    void SendUpdateToEditor(const std::string& watchName);
     void SendToWms(bundle* message);
 
     std::shared_ptr<WatchfaceManager> mWatchfaceManager;
     CommonUtilIPCControl mIpcControl;  // its callback is bound to this object
     BgManager mBgManager;
-    [[maybe_unused]] int restoreState = 0;  // how far a restore has come
+    int restoreState = kNoGalleryFace;
     PreviewCheck mPreviewCheck;
 };
 

@@ -31,7 +31,8 @@ TEST_F(AMsgControl, hands_over_the_backup_agents_messages_even_without_a_type)
     Deliver(kBackupAgent, {
                               {"message", "restore_start"}
     });
-    EXPECT_THAT(platform.LogTexts(), ElementsAre("E Backup & restore process!!"));
+    EXPECT_THAT(platform.LogTexts(),
+                ElementsAre("E Backup & restore process!!", "E message = restore_start, operation = "));
 }
 
 TEST_F(AMsgControl, never_dispatches_the_backup_agents_messages_by_type)
