@@ -34,6 +34,7 @@
 
 #include "common-util-i18n.h"
 #include "data-util.h"
+#include "figures.h"
 #include "log.h"
 #include "message-port-sdbus.h"
 #include "private-bus.h"
@@ -41,6 +42,9 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Figures::Median;
+using Figures::Print;
+using Figures::Row;
 using Platform::MessagePtr;
 
 constexpr char kService[] = "com.corvane.watchface-service";
@@ -62,12 +66,6 @@ constexpr int64_t kInstant = 1'791'965'370'123;
 double Microseconds(Clock::duration d)
 {
     return std::chrono::duration<double, std::micro>(d).count();
-}
-
-double Median(std::vector<double> values)
-{
-    std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2), values.end());
-    return values[values.size() / 2];
 }
 
 // A program of its own, killed with the object.
@@ -200,19 +198,6 @@ private:
     int mCaptures = 0;
     Platform::BusPtr mBus;
 };
-
-struct Row {
-    const char* what;
-    const char* unit;
-    double value, floor;
-    const char* floorIs;
-};
-
-void Print(const Row& row)
-{
-    std::printf("%-34s %10.1f %-4s %10.1f %-4s %6.2fx  %s\n", row.what, row.value, row.unit, row.floor,
-                row.unit, row.value / row.floor, row.floorIs);
-}
 
 Row StartUp(Bench& bench, const std::string& service, const std::string& bare)
 {
