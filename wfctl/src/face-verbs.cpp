@@ -101,7 +101,7 @@ Exit Set(const Options& options, const SetArguments& arguments)
     SelectWatch(options.root);
     Connection connection;
     RequireService(connection);
-    RequireFace(arguments.name);
+    const std::string name = RequireFace(arguments.name).name;
     Platform::ValueStore keys(Platform::KeysPath(), 0660);
     bool announced = false;
     // The name is written last, and announced also when it is the one that was there.
@@ -111,17 +111,17 @@ Exit Set(const Options& options, const SetArguments& arguments)
     Peer peer(connection, self, true, {});
     const Platform::BundlePtr message(bundle_create());
     message->Set("type", std::string("watch-idle-changed"));
-    message->Set("pkgid", arguments.name);
+    message->Set("pkgid", name);
     peer.Send(ParsePeer(std::string(Platform::kServiceId), true), true, *message);
-    const auto isSet = [&] { return announced && IsCurrent(CurrentFace(keys), arguments.name); };
+    const auto isSet = [&] { return announced && IsCurrent(CurrentFace(keys), name); };
     if (!connection.RunUntil(isSet, Seconds(arguments.timeout))) {
-        throw Stop(Exit::kNoAnswer, "the service did not make [" + arguments.name +
+        throw Stop(Exit::kNoAnswer, "the service did not make [" + name +
                                         "] the current watch face in time; look for watchface-service in " +
                                         LogPlace("watchface-service"));
     }
     if (options.json)
         PrintLine(JsonLine(Json::object({
-            {"current", BytesToJson(arguments.name)}
+            {"current", BytesToJson(name)}
         })));
     return Exit::kDone;
 }

@@ -45,6 +45,12 @@ void AddFaces(bool writable, std::map<std::string, Face>& faces)
     }
 }
 
+// "c1" and "mirel-c1" for "com.corvane.watchface-mirel-c1".
+bool IsShortFor(const std::string& name, const std::string& whole)
+{
+    return !name.empty() && (whole.ends_with("-" + name) || whole.ends_with("." + name));
+}
+
 }  // namespace
 
 std::string ShippedFaces()
@@ -91,6 +97,8 @@ Face RequireFace(const std::string& name)
 {
     if (auto face = FindFace(name)) return *std::move(face);
     const std::vector<Face> faces = ListFaces();
+    const auto isShortFor = [&](const Face& face) { return IsShortFor(name, face.name); };
+    if (std::ranges::count_if(faces, isShortFor) == 1) return *std::ranges::find_if(faces, isShortFor);
     std::vector<std::string_view> names;
     names.reserve(faces.size());
     for (const Face& face : faces) names.push_back(face.name);

@@ -32,7 +32,8 @@ std::vector<Face> RequireFaces();
 
 std::optional<Face> FindFace(const std::string& name);
 
-// The same, or Stop with Exit::kNotFound and the name that may be meant.
+// For names that people type: the end of the name, from a "-" or "." on, is enough when only one face has it.
+// Else Stop with Exit::kNotFound and the name that may be meant.
 Face RequireFace(const std::string& name);
 
 // The folder of all shipped faces, with "/" at its end.

@@ -14,13 +14,14 @@ Arguments Command(Arguments arguments)
     return arguments;
 }
 
-// Nothing of the machine's own watch or bus.
+// Nothing of the machine's own watch or bus; the language of the previews that ship, so that no watch begins
+// with captures.
 const Environment kNoWatch = {
     {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"},
     {"DBUS_STARTER_ADDRESS",     ""                          },
     {"WATCH_ROOT",               "/nonexistent/watch"        },
     {"WATCH_RESOURCES",          ""                          },
-    {"LC_ALL",                   "C.UTF-8"                   }
+    {"LC_ALL",                   "en_GB.UTF-8"               }
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 // What faces offer and what is chosen: show, edit, and updates that keep the choice.
 
 #include <filesystem>
+#include <fstream>
 
 #include "a-watch.h"
 
@@ -63,6 +64,24 @@ TEST_F(AWatch, shows_what_a_face_offers)
     }));
     EXPECT_EQ(ById(face["slots"], "right")["source"], "pedometer");
     EXPECT_THAT(Run({"show", kClassic}).out, HasSubstr("    * index      Indices  (default)\n"));
+}
+
+TEST_F(AWatch, knows_a_face_by_the_end_of_its_name)
+{
+    for (const char* name : {"c1", "mirel-c1", "watchface-mirel-c1"}) {
+        EXPECT_EQ(Run({"show", name, "--json"}).AsJson()["id"], kClassic) << name;
+        EXPECT_EQ(Run({"set", name, "--json"}).AsJson()["current"], kClassic) << name;
+    }
+    for (const char* name : {"1", "irel-c1", "-c1"}) EXPECT_EQ(Run({"show", name}).status, 10) << name;
+}
+
+TEST_F(AWatch, knows_no_face_by_an_end_that_several_have)
+{
+    const std::string other = "com.example.watchface-mirel-c1";
+    fs::create_directories(ReadWriteFace(other));
+    std::ofstream(ReadWriteFace(other) + "without_result_xml") << "";
+    EXPECT_EQ(Run({"show", "mirel-c1"}).status, 10);
+    EXPECT_EQ(Run({"show", kClassic}).status, 0);
 }
 
 TEST_F(AWatch, shows_labels_in_a_language)

@@ -197,7 +197,7 @@ TEST_F(AWatch, draws_previews_again)
 
 TEST_F(AWatch, draws_no_preview_of_a_face_that_there_is_not)
 {
-    const Result requested = Run({"preview", "request", kClassic, "mirel-e1"});
+    const Result requested = Run({"preview", "request", kClassic, "mirel-e"});
     EXPECT_EQ(requested.status, 10);
     EXPECT_THAT(requested.err, HasSubstr(std::string("did you mean ") + kDigital + "?"));
     EXPECT_FALSE(fs::exists(ReadWriteFace(kClassic)));
