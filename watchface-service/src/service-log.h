@@ -21,3 +21,10 @@ inline constexpr char kLogTag[] = "watchface-service";
 
 #define LOG_ERROR(...) WATCHFACE_SERVICE_LOG(DLOG_ERROR, __VA_ARGS__)
 #define LOG_INFO(...) WATCHFACE_SERVICE_LOG(DLOG_INFO, __VA_ARGS__)
+
+// "CALL returns RESULT(HEX)" where the result of a platform call, which is evaluated once, is not 0.
+#define LOG_FAILURE(call, result)                                                \
+    do {                                                                         \
+        const int returned = (result);                                           \
+        if (returned != 0) LOG_INFO(call " returns %d(%x)", returned, returned); \
+    } while (false)

@@ -266,7 +266,7 @@ bool WatchfaceManager::CheckAndRemoveLimitedComplication(const std::string& watc
 
 void WatchfaceManager::CheckComplications(int mode)
 {
-    if (mode != 1 && mode != 2) {
+    if (mode != kModeLo && mode != kModeStandalone) {
         LOG_ERROR("not standalone neither LO");
         return;
     }

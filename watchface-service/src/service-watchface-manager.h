@@ -39,6 +39,10 @@ enum PathType {
     PATH_TYPE_WITHOUT_RESULT_XML = 4,
 };
 
+// The watch's connection modes in which complications are limited.
+inline constexpr int kModeLo = 1;          // the phone is of the vendor "LO", its user agreement accepted
+inline constexpr int kModeStandalone = 2;  // the watch was set up without a phone
+
 class WatchfaceManager {
 public:
     // Watch-face name to area: true = read/write.
@@ -89,7 +93,7 @@ public:
                                            const char* limitSpec = nullptr);
 
     // Does so for every watch face, the current one first. `mode` is the watch's connection mode; in any
-    // other than 1 and 2 nothing is done.
+    // other than the two above nothing is done.
     void CheckComplications(int mode);
 
     // Asks the capture application for a preview, launching it first when it is not there.
