@@ -157,8 +157,7 @@ private:
             finder->mInside = false;
             finder->mFound = true;
         } else if (depth == 1 && !finder->mFound) {
-            const std::size_t last = finder->mText.find_last_not_of(" \t\r\n", finder->Here() - 1);
-            finder->mExtent = {last + 1, last + 1};
+            finder->mExtent = {finder->Here(), finder->Here()};
         }
     }
 

@@ -3,6 +3,7 @@
 #include <clocale>
 
 #include "a-face-document.h"
+#include "xml-text.h"
 
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -113,4 +114,16 @@ TEST_F(AFlatDocument, escapes_what_labels_hold)
             "<numerals cx=\"1\" cy=\"1\" r=\"1\" labels=\"&lt; &amp; &quot;\" size=\"9\" color=\"main\"/>"
             "<text skeleton");
     EXPECT_THAT(Flat(), HasSubstr("labels=\"&lt; &amp; &quot;\""));
+}
+
+TEST(ATextInXml, comes_back_as_it_was_written)
+{
+    const std::string value = "a\n\t\r <b> & \"c\" 'd' ]]> &#10; \xEA\xB0\x81 ";
+    std::string text =
+        "<x a=\"" + DataUtil::Escaped(value, true) + "\">" + DataUtil::Escaped(value, false) + "</x>";
+    DataUtil::Findings findings;
+    const auto tree = DataUtil::XmlTree::Load(text, findings);
+    ASSERT_TRUE(tree);
+    EXPECT_EQ(tree->Root().attribute("a").value(), value);
+    EXPECT_EQ(tree->Root().child_value(), value);
 }

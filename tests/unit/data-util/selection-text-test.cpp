@@ -115,6 +115,12 @@ TEST_F(ASelectionText, is_not_mistaken_for_what_looks_like_one)
     EXPECT_EQ(Read(text), Some());
 }
 
+TEST_F(ASelectionText, is_the_roots_own)
+{
+    const std::string text = "<face-result><scene><selection/></scene><selection/></face-result>";
+    EXPECT_EQ(WithSelection(text, {}), "<face-result><scene><selection/></scene></face-result>");
+}
+
 TEST_F(ASelectionText, is_found_behind_a_byte_order_mark_and_other_languages)
 {
     Replace("<string key=\"title\">Noon</string>", "<string key=\"title\">정오</string>");
@@ -202,7 +208,9 @@ TEST_F(AMigration, takes_the_selection_of_an_old_text_whose_authors_part_is_wron
 {
     const std::string newer = WithSelection(mText, {});
     Replace("<ticks when", "<tick when");
-    EXPECT_EQ(Read(Migrate(newer, mText).text).preset, "far");
+    const auto migrated = Migrate(newer, mText);
+    EXPECT_EQ(Read(migrated.text).preset, "far");
+    EXPECT_THAT(migrated.notes, IsEmpty());
 }
 
 TEST_F(AMigration, takes_nothing_of_an_old_text_that_cannot_be_read)

@@ -114,6 +114,12 @@ TEST_F(AFaceDocument, refuses_a_string_without_a_text)
     ExpectOnly("E-TEXT", "<string key=\"top\"></string>");
 }
 
+TEST_F(AFaceDocument, refuses_a_string_of_nothing_but_white_space)
+{
+    Replace("<string key=\"top\">Top field</string>", "<string key=\"top\"> &#9;&#10;<![CDATA[ ]]></string>");
+    ExpectOnly("E-TEXT", "<string key=\"top\"> ");
+}
+
 TEST_F(AFaceDocument, reports_all_faults_at_once_in_the_order_of_the_text)
 {
     Replace("version=\"3\"", "version=\"zero\"");

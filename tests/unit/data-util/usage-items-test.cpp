@@ -60,7 +60,7 @@ TEST_F(AUsageRecord, lists_the_sources_that_are_shown)
 {
     EXPECT_EQ(Items().complicationFeature, "CU01");
     EXPECT_THAT(Items().complications, ElementsAre("worldclock", "weather", "battery"));
-    Select("<selection preset=\"calm\"/>");
+    Select("<selection preset=\"calm\"><place slot=\"ring\" source=\"battery\"/></selection>");
     EXPECT_THAT(Items().complications, ElementsAre("worldclock"));
 }
 

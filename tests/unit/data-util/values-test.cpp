@@ -95,6 +95,7 @@ TEST(AValue, is_refused_when_malformed_or_out_of_range)
         {ValueKind::kCondition,    "a==b"     },
         {ValueKind::kSource,       "empty"    },
         {ValueKind::kLabels,       ""         },
+        {ValueKind::kLabels,       "1 \n 2"   },
     };
     for (const auto& [kind, raw] : kRows) {
         EXPECT_EQ(Value(kind, raw), "refused") << raw << " of kind " << static_cast<int>(kind);

@@ -210,7 +210,7 @@ TEST(ACityName, has_1_to_64_characters_none_of_them_a_control_character)
          {std::string(), longest + "x", std::string("a\nb"), std::string("a\x7F"), std::string("a\xC2\x85"),
           std::string("\xC0\xAF"), std::string("\xED\xA0\x80"), std::string("\xEF\xBF\xBF"),
           std::string("\xFF"), std::string("a\xE2\x82"), std::string("\xF4\x90\x80\x80"),
-          std::string("\xE0\x80\x80")}) {
+          std::string("\xE0\x81\xA1"), std::string("\xF0\x80\x81\xA1")}) {
         EXPECT_FALSE(DataUtil::CanonicalValue(rule, bad, problem)) << bad;
     }
 }
