@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "character-count.h"
 #include "nearest-name.h"
-#include "utf8.h"
 
 namespace DataUtil {
 

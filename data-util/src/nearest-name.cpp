@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <numeric>
 
+#include "utf8.h"
+
 namespace DataUtil {
 
 namespace {
@@ -64,10 +66,8 @@ std::string Suggestion(std::string_view name, const std::vector<std::string_view
 
 std::string Quoted(std::string_view text)
 {
-    if (text.size() <= kLongestName) return "\"" + std::string(text) + "\"";
-    std::size_t end = kLongestName;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-    return "\"" + std::string(text.substr(0, end)) + "...\"";
+    const std::string_view shown = Platform::Utf8Prefix(text, kLongestName);
+    return "\"" + std::string(shown) + (shown.size() < text.size() ? "...\"" : "\"");
 }
 
 }  // namespace DataUtil

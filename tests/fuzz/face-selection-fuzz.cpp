@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include "character-count.h"
 #include "document-oracle.h"
 #include "limited-complications.h"
-#include "utf8.h"
 #include "world-clock.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Texts that come from elsewhere than through the gate of xml-gate.h.
+// Characters of texts, also of those that did not come through the gate of xml-gate.h.
 
 #pragma once
 
