@@ -88,21 +88,20 @@ void ShowIcon(Painter& painter, const Element& e, const Box& whole, const Box& p
     const double size = std::min(whole.height / 2, whole.width);
     if (size <= 0) return;
     const double x = place.x + (place.width - size) / 2, y = place.y + (place.height - size) / 2;
-    cairo_save(painter.cr);
-    // The parts of an icon overlap, so a translucent one is made opaque first and then laid over.
     const Color color = e.PaintOr("icon-color", *e.Paint("color"));
-    const bool group = color.alpha < 1;
-    if (group) {
-        cairo_rectangle(painter.cr, x, y, size, size);
-        cairo_clip(painter.cr);
-        cairo_push_group(painter.cr);
+    const auto paint = [&] {
+        SetSource(painter.cr, {color.red, color.green, color.blue, 1});
+        PaintIcon(painter.cr, source, x, y, size);
+    };
+    if (color.alpha >= 1) {
+        paint();
+        return;
     }
-    SetSource(painter.cr, {color.red, color.green, color.blue, 1});
-    PaintIcon(painter.cr, source, x, y, size);
-    if (group) {
-        cairo_pop_group_to_source(painter.cr);
-        cairo_paint_with_alpha(painter.cr, color.alpha);
-    }
+    // The parts of an icon overlap, so a translucent one is made opaque first and then laid over.
+    cairo_save(painter.cr);
+    cairo_rectangle(painter.cr, x, y, size, size);
+    cairo_clip(painter.cr);
+    PaintAsOne(painter, color.alpha, paint);
     cairo_restore(painter.cr);
 }
 

@@ -1,21 +1,38 @@
 // Layers: parts of a drawing that are laid over it as one picture, or that show the time of another place.
 
+#include <cairo.h>
+
+#include <utility>
+
 #include "dates.h"
 #include "painter.h"
+#include "vector-groups.h"
 
 namespace Drawing {
-namespace {
-
-void PaintAsOne(Painter& painter, const Element& layer, double opacity)
+void PaintAsOne(Painter& painter, double opacity, const std::function<void()>& paint)
 {
-    painter.budget.Charge(layer, 3.0 * painter.width * painter.height);
-    cairo_push_group(painter.cr);
-    PaintChildren(painter, layer);
-    cairo_pop_group_to_source(painter.cr);
+    if (painter.medium == Medium::kPixels) {
+        cairo_push_group(painter.cr);
+        paint();
+        cairo_pop_group_to_source(painter.cr);
+        cairo_paint_with_alpha(painter.cr, opacity);
+        return;
+    }
+    // The same by hand, since the drawing library never quite frees its own groups in an SVG.
+    cairo_surface_t* group = painter.groups.Add();
+    const ContextPtr inside(cairo_create(group));
+    cairo_matrix_t matrix;
+    cairo_get_matrix(painter.cr, &matrix);
+    cairo_set_matrix(inside.get(), &matrix);
+    cairo_t* outside = std::exchange(painter.cr, inside.get());
+    paint();
+    painter.cr = outside;
+    cairo_save(painter.cr);
+    cairo_identity_matrix(painter.cr);
+    cairo_set_source_surface(painter.cr, group, 0, 0);
     cairo_paint_with_alpha(painter.cr, opacity);
+    cairo_restore(painter.cr);
 }
-
-}  // namespace
 
 Moment MomentOf(Painter& painter, const Element& e)
 {
@@ -34,7 +51,8 @@ void PaintLayer(Painter& painter, const Element& layer)
     if (layer.Has("timezone") || layer.Has("timezone-path")) painter.moment = MomentOf(painter, layer);
     const double opacity = layer.Number("opacity");
     if (opacity < 1) {
-        PaintAsOne(painter, layer, opacity);
+        painter.budget.Charge(layer, 3.0 * painter.width * painter.height);
+        PaintAsOne(painter, opacity, [&] { PaintChildren(painter, layer); });
     } else {
         PaintChildren(painter, layer);
     }

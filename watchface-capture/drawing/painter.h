@@ -4,6 +4,7 @@
 
 #include <cairo.h>
 
+#include <functional>
 #include <numbers>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ namespace Drawing {
 class Fonts;
 class Images;
 class Texts;
+class VectorGroups;
 
 inline constexpr double kDegree = std::numbers::pi / 180;
 
@@ -55,6 +57,7 @@ struct Painter {
     Fonts& fonts;
     Dates& dates;
     Images& images;
+    VectorGroups& groups;  // of an SVG
     std::vector<Finding>& warnings;
     Moment watchMoment;  // the preview's time, where the watch is
     Moment moment;       // as hands and texts by skeleton show it
@@ -65,6 +68,9 @@ struct Painter {
 };
 
 void SetSource(cairo_t* cr, const Color& color);
+
+// Paints what `paint` paints as one picture, which is then laid over the drawing.
+void PaintAsOne(Painter& painter, double opacity, const std::function<void()>& paint);
 
 // Everything that stands in `parent` after its strings.
 void PaintChildren(Painter& painter, const Element& parent);

@@ -10,6 +10,7 @@
 #include "images.h"
 #include "painter.h"
 #include "texts.h"
+#include "vector-groups.h"
 
 namespace Drawing {
 namespace {
@@ -125,7 +126,8 @@ public:
         const Page page(document, settings, warnings);
         SurfacePtr picture(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, page.width, page.height));
         const ContextPtr cr(cairo_create(picture.get()));
-        Paint(page, Medium::kPixels, cr.get(), settings, warnings);
+        VectorGroups none;
+        Paint(page, Medium::kPixels, cr.get(), none, settings, warnings);
         CutShape(cr.get(), page.root);
         cairo_surface_flush(picture.get());
         ExpectSuccess({cairo_status(cr.get()), cairo_surface_status(picture.get())});
@@ -136,6 +138,7 @@ public:
     {
         const Page page(document, settings, warnings);
         std::string svg;
+        VectorGroups groups;
         const SurfacePtr surface(cairo_svg_surface_create_for_stream(Append, &svg, page.width, page.height));
         cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
         const ContextPtr cr(cairo_create(surface.get()));
@@ -143,14 +146,14 @@ public:
         TraceCanvas(cr.get(), page.root);
         cairo_clip(cr.get());
         cairo_identity_matrix(cr.get());
-        Paint(page, Medium::kVectors, cr.get(), settings, warnings);
+        Paint(page, Medium::kVectors, cr.get(), groups, settings, warnings);
         cairo_surface_finish(surface.get());
         ExpectSuccess({cairo_status(cr.get()), cairo_surface_status(surface.get())});
         return svg;
     }
 
 private:
-    void Paint(const Page& page, Medium medium, cairo_t* cr, const Settings& settings,
+    void Paint(const Page& page, Medium medium, cairo_t* cr, VectorGroups& groups, const Settings& settings,
                std::vector<Finding>& warnings)
     {
         std::vector<std::string> folders = settings.assetFolders;
@@ -158,8 +161,9 @@ private:
             folders.push_back(settings.facesFolder + "/" + std::string(page.root.Text("id")));
         Images images(std::move(folders));
         const Moment moment = mDates.At(settings.timezone, ParseTime(page.root.Text("preview-time")));
-        Painter painter{cr,       medium, *page.tree, settings,   page.texts, mFonts,      mDates, images,
-                        warnings, moment, moment,     page.scale, page.width, page.height, 0,      {}};
+        Painter painter{cr,         medium,     *page.tree,  settings, page.texts, mFonts,
+                        mDates,     images,     groups,      warnings, moment,     moment,
+                        page.scale, page.width, page.height, 0,        {}};
         cairo_scale(cr, page.scale, page.scale);
         if (const auto background = page.root.Paint("background")) {
             SetSource(cr, *background);
