@@ -84,6 +84,8 @@ std::unique_ptr<Bus> Bus::Open(const std::string& address, sd_event* event, std:
     if (code >= 0) code = sd_bus_set_bus_client(raw, true);
     if (code >= 0) code = sd_bus_start(raw);
     if (code >= 0) code = sd_bus_attach_event(raw, event, SD_EVENT_PRIORITY_NORMAL);
+    // The loop's end is not the connection's: what the application answers while it ends still leaves.
+    if (code >= 0) code = sd_bus_set_close_on_exit(raw, false);
     // The connection is made here; the bus greets us with our unique name.
     const char* name = nullptr;
     if (code >= 0) code = sd_bus_get_unique_name(raw, &name);

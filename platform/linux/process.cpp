@@ -159,6 +159,13 @@ int Process::TakeNames()
     return kExitBusLost;
 }
 
+// Whatever is sent from then on finds nobody, or starts the program anew.
+void Process::GiveUpNames()
+{
+    mBus->ReleaseName(mAppId);
+    mPorts->Retire();
+}
+
 int Process::Run(const service_app_lifecycle_callback_s& callbacks, void* userData)
 {
     HandleSignals();
@@ -172,6 +179,7 @@ int Process::Run(const service_app_lifecycle_callback_s& callbacks, void* userDa
         sd_notify(0, "READY=1");
         code = sd_event_loop(MainLoop());
         sd_notify(0, "STOPPING=1");
+        GiveUpNames();
     }
     mLaunches->CancelAll();
     if (callbacks.terminate) callbacks.terminate(userData);
@@ -185,8 +193,7 @@ void Process::Leave()
         Exit(0);
         return kCommonUtilTaskEnd;
     });
-    mBus->ReleaseName(mAppId);
-    mPorts->Retire();
+    GiveUpNames();
     // The first answer comes behind everything that was routed to our names, the second behind the answers to
     // what had to be asked about the senders of that.
     mBus->AfterRouting([this] { mBus->AfterRouting([this] { mEnd->Start(); }); });

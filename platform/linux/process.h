@@ -49,6 +49,7 @@ private:
     Process(std::string appId, std::string address);
     bool Connect();
     int TakeNames();
+    void GiveUpNames();
     void HandleSignals();
 
     const std::string mAppId;
