@@ -9,6 +9,7 @@
 #include <optional>
 #include <utility>
 
+#include "file-descriptor.h"
 #include "nearest-name.h"
 
 namespace DataUtil {
@@ -17,25 +18,6 @@ namespace {
 
 constexpr uint32_t kLargestSide = 4096;
 constexpr std::size_t kHeaderSize = 24;  // up to width and height
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : mDescriptor(descriptor) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { Reset(-1); }
-
-    int Get() const { return mDescriptor; }
-    bool IsOpen() const { return mDescriptor >= 0; }
-    void Reset(int descriptor)
-    {
-        if (mDescriptor >= 0) close(mDescriptor);
-        mDescriptor = descriptor;
-    }
-
-private:
-    int mDescriptor;
-};
 
 // What is known of an asset. Without a problem it is a picture of that size.
 struct Asset {
@@ -67,7 +49,7 @@ Asset AssetOf(std::string_view header)
 // The asset in that folder, or nothing when the folder has none of that path.
 std::optional<Asset> Look(const std::string& folder, std::string_view path)
 {
-    Descriptor at(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    FileDescriptor at(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     for (std::size_t slash; at.IsOpen() && (slash = path.find('/')) != std::string_view::npos;
          path.remove_prefix(slash + 1)) {
         at.Reset(openat(at.Get(), std::string(path.substr(0, slash)).c_str(),
@@ -77,7 +59,7 @@ std::optional<Asset> Look(const std::string& folder, std::string_view path)
     const std::string name(path);
     struct stat status = {};
     if (fstatat(at.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
-    const Descriptor file(openat(at.Get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const FileDescriptor file(openat(at.Get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
         return Asset{"E-ASSET-MISSING", "is no file that can be read", 0, 0};
     std::string header(kHeaderSize, '\0');
