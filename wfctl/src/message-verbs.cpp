@@ -127,7 +127,7 @@ Exit Launch(const Options& options, const LaunchArguments& arguments)
     })));
     if (result == 0) return Exit::kDone;
     throw Stop(Exit::kError, "[" + to.app + "] answered " + std::to_string(result) +
-                                 ": the request failed, or nothing in it takes such requests");
+                                 ": the request failed, or was done without an answer");
 }
 
 }  // namespace

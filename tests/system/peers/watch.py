@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import signal
 import subprocess
@@ -49,9 +50,12 @@ class WatchTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
         environment = {k: v for k, v in os.environ.items()
                        if k not in ("LC_ALL", "LC_TIME", "TZ", "DBUS_SESSION_BUS_ADDRESS", "WATCH_ROOT")}
-        self.environment = dict(environment, LANG=self.language, NO_COLOR="1")
-        self.wfctl("up", "--root", self.root)
+        self.environment = dict(environment, LANG=self.language, TZ="UTC", NO_COLOR="1")
         self.addCleanup(self.wfctl, "down", "--root", self.root)
+        self.up()
+
+    def up(self):
+        self.wfctl("up", "--root", self.root)
         lines = self.wfctl_shell("env")
         self.environment.update(line.split("=", 1) for line in lines.splitlines()
                                 if line.startswith(("DBUS_SESSION_BUS_ADDRESS=", "WATCH_ROOT=", "WATCH_RESOURCES=")))
@@ -90,6 +94,18 @@ class WatchTest(unittest.TestCase):
     def preview(self, name):
         return self.rw(name, name + ".png")
 
+    def shipped(self):
+        """The names of the watch's own faces, in the order in which the service goes through them."""
+        return sorted(folder.name for folder in self.ro("").iterdir())
+
+    def drawing(self, name, language, hours):
+        """The preview as the document in the read/write area describes it, drawn without the watch."""
+        picture = self.root / "drawing.png"
+        subprocess.run([PREFIX / "libexec/watch/watchface-capture", "--draw", "--language", language, "--hours",
+                        str(hours), "--timezone", self.wfctl("setting", "get", "timezone").strip(), "--faces",
+                        self.ro(""), self.rw(name, "watchface.xml"), picture], timeout=60, check=True)
+        return picture.read_bytes()
+
     def tree(self):
         """Every file below the root that a message may change, with its content."""
         apps = self.root / "apps"
@@ -101,6 +117,22 @@ class WatchTest(unittest.TestCase):
 
     def wait_for_log(self, text, count=1):
         wait_for(lambda: self.log().count(text) >= count)
+
+    def captured(self):
+        """The faces whose captures were finished, in order."""
+        return re.findall(r"messageType = \[watch-capture-finished\], watch_name = \[(.*)\]", self.log())
+
+    def wait_for_captures(self, count):
+        wait_for(lambda: len(self.captured()) >= count)
+
+    def assert_captured(self, names):
+        """These, in whatever order, and no others: a capture that is asked for now comes behind them."""
+        self.assert_nothing_more()
+        self.wfctl("preview", "request", C1)
+        self.wait_for_captures(len(names) + 1)
+        *before, last = self.captured()
+        self.assertEqual(sorted(before), sorted(names))
+        self.assertEqual(last, C1)
 
     # --- processes -----------------------------------------------------------------------------------------
 
@@ -114,6 +146,11 @@ class WatchTest(unittest.TestCase):
             return None
         finally:
             peer.close()
+
+    def restart_service(self):
+        """Ends it as a device does, and has the next message start it."""
+        self.kill(SERVICE[0], signal.SIGTERM)
+        self.wfctl("send", "--as", HOME[0], SERVICE[0], "type=watch-req-watchlists")
 
     def kill(self, app, number=signal.SIGKILL):
         pid = self.pid_of(app)
