@@ -17,8 +17,9 @@ typedef struct {
 } service_app_lifecycle_callback_s;
 
 // Opens the bus, runs `create`, takes the names of the ports and last the application's own, says ready,
-// and runs the main loop until the program is told to end; then runs `terminate`. Returns 0, or a code
-// when the application could not run or lost its bus. A second instance is refused.
+// and runs the main loop until the program is told to end; then gives up the names and runs `terminate`,
+// whose answers to held launch requests still leave. Returns 0, or a code when the application could not run
+// or lost its bus. A second instance is refused.
 int service_app_main(int argc, char** argv, service_app_lifecycle_callback_s* callbacks, void* userData);
 
 // Ends the application on its own wish: it gives up its ports and its name, works off what has arrived by
