@@ -4,8 +4,12 @@ option(WATCH_TESTS "Build the tests" ON)
 option(WATCH_BENCH "Build the benchmarks" ON)
 option(WATCH_FUZZ "Build the fuzz targets (clang only)" OFF)
 set(WATCH_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize= (address,undefined or thread)")
-set(WATCH_NATIVE_TOOLS "" CACHE PATH "Where a build for another machine finds the programs that run while it is built")
-set(WATCH_UNIT_DIR lib/systemd/system CACHE STRING "Where system units go, below the prefix")
+set(previews ON)
+if(CMAKE_CROSSCOMPILING)
+  set(previews OFF)  # the fonts of this machine are not the watch's; the service has them drawn when it first starts
+endif()
+option(WATCH_PREVIEWS "Draw the previews of the shipped faces" ${previews})
+set(WATCH_NATIVE_TOOLS "" CACHE PATH "Programs that run while building, of a build for this machine (cmake/build-tools.cmake)")
 set(WATCH_MEDIA_DIRS /srv/media CACHE STRING "What a device's programs may read beside the watch's files, with : between")
 
 # Warnings, hardening and sanitizers that every target of this project takes.

@@ -1,9 +1,8 @@
 // generate-system-files NAME=VALUE…: writes what a system must know about the applications of a watch, all of
 // it from their one table: activation files, units, the bus policy, users and folders.
 //
-// Names: out (a folder; the rest is below it or in it), datadir, unitdir (below out), templates (of
-// units), libexec, modules (absolute, as installed), media (folders with ":" between them that a device's
-// programs may read).
+// Names: out (a folder that stands for the prefix), datadir (below it), templates (of units), libexec,
+// modules (absolute, as installed), media (folders with ":" between them that a device's programs may read).
 
 #include <cstdlib>
 #include <filesystem>
@@ -262,14 +261,13 @@ void WriteAll(const Values& given)
     const string note = "# Made from the table of applications.\n";
     const fs::path out = given.at("out");
     const fs::path share = out / given.at("datadir"), lib = out / "lib";
-    const fs::path units = out / fs::path(given.at("unitdir")).relative_path();
     for (const Application& app : kApplications) {
         if (app.program.empty()) continue;
         const string activation = string(app.id) + ".service", unit = string(app.program) + ".service";
         WriteFile(share / "dbus-1/services" / activation, ActivationFile(app, given.at("libexec"), false));
         WriteFile(share / "dbus-1/system-services" / activation,
                   ActivationFile(app, given.at("libexec"), true));
-        WriteFile(units / unit, Unit(app, given, "system.service.in"));
+        WriteFile(lib / "systemd/system" / unit, Unit(app, given, "system.service.in"));
         WriteFile(lib / "systemd/user" / unit, Unit(app, given, "user.service.in"));
     }
     WriteFile(share / "dbus-1/system.d" / (string(Platform::kServiceId) + ".conf"), Policy());
@@ -291,7 +289,7 @@ int main(int argc, char** argv)
     try {
         WriteAll(given);
     } catch (const std::out_of_range&) {
-        std::cerr << "usage: generate-system-files out= datadir= unitdir= templates= libexec= "
+        std::cerr << "usage: generate-system-files out= datadir= templates= libexec= "
                      "modules= media=\n";
         return EXIT_FAILURE;
     } catch (const std::exception& error) {
