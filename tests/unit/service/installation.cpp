@@ -166,6 +166,20 @@ TEST_F(AWatchfaceManager, does_not_fall_back_to_the_marker_when_the_result_xml_c
     EXPECT_THAT(platform.LogTexts(), IsEmpty());
 }
 
+TEST_F(AWatchfaceManager, leaves_no_folder_when_the_marker_cannot_be_copied)
+{
+    platform.WriteFile(platform.RO("watchlist/a/without_result_xml"), "");
+    platform.WriteFile(platform.RO("watchlist/a/watchface.xml"), "<watchface/>");
+    platform.Fail("CommonUtilFile::Copy");
+    EXPECT_FALSE(manager.CopyWatchfaceToRW("a"));
+    EXPECT_THAT(platform.Timeline(),
+                ElementsAre("mkpath RW:watchlist/a/", "exists RO:watchlist/a/a_result.xml",
+                            "exists RO:watchlist/a/without_result_xml",
+                            "copy RO:watchlist/a/without_result_xml -> RW:watchlist/a/without_result_xml",
+                            "recursive_rm RW:watchlist/a/"));
+    EXPECT_FALSE(platform.Exists(platform.RW("watchlist/a")));
+}
+
 TEST_F(AWatchfaceManager, leaves_no_folder_of_a_watch_face_that_is_in_the_read_only_area_in_neither_form)
 {
     platform.WriteFile(platform.RO("watchlist/a/watchface.xml"), "<watchface/>");

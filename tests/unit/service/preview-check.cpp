@@ -472,6 +472,29 @@ TEST_F(APreviewCheck, counts_for_each_watch_face_by_itself)
     EXPECT_THAT(Captures(), SizeIs(6));
 }
 
+TEST_F(APreviewCheck, keeps_the_counts_of_all_others_when_a_preview_is_valid)
+{
+    Store("a", blank);
+    Store("b", black);
+    for (int i = 0; i < 3; ++i) AddAndCheck("a");
+    AddAndCheck("b");
+    AddAndCheck("a");
+    EXPECT_THAT(Captures(), ElementsAre("a", "a", "a"));
+    EXPECT_EQ(platform.Errors().back(), "invalid preview generated more than 3 times!! ignored!!");
+}
+
+TEST_F(APreviewCheck, keeps_the_counts_of_all_others_when_a_preview_is_dropped)
+{
+    Store("a", blank);
+    Store("b", blank);
+    for (int i = 0; i < 3; ++i) AddAndCheck("b");
+    for (int i = 0; i < 4; ++i) AddAndCheck("a");
+    platform.Forget();
+    AddAndCheck("b");
+    EXPECT_THAT(Captures(), IsEmpty());
+    EXPECT_EQ(platform.Errors().back(), "invalid preview generated more than 3 times!! ignored!!");
+}
+
 TEST_F(APreviewCheck, goes_on_after_a_dropped_preview)
 {
     Store("a", blank);
