@@ -232,28 +232,45 @@ bool IsWrittenByOthers(const Application& app)
     return false;
 }
 
+// An application's folder and its areas.
+string ApplicationFolders(const Application& app)
+{
+    const Areas& areas = DeviceAreas();
+    const string id(app.id), user(app.user), folder = areas.PrivateOf(id);
+    // Below a folder of one user no other may own one; and this user must not move those away.
+    if (IsWrittenByOthers(app)) {
+        return FolderLine(folder, "1775", "root", user) +
+               FolderLine(folder + "shared", "0755", "root", "root");
+    }
+    string text;
+    for (const string& own : {folder, folder + "shared", areas.DataOf(id), areas.TrustedOf(id)}) {
+        text += FolderLine(own, "0755", user, user);
+    }
+    return text;
+}
+
+// The areas that others than their application write.
+string WrittenAreas()
+{
+    string text;
+    for (const AreaWriter& writer : kAreaWriters) {
+        if (&OwnerOf(writer) != &writer) continue;
+        const string area = (DeviceAreas().*writer.area)(string(writer.of)),
+                     user = UserOf(writer.application);
+        text += FolderLine(area, IsShared(writer) ? "2775" : "0755", user, user);
+    }
+    return text;
+}
+
 string Folders()
 {
     const Areas& areas = DeviceAreas();
-    string text = FolderLine(areas.root, "0750", "root", kGroup) +
-                  FolderLine(areas.Common(), "2770", "root", kGroup) + "L " + areas.root +
-                  "/keys.db - - - - common/keys.db\n" +
-                  FolderLine(areas.root + "/apps", "0755", "root", "root");
-    for (const Application& app : kApplications) {
-        const string folder = areas.PrivateOf(string(app.id));
-        const string user(app.user);
-        // Below a folder of one user no other may own one; and this user must not move those away.
-        text += IsWrittenByOthers(app) ? FolderLine(folder, "1775", "root", user) +
-                                             FolderLine(folder + "shared", "0755", "root", "root")
-                                       : FolderLine(folder, "0755", user, user);
-    }
-    for (const AreaWriter& writer : kAreaWriters) {
-        if (&OwnerOf(writer) != &writer) continue;
-        const string user = UserOf(writer.application);
-        text += FolderLine((areas.*writer.area)(string(writer.of)), IsShared(writer) ? "2775" : "0755", user,
-                           user);
-    }
-    return text;
+    string text = FolderLine(areas.root, "0750", "root", kGroup);
+    text += FolderLine(areas.Common(), "2770", "root", kGroup);
+    text += "L " + areas.root + "/keys.db - - - - common/keys.db\n";
+    text += FolderLine(areas.root + "/apps", "0755", "root", "root");
+    for (const Application& app : kApplications) text += ApplicationFolders(app);
+    return text + WrittenAreas();
 }
 
 void WriteAll(const Values& given)
