@@ -73,16 +73,14 @@ std::string MissingOf(PangoLayout* layout)
 }
 
 // From (0, 0). The outline is taken as it was shaped, whatever the scale is: fonts cannot be opened at any
-// size.
+// size. On a surface without edges, so that no letter is left out for lying beyond them.
 void ShowOutline(cairo_t* cr, PangoLayoutLine* line)
 {
-    cairo_save(cr);
-    cairo_identity_matrix(cr);
-    cairo_new_path(cr);
-    cairo_move_to(cr, 0, 0);
-    pango_cairo_layout_line_path(cr, line);
-    const std::unique_ptr<cairo_path_t, Releases<cairo_path_destroy>> outline(cairo_copy_path(cr));
-    cairo_restore(cr);
+    const SurfacePtr boundless(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
+    const ContextPtr shaped(cairo_create(boundless.get()));
+    cairo_move_to(shaped.get(), 0, 0);
+    pango_cairo_layout_line_path(shaped.get(), line);
+    const std::unique_ptr<cairo_path_t, Releases<cairo_path_destroy>> outline(cairo_copy_path(shaped.get()));
     cairo_new_path(cr);
     cairo_append_path(cr, outline.get());
     cairo_fill(cr);

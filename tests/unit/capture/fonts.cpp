@@ -105,10 +105,17 @@ TEST_F(AFont, has_the_weight_that_is_asked_for)
             for (int x = 0; x < Width(); ++x) sum += At(x, y).red;
         return sum;
     };
-    for (const char* text : {"Hour", "시간", "時計", "ساعة"}) {
+    for (const auto& [language, text] : {
+             std::pair{"en_GB", "Hour"    },
+             {"ko_KR", "시간"  },
+             {"ja_JP", "時計"  },
+             {"ar_EG", "ساعة"}
+    }) {
+        settings.language = language;
         long before = 0;
         for (const char* weight : {"300", "700"}) {
-            Show(text, "weight=\"" + std::string(weight) + "\"");
+            Draw(R"(<text x="100" y="40" size="30" color="#FFFFFF" text=")" + std::string(text) +
+                 "\" weight=\"" + weight + "\"/>");
             EXPECT_GT(inked(), before * 11 / 10) << text << " " << weight;
             before = inked();
         }

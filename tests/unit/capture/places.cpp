@@ -97,14 +97,19 @@ TEST_F(APlace, counts_from_the_watchs_own_zone)
 
 TEST_F(APlace, turns_the_hands_of_its_layer)
 {
-    root = R"(width="100" height="100" shape="square" preview-time="01:00:00")";
     settings.timezone = "UTC";
     const std::string hand =
         R"(<hand kind="hour" cx="50" cy="50"><bar length="40" width="4" fill="#FFFFFF"/></hand>)";
-    Draw(In(R"(timezone-path="Asia/Tokyo")", hand));  // ten o'clock
-    const std::string there = Pixels();
-    root = R"(width="100" height="100" shape="square" preview-time="10:00:00")";
-    EXPECT_EQ(PixelsOf(hand), there);
+    const auto turnsTo = [&](const std::string& zone, const std::string& time) {
+        root = R"(width="100" height="100" shape="square" preview-time="12:00:00")";
+        const std::string there = PixelsOf(In("timezone-path=\"" + zone + "\"", hand));
+        root = R"(width="100" height="100" shape="square" preview-time=")" + time + "\"";
+        return there == PixelsOf(hand);
+    };
+    EXPECT_TRUE(turnsTo("Asia/Tokyo", "21:00:00"));
+    EXPECT_TRUE(turnsTo("Asia/Kolkata", "17:30:00"));
+    EXPECT_TRUE(turnsTo("America/New_York", "08:00:00"));  // in summer time
+    EXPECT_TRUE(turnsTo("Pacific/Kiritimati", "02:00:00"));
 }
 
 TEST_F(APlace, leaves_complications_with_the_watchs_time)

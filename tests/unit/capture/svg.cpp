@@ -45,6 +45,15 @@ TEST_F(AnSvg, has_the_size_of_the_picture)
     EXPECT_EQ(Root("width"), "50px");
 }
 
+TEST_F(AnSvg, is_clipped_to_a_round_canvas)
+{
+    Export(R"(<rect x="0" y="0" width="100" height="100" fill="#FFFFFF"/>)");
+    EXPECT_EQ(Count("clipPath"), 0u);
+    root = R"(width="100" height="100" shape="round" preview-time="10:08:36")";
+    Export(R"(<rect x="0" y="0" width="100" height="100" fill="#FFFFFF"/>)");
+    EXPECT_GE(Count("clipPath"), 1u);
+}
+
 TEST_F(AnSvg, keeps_shapes_gradients_texts_and_layers_as_shapes)
 {
     root = R"(width="100" height="100" shape="round" preview-time="10:08:36")";

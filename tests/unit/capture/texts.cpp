@@ -109,6 +109,16 @@ TEST_F(AText, is_scaled_down_evenly_when_it_is_too_wide)
     EXPECT_EQ(InkOf().Width(), wide.Width());
 }
 
+TEST_F(AText, shows_the_end_of_a_line_whose_begin_is_far_out_of_the_picture)
+{
+    settings.size = 400;
+    root = R"(width="40" height="40" shape="square" preview-time="14:05:09")";
+    Draw(
+        R"(<text text="WWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWI" x="38" y="38" align="right" size="40" color="#FFFFFF"/>)");
+    EXPECT_GT(InkOf().right, 300);
+    EXPECT_LT(InkOf().top, 120);
+}
+
 TEST_F(AText, takes_its_spacing_between_letters)
 {
     Line(R"(text-key="t")");
