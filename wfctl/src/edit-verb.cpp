@@ -30,7 +30,7 @@ struct EditArguments {
     SelectionChanges changes;
     std::string as = kEditorId;
     bool dryRun = false;
-    double timeout = kUpdatePatience;
+    double timeout = kPatience;
 };
 
 struct StoredFace {

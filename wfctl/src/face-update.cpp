@@ -3,17 +3,14 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <optional>
 
-#include "application-table.h"
+#include "area-copy.h"
 #include "areas.h"
 #include "event-loop-sdevent.h"
 #include "exit-status.h"
-#include "files.h"
-#include "peer.h"
 #include "private-watch.h"
 
 namespace Wfctl {
@@ -21,14 +18,6 @@ namespace Wfctl {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Whom the service answers, each at its first port of the table of applications.
-constexpr const char* kAnsweredPeers[] = {
-    kManagerId,
-    kEditorId,
-    "com.corvane.w-home",
-    "com.corvane.watch-utils.setting-list",
-};
 
 // Which picture lies at a path: changes with every replacement.
 struct FileMark {
@@ -46,36 +35,6 @@ FileMark MarkOfFile(const std::string& path)
     struct stat info {};
     return stat(path.c_str(), &info) == 0 ? FileMark{info.st_ino, info.st_ctim} : FileMark{};
 }
-
-// The user's icon, copied to where the service may read it, while this lives.
-class IconCopy {
-public:
-    IconCopy(const std::string& icon, const std::string& app, const std::string& face)
-    {
-        if (icon.empty()) return;
-        std::ifstream file(icon, std::ios::binary);
-        char signature[8] = {};
-        if (!file) throw Stop(Exit::kNotFound, "the picture [" + icon + "] cannot be read");
-        if (!file.read(signature, sizeof signature) || std::string(signature, 4) != "\x89PNG") {
-            throw Stop(Exit::kError, "[" + icon + "] is no PNG");
-        }
-        const std::string folder = Platform::CurrentAreas().DataOf(app) + "wfctl/";
-        mPath = folder + face + ".png";
-        if (ecore_file_mkpath(folder.c_str()) && CommonUtilFile::Copy(fs::absolute(icon).string(), mPath))
-            return;
-        throw Stop(Exit::kError, "the picture [" + icon + "] could not be copied to [" + mPath + "]");
-    }
-    ~IconCopy()
-    {
-        if (!mPath.empty()) ecore_file_remove(mPath.c_str());
-    }
-    IconCopy(const IconCopy&) = delete;
-    IconCopy& operator=(const IconCopy&) = delete;
-    const std::string& Path() const { return mPath; }
-
-private:
-    std::string mPath;
-};
 
 // What the service and the data library wrote into the watch's log from here on.
 class LogTail {
@@ -116,13 +75,6 @@ Platform::BundlePtr NewMessage(const FaceUpdate& update, const std::string& icon
     return message;
 }
 
-std::string TextOf(const bundle& message, const char* key)
-{
-    const auto it = message.values.find(std::string_view(key));
-    const auto* text = it == message.values.end() ? nullptr : std::get_if<std::string>(&it->second);
-    return text ? *text : "";
-}
-
 // Waits until another picture lies at the face's preview path: one that is not older than the document,
 // because a picture that was asked for before may come meanwhile.
 bool AwaitPreview(Connection& connection, const Face& face, const FileMark& before, Seconds most)
@@ -147,20 +99,6 @@ bool AwaitPreview(Connection& connection, const Face& face, const FileMark& befo
                                                   : "its log says:" + reasons));
 }
 
-PeerAddress AnsweredPeer(const std::string& as)
-{
-    PeerAddress peer = ParsePeer(as, true);
-    const bool isAnswered =
-        std::any_of(std::begin(kAnsweredPeers), std::end(kAnsweredPeers),
-                    [&](const char* id) { return peer.app == id && peer.port == ParsePeer(id, true).port; });
-    if (isAnswered) return peer;
-    std::string all;
-    for (const char* id : kAnsweredPeers) all += std::string(all.empty() ? "" : ", ") + id;
-    throw Stop(Exit::kUsage, "the service would not answer [" + as +
-                                 "], so nobody would know how it went; say --as with one of " + all +
-                                 ", or use wfctl send");
-}
-
 }  // namespace
 
 bool IsNotOlder(const std::string& path, const std::string& than)
@@ -174,42 +112,24 @@ bool IsNotOlder(const std::string& path, const std::string& than)
 }
 
 FaceUpdater::FaceUpdater(Connection& connection, const std::string& as)
-    : mConnection(connection),
-      mSelf(AnsweredPeer(as)),
-      mPeer(connection, mSelf, true,
-            [this](const std::string& app, const std::string& port, const bundle& message) {
-                Receive(app, port, message);
-            })
+    : mConnection(connection), mPeer(connection, as)
 {
-}
-
-void FaceUpdater::Receive(const std::string& app, const std::string& port, const bundle& message)
-{
-    const bool isOurs = mCurrent && mReply.is_null() && app == Platform::kServiceId &&
-                        TextOf(message, "pkgid") == mCurrent->name &&
-                        TextOf(message, "type") == mCurrent->type && !TextOf(message, "status").empty();
-    if (isOurs) mReply = MessageToJson(app, port, message);
 }
 
 void FaceUpdater::Store(const FaceUpdate& update, const std::function<void(const Json&)>& onReply)
 {
     const Face face = WritableFace(update.name);
     const FileMark before = MarkOfFile(face.Preview());
-    const IconCopy icon(update.icon, mSelf.app, update.name);
-    const LogTail log;
-    mCurrent = &update;
-    mReply = nullptr;
-    mPeer.Send(ParsePeer(std::string(Platform::kServiceId), true), true, *NewMessage(update, icon.Path()));
-    const bool isAnswered = mConnection.RunUntil([this] { return !mReply.is_null(); }, update.timeout);
-    mCurrent = nullptr;
-    if (!isAnswered) {
-        throw Stop(Exit::kNoAnswer, "the service took the message about [" + update.name +
-                                        "] but did not answer [" + mSelf.app +
-                                        "] in time; look for watchface-service in " +
-                                        LogPlace("watchface-service"));
+    std::optional<AreaCopy> icon;
+    if (!update.icon.empty()) {
+        if (KindOfPicture(update.icon) != PictureKind::kPng)
+            throw Stop(Exit::kError, "[" + update.icon + "] is no PNG");
+        icon.emplace(update.icon, mPeer.Application(), update.name + ".png");
     }
-    if (onReply) onReply(mReply);
-    if (mReply["bundle"]["status"] != "success") Refused(update, log);
+    const LogTail log;
+    const Json reply = mPeer.Ask(*NewMessage(update, icon ? icon->Path() : ""), update.timeout);
+    if (onReply) onReply(reply);
+    if (!IsSuccess(reply)) Refused(update, log);
     if (!update.awaitsPreview || AwaitPreview(mConnection, face, before, update.timeout)) return;
     throw Stop(Exit::kNoAnswer, "[" + update.name + "] is stored, but no new preview came to [" +
                                     face.Preview() +

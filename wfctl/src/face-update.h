@@ -8,15 +8,12 @@
 #include "connection.h"
 #include "faces.h"
 #include "json-text.h"
-#include "peer.h"
+#include "service-peer.h"
 
 namespace Wfctl {
 
-inline constexpr char kManagerId[] = "com.corvane.w-manager-service";
-inline constexpr char kEditorId[] = "com.corvane.watchface-editor";
 inline constexpr char kCreated[] = "watch-setting-created";
 inline constexpr char kUpdated[] = "watch-setting-updated";
-inline constexpr double kUpdatePatience = 20;  // seconds
 
 struct FaceUpdate {
     std::string type;  // kCreated, kUpdated
@@ -25,7 +22,7 @@ struct FaceUpdate {
     std::string label;  // the name to display; empty: none is sent
     std::string icon;   // a PNG to start with; empty: none
     bool awaitsPreview = true;
-    Seconds timeout{kUpdatePatience};  // for the answer, and for the preview
+    Seconds timeout{kPatience};  // for the answer, and for the preview
 };
 
 // Is the application while it lives; one face after the other.
@@ -42,13 +39,8 @@ public:
     void Store(const FaceUpdate& update, const std::function<void(const Json&)>& onReply = {});
 
 private:
-    void Receive(const std::string& app, const std::string& port, const bundle& message);
-
     Connection& mConnection;
-    const PeerAddress mSelf;
-    const FaceUpdate* mCurrent = nullptr;  // what is waited for
-    Json mReply;                           // null until it is there
-    Peer mPeer;
+    ServicePeer mPeer;
 };
 
 // Whether the file at `path` is there and at least as new as the one at `than`.

@@ -27,7 +27,7 @@ struct InstallArguments {
     std::string as = kManagerId;
     bool keepsSelection = false;
     bool noWait = false;
-    double timeout = kUpdatePatience;
+    double timeout = kPatience;
 };
 
 struct Document {

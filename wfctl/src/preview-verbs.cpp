@@ -22,7 +22,7 @@ namespace {
 struct PreviewArguments {
     std::vector<std::string> faces;
     std::string as = kEditorId;
-    double timeout = kUpdatePatience;
+    double timeout = kPatience;
 };
 
 std::vector<Face> FindAll(const std::vector<std::string>& names)

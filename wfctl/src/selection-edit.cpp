@@ -96,20 +96,6 @@ std::string CityOf(const std::string& timezone)
     return city;
 }
 
-// AREA/CITY[:CITY]. The zone is named in both ways, so that nothing of the offer's own zone is left.
-WorldClock ParseWorldClock(const std::string& text)
-{
-    const auto colon = text.find(':');
-    WorldClock clock;
-    clock.timezonePath = text.substr(0, colon);
-    if (const std::string problem = TimezoneProblem(clock.timezonePath); !problem.empty()) Misused(problem);
-    clock.timezone = clock.timezonePath;
-    clock.country = CountryOfTimezone(clock.timezonePath);
-    clock.city = colon == std::string::npos ? CityOf(clock.timezonePath) : text.substr(colon + 1);
-    if (clock.city.empty()) Misused("[" + text + "] has no city behind the colon");
-    return clock;
-}
-
 void ApplyPlace(const FaceDocument& document, const std::string& text, Selection& selection)
 {
     const NameAndValue place = Split(text, "SLOT=SOURCE");
@@ -163,6 +149,20 @@ std::string ValueOr(const std::map<std::string, std::string>& values, const std:
 }
 
 }  // namespace
+
+// AREA/CITY[:CITY]. The zone is named in both ways, so that nothing of the offer's own zone is left.
+WorldClock ParseWorldClock(const std::string& text)
+{
+    const auto colon = text.find(':');
+    WorldClock clock;
+    clock.timezonePath = text.substr(0, colon);
+    if (const std::string problem = TimezoneProblem(clock.timezonePath); !problem.empty()) Misused(problem);
+    clock.timezone = clock.timezonePath;
+    clock.country = CountryOfTimezone(clock.timezonePath);
+    clock.city = colon == std::string::npos ? CityOf(clock.timezonePath) : text.substr(colon + 1);
+    if (clock.city.empty()) Misused("[" + text + "] has no city behind the colon");
+    return clock;
+}
 
 Selection Changed(const FaceDocument& document, const SelectionChanges& changes)
 {

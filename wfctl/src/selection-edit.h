@@ -25,6 +25,9 @@ struct SelectionChanges {
 // is named that the document does not offer.
 DataUtil::Selection Changed(const DataUtil::FaceDocument& document, const SelectionChanges& changes);
 
+// AREA/CITY[:CITY], with the country of the zone; stops with Exit::kUsage when nobody knows the zone.
+DataUtil::WorldClock ParseWorldClock(const std::string& text);
+
 // One thing that is shown otherwise than before.
 struct Difference {
     std::string what;           // a group, a slot, a photos element, or "preset"

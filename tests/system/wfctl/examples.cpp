@@ -11,10 +11,40 @@ namespace {
 
 // Those that end by themselves and need nothing that is not there.
 constexpr const char* kVerbs[] = {
-    "status",     "list",        "show",        "set",          "current",         "install",
-    "update",     "edit",        "validate",    "flatten",      "render",          "sheet",
-    "send",       "key set",     "key list",    "pref set",     "pref get",        "pref list",
-    "pref unset", "setting get", "setting set", "setting list", "preview request", "preview check",
+    "world-clock prepare",
+    "world-clock update",
+    "world-clock show",
+    "bg add",
+    "bg list",
+    "bg del",
+    "bg save",
+    "bg cancel",
+    "date",
+    "status",
+    "list",
+    "show",
+    "set",
+    "current",
+    "install",
+    "update",
+    "edit",
+    "validate",
+    "flatten",
+    "render",
+    "sheet",
+    "send",
+    "key set",
+    "key list",
+    "pref set",
+    "pref get",
+    "pref list",
+    "pref unset",
+    "setting get",
+    "setting set",
+    "setting list",
+    "preview request",
+    "preview check",
+    "delete",
 };
 
 std::string ExampleOf(const std::string& help)
@@ -31,6 +61,8 @@ TEST_F(AWatch, does_what_the_examples_of_help_say)
 {
     fs::copy_file(StagedResultXml(kDigital), mFolder + "/my-face_result.xml");
     fs::copy_file(StagedResultXml(kClassic), mFolder + "/" + kClassic + "_result.xml");
+    fs::copy_file(ReadOnlyFace(kClassic) + kClassic + ".png", mFolder + "/holiday.jpg");
+    Run({"set", "c4"});
     mEnvironment["PATH"] = fs::path(WFCTL).parent_path().string() + ":" + std::getenv("PATH");
     Run({"pref", "set", kService, "wfs-pref-idle-change-request-from", "test"});
     for (const char* verb : kVerbs) {

@@ -1,0 +1,53 @@
+// One of the peers that the service answers: asking it, and its answer.
+
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "connection.h"
+#include "json-text.h"
+#include "peer.h"
+
+namespace Wfctl {
+
+inline constexpr char kManagerId[] = "com.corvane.w-manager-service";
+inline constexpr char kEditorId[] = "com.corvane.watchface-editor";
+inline constexpr double kPatience = 20;  // seconds
+
+// Is the application while it lives; asks one thing after the other.
+class ServicePeer {
+public:
+    using Fits = std::function<bool(const bundle&)>;
+
+    // Stops with Exit::kUsage when the service would not answer this application there.
+    ServicePeer(Connection& connection, const std::string& as);
+    ServicePeer(const ServicePeer&) = delete;
+    ServicePeer& operator=(const ServicePeer&) = delete;
+
+    const std::string& Application() const { return mSelf.app; }
+
+    void Tell(const bundle& message);
+    // The first message of the service that fits, as MessageToJson() has it. Stops with Exit::kNoAnswer when
+    // none comes in time.
+    Json Ask(const bundle& message, const Fits& isAnswer, Seconds timeout);
+    // The same where the answer is a message of that type, about the same "pkgid" if there is one, with a
+    // "status".
+    Json Ask(const bundle& message, Seconds timeout);
+
+private:
+    void Receive(const std::string& app, const std::string& port, const bundle& message);
+
+    Connection& mConnection;
+    const PeerAddress mSelf;
+    const Fits* mIsAnswer = nullptr;  // while an answer is waited for
+    Json mAnswer;                     // null until it is there
+    Peer mPeer;
+};
+
+bool IsSuccess(const Json& answer);
+
+// The text under a key; empty when there is none.
+std::string TextOf(const bundle& message, const char* key);
+
+}  // namespace Wfctl

@@ -1,0 +1,234 @@
+// World clocks: world-clock show, prepare, update; and dates as the watch writes them: date.
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+
+#include "application-table.h"
+#include "bundle-data.h"
+#include "exit-status.h"
+#include "face-document.h"
+#include "faces.h"
+#include "nearest-name.h"
+#include "private-watch.h"
+#include "selection-edit.h"
+#include "service-peer.h"
+#include "verb-table.h"
+
+namespace Wfctl {
+
+namespace {
+
+constexpr int64_t kSetByHand = 1;  // the "updatedMode" of what a person chose
+
+struct WorldClockArguments {
+    std::string face, slot, group, clock;
+    std::string as = kEditorId;
+    double timeout = kPatience;
+};
+
+struct DateArguments {
+    std::string skeleton, instant;
+    bool isPattern = false;
+    double timeout = kPatience;
+};
+
+DataUtil::FaceDocument DocumentOf(const Face& face)
+{
+    DataUtil::ParseResult parsed = DataUtil::ParseFace(ReadNamedFile(face.ResultXml()));
+    if (parsed.document) return *std::move(parsed.document);
+    throw Stop(Exit::kError,
+               "the document of [" + face.name + "] is refused; type: wfctl validate " + face.name);
+}
+
+const DataUtil::Slot& SlotOf(const DataUtil::FaceDocument& document, const std::string& name)
+{
+    std::vector<std::string_view> known;
+    std::string all;
+    for (const DataUtil::Slot& slot : document.slots) {
+        if (!slot.OfferOf(std::string(DataUtil::kWorldClockSource))) continue;
+        if (slot.name == name) return slot;
+        known.push_back(slot.name);
+        all += (all.empty() ? "" : ", ") + slot.name;
+    }
+    const std::string_view nearest = DataUtil::NearestName(name, known);
+    throw Stop(Exit::kUsage, "[" + document.id + "] has no world clock [" + name + "]" +
+                                 (nearest.empty() ? "" : "; did you mean " + std::string(nearest) + "?") +
+                                 (all.empty() ? "" : " known: " + all));
+}
+
+// The service reads these when it is asked for a group; whoever sets a world clock keeps them.
+void KeepInPreferences(const std::string& face, const std::string& group, const DataUtil::WorldClock& clock)
+{
+    Platform::ValueStore preferences(Platform::PreferencesPath(std::string(Platform::kServiceId)), 0600);
+    const std::string prefix = face + "-" + group + "-";
+    preferences.Set(prefix + "timezonePath", clock.timezonePath);
+    preferences.Set(prefix + "timezone", clock.timezone);
+    preferences.Set(prefix + "city", clock.city);
+    preferences.Set(prefix + "country", clock.country);
+    preferences.Set(prefix + "updatedMode", kSetByHand);
+}
+
+Exit Show(const Options& options, const WorldClockArguments& arguments)
+{
+    SelectWatch(options.root);
+    const Face face = RequireFace(arguments.face);
+    Connection connection;
+    RequireService(connection);
+    ServicePeer peer(connection, arguments.as);
+    bundle message;
+    message.Set("type", std::string("watch-dual-clock-data"));
+    message.Set("pkgid", face.name);
+    message.Set("group/name", arguments.group);
+    const Json reply = peer.Ask(message, Seconds(arguments.timeout));
+    if (options.json) PrintLine(JsonLine(reply));
+    const Json& fields = reply["bundle"];
+    for (const char* key : {"city", "country", "timezone", "timezonePath", "updatedMode"}) {
+        if (!options.json && fields.contains(key))
+            PrintLine(std::string(key) + ": " + fields[key].get<std::string>());
+    }
+    if (IsSuccess(reply)) return Exit::kDone;
+    throw Stop(Exit::kError, "not everything is stored of the world clock of group [" + arguments.group +
+                                 "] of [" + face.name + "]; type: wfctl world-clock update --help");
+}
+
+bundle Preparation()
+{
+    bundle message;
+    message.Set("type", std::string("watch-prepare-update-world-clock"));
+    return message;
+}
+
+Exit Prepare(const Options& options, const WorldClockArguments& arguments)
+{
+    SelectWatch(options.root);
+    Connection connection;
+    RequireService(connection);
+    ServicePeer(connection, arguments.as).Tell(Preparation());
+    return Exit::kDone;
+}
+
+Exit Update(const Options& options, const WorldClockArguments& arguments)
+{
+    SelectWatch(options.root);
+    // The service changes the face that was current when it was told that an update comes.
+    const std::string target =
+        Platform::GetAs<std::string>(*std::make_unique<Platform::ValueStore>(
+                                         Platform::PreferencesPath(std::string(Platform::kServiceId)), 0600),
+                                     "wfs-watch-name-world-clock-update")
+            .value_or("");
+    if (target.empty())
+        throw Stop(Exit::kNothingToDo,
+                   "no update was prepared; type: wfctl set FACE, wfctl world-clock prepare");
+    const Face face = RequireFace(target);
+    const DataUtil::FaceDocument document = DocumentOf(face);
+    const DataUtil::Slot& slot = SlotOf(document, arguments.slot);
+    const DataUtil::WorldClock clock = ParseWorldClock(arguments.clock);
+    Connection connection;
+    RequireService(connection);
+    ServicePeer peer(connection, arguments.as);
+    KeepInPreferences(face.name, slot.group, clock);
+    bundle message;
+    message.Set("type", std::string("watch-setting-update-world-clock"));
+    message.Set("pkgid", face.name);
+    message.Set("data/worldclock/complication_name", slot.name);
+    message.Set("data/worldclock/timezone", clock.timezone);
+    message.Set("data/worldclock/timezone_path", clock.timezonePath);
+    message.Set("data/worldclock/cityname", clock.city);
+    message.Set("data/worldclock/country", clock.country);
+    const Json reply = peer.Ask(message, Seconds(arguments.timeout));
+    if (options.json) PrintLine(JsonLine(reply));
+    if (!IsSuccess(reply)) {
+        throw Stop(Exit::kError,
+                   "the service could not change the world clock; look for watchface-service in " +
+                       LogPlace("watchface-service"));
+    }
+    if (!options.json)
+        PrintLine(slot.name + " of " + face.name + ": " + clock.city + " (" + clock.timezonePath + ")");
+    return Exit::kDone;
+}
+
+std::string InstantOf(const DateArguments& arguments)
+{
+    if (arguments.instant.empty()) {
+        const auto now = std::chrono::system_clock::now().time_since_epoch();
+        return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+    }
+    char* end = nullptr;
+    errno = 0;
+    std::strtoll(arguments.instant.c_str(), &end, 10);
+    if (*end == '\0' && errno == 0) return arguments.instant;
+    throw Stop(Exit::kUsage, "[" + arguments.instant + "] is no number of milliseconds since 1970");
+}
+
+// The answer goes to the phone-side manager, whoever asks.
+Exit Date(const Options& options, const DateArguments& arguments)
+{
+    const std::string instant = InstantOf(arguments);
+    SelectWatch(options.root);
+    Connection connection;
+    RequireService(connection);
+    ServicePeer peer(connection, kManagerId);
+    bundle message;
+    message.Set("type", std::string("watch-icu-convert"));
+    message.Set("data/timestamp", instant);
+    message.Set("data/skeleton", arguments.skeleton);
+    message.Set("data/bestpattern", std::string(arguments.isPattern ? "false" : "true"));
+    const auto isAnswer = [](const bundle& answer) { return !TextOf(answer, "formattedstring").empty(); };
+    const Json reply = peer.Ask(message, isAnswer, Seconds(arguments.timeout));
+    PrintLine(options.json ? JsonLine(reply) : reply["bundle"]["formattedstring"].get<std::string>());
+    return Exit::kDone;
+}
+
+void AddAsking(CLI::App& parser, WorldClockArguments& arguments)
+{
+    parser.add_option("--as", arguments.as, "the application that asks (default: the editor)")
+        ->type_name("APP");
+    parser.add_option("--timeout", arguments.timeout, "how long to wait (default: 20 s)")
+        ->type_name("S")
+        ->check(CLI::NonNegativeNumber);
+}
+
+}  // namespace
+
+Action DefineWorldClockShow(CLI::App& parser)
+{
+    const auto arguments = std::make_shared<WorldClockArguments>();
+    parser.add_option("FACE", arguments->face, "the watch face")->required();
+    parser.add_option("GROUP", arguments->group, "the group of its world clock")->required();
+    AddAsking(parser, *arguments);
+    return [arguments](const Options& options) { return Show(options, *arguments); };
+}
+
+Action DefineWorldClockPrepare(CLI::App& parser)
+{
+    const auto arguments = std::make_shared<WorldClockArguments>();
+    AddAsking(parser, *arguments);
+    return [arguments](const Options& options) { return Prepare(options, *arguments); };
+}
+
+Action DefineWorldClockUpdate(CLI::App& parser)
+{
+    const auto arguments = std::make_shared<WorldClockArguments>();
+    parser.add_option("SLOT", arguments->slot, "the world clock of the prepared face")->required();
+    parser.add_option("AREA/CITY[:CITY]", arguments->clock, "its time zone, and the name to show")
+        ->required();
+    AddAsking(parser, *arguments);
+    return [arguments](const Options& options) { return Update(options, *arguments); };
+}
+
+Action DefineDate(CLI::App& parser)
+{
+    const auto arguments = std::make_shared<DateArguments>();
+    parser.add_option("SKELETON", arguments->skeleton, "what to show, as yMMMEd or Jmm")->required();
+    parser.add_option("--at", arguments->instant, "milliseconds since 1970 UTC (default: now)")
+        ->type_name("MS");
+    parser.add_flag("--pattern", arguments->isPattern, "the skeleton is the pattern, as it stands");
+    parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 20 s)")
+        ->type_name("S")
+        ->check(CLI::NonNegativeNumber);
+    return [arguments](const Options& options) { return Date(options, *arguments); };
+}
+
+}  // namespace Wfctl
