@@ -21,6 +21,7 @@ using Platform::UniqueFd;
 
 constexpr off_t kLongestFile = off_t{32} << 20;  // that is copied or read
 constexpr int kDeepestRemoval = 64;
+constexpr int kMostRemovalPasses = 100;  // over one folder
 
 struct DirCloser {
     void operator()(DIR* d) const { closedir(d); }
@@ -41,7 +42,21 @@ std::vector<std::string> NamesIn(DIR* dir)
     return names;
 }
 
-// Removes `name` below `parent` with all it holds; links are removed, never followed.
+bool RemoveTree(int parent, const std::string& name, int depth);
+
+// Removes what `dir` holds. What is gone by the time it comes to it counts as removed.
+bool RemoveEntries(DIR* dir, int depth)
+{
+    bool all = true;
+    rewinddir(dir);
+    for (const std::string& entry : NamesIn(dir)) {
+        all = (RemoveTree(dirfd(dir), entry, depth) || errno == ENOENT) && all;
+    }
+    return all;
+}
+
+// Removes `name` below `parent` with all it holds; links are removed, never followed. On failure errno says
+// why.
 bool RemoveTree(int parent, const std::string& name, int depth)
 {
     if (unlinkat(parent, name.c_str(), 0) == 0) return true;
@@ -50,10 +65,14 @@ bool RemoveTree(int parent, const std::string& name, int depth)
     if (!fd || depth == 0) return false;
     const DirPtr dir(fdopendir(fd.Get()));
     if (!dir) return false;
-    const int self = fd.Release();  // now the DIR's
-    bool all = true;
-    for (const std::string& entry : NamesIn(dir.get())) all = RemoveTree(self, entry, depth - 1) && all;
-    return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0 && all;
+    fd.Release();  // now the DIR's
+    for (int pass = 0; pass < kMostRemovalPasses; ++pass) {
+        const bool all = RemoveEntries(dir.get(), depth - 1);
+        if (unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0) return true;
+        // Not empty although everything went: another program has put something in meanwhile.
+        if (!all || errno != ENOTEMPTY) return false;
+    }
+    return false;
 }
 
 // As read(), past interruptions.

@@ -6,8 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <thread>
 
 #include "contract-test.h"
 
@@ -172,6 +174,22 @@ TEST_F(AFile, folder_is_removed_with_all_it_holds)
     EXPECT_TRUE(ecore_file_recursive_rm(InArea("watchlist/a/").c_str()));
     EXPECT_FALSE(fs::exists(InArea("watchlist/a")));
     EXPECT_TRUE(fs::exists(InArea("watchlist")));
+}
+
+TEST_F(AFile, folder_is_removed_also_while_another_program_replaces_files_in_it)
+{
+    for (int round = 0; round < 50; ++round) {
+        for (int i = 0; i < 20; ++i) WriteFile(InArea("watchlist/b/" + std::to_string(i)), "x");
+        std::thread program([at = InArea("watchlist/b/")] {
+            for (int i = 0; i < 40; ++i) {
+                std::ofstream(at + "unfinished") << "preview";
+                std::rename((at + "unfinished").c_str(), (at + "b.png").c_str());
+            }
+        });
+        EXPECT_TRUE(ecore_file_recursive_rm(InArea("watchlist/b").c_str()));
+        program.join();
+        EXPECT_FALSE(fs::exists(InArea("watchlist/b")));
+    }
 }
 
 TEST_F(AFile, behind_a_link_is_not_removed_with_the_folder)
