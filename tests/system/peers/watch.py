@@ -23,9 +23,11 @@ EDITOR = ("com.corvane.watchface-editor", "watch-face-editor::localport")
 HOME = ("com.corvane.w-home", "w-home::localport")
 SETTINGS = ("com.corvane.watch-utils.setting-list", "clocksetting::localport")
 CAPTURE = ("com.corvane.watchface-capture", "watchface-capture::localport")
+BACKUP_AGENT = ("com.corvane.watch-utils.service", "watch-utils-service::localport")
 C1 = "com.corvane.watchface-mirel-c1"
 C4 = "com.corvane.watchface-mirel-c4"
 E1 = "com.corvane.watchface-mirel-e1"
+U1 = "com.corvane.watchface-mirel-u1"
 
 
 def wait_for(condition, timeout=15):
