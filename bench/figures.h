@@ -1,30 +1,54 @@
-// Figures as a bench prints them: what it measured, the floor of the same run, and their ratio.
+// Figures as the bench gives them: what was measured, its floor of the same run, and their ratio.
 
 #pragma once
 
-#include <algorithm>
-#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
 #include <vector>
 
-namespace Figures {
+namespace Bench {
 
-inline double Median(std::vector<double> values)
-{
-    std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2), values.end());
-    return values[values.size() / 2];
-}
-
-struct Row {
-    const char* what;
-    const char* unit;
-    double value, floor;
-    const char* floorIs;
+// What a figure may be at most: so many times its floor, or so much in its own unit.
+struct Goal {
+    enum class Of { kNone, kRatio, kValue };
+    Of of = Of::kNone;
+    double most = 0;
 };
 
-inline void Print(const Row& row)
+constexpr Goal AtMostTimes(double most)
 {
-    std::printf("%-34s %10.1f %-4s %10.1f %-4s %6.2fx  %s\n", row.what, row.value, row.unit, row.floor,
-                row.unit, row.value / row.floor, row.floorIs);
+    return {Goal::Of::kRatio, most};
+}
+constexpr Goal AtMost(double most)
+{
+    return {Goal::Of::kValue, most};
 }
 
-}  // namespace Figures
+// One row. The samples of a figure and of its floor are taken in turn, so that the i-th of both belong
+// together; there is none of the floor where nothing is the floor.
+struct Figure {
+    std::string what;
+    std::string unit;
+    std::vector<double> ours, floor;
+    std::string floorIs;
+    Goal goal;
+};
+
+// The q-quantile, 0 to 1, of one sample or more.
+double Quantile(std::vector<double> samples, double q);
+inline double Median(const std::vector<double>& samples)
+{
+    return Quantile(samples, 0.5);
+}
+
+// The medians' ratio; nothing without a floor, or where it is 0.
+std::optional<double> Ratio(const Figure& figure);
+// Nothing where there is no goal.
+std::optional<bool> IsMet(const Figure& figure);
+
+void PrintHeading();
+void Print(const Figure& figure);
+nlohmann::ordered_json ToJson(const Figure& figure);
+
+}  // namespace Bench

@@ -44,6 +44,8 @@ PrivateBus::PrivateBus() : mAddress("unix:path=" + mFolder.Path() + "/bus")
     if (mDaemon == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);  // a test that dies takes its bus along
         close(ready[0]);
+        const std::string log = mFolder.Path() + "/bus.log";
+        dup2(open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600), STDERR_FILENO);
         const std::string config = "--config-file=" + mFolder.Path() + "/bus.conf";
         const std::string print = "--print-address=" + std::to_string(ready[1]);
         execlp("dbus-daemon", "dbus-daemon", config.c_str(), "--nofork", print.c_str(), nullptr);
