@@ -59,7 +59,7 @@ public:
             << R"(<svg xmlns="http://www.w3.org/2000/svg" width="360" height="360"/>)";
         for (int i = 0; i < kProcesses; ++i) {
             const double rsvg = Convert("face.svg", "theirs.png");
-            mCold.ours.push_back(ProcessorTimeOf(
+            mCold.ours.push_back(TestSupport::ProcessorTimeOf(
                 {mCapture, "--draw", document, mFolder / "ours.png", "--faces", face.parent_path()}));
             mCold.floor.push_back(rsvg);
             mWarm.floor.push_back(std::max(rsvg - Convert("empty.svg", "empty.png"), 0.01));
@@ -77,17 +77,17 @@ public:
 private:
     double Convert(const char* svg, const char* png)
     {
-        return ProcessorTimeOf({kRsvg, mFolder / svg, "-o", mFolder / png});
+        return TestSupport::ProcessorTimeOf({kRsvg, mFolder / svg, "-o", mFolder / png});
     }
 
     double TimeOfTwoDrawings(const std::string& document, const Drawing::Settings& settings)
     {
-        const double before = ProcessorTime();
+        const double before = TestSupport::ProcessorTime();
         for (int i = 0; i < 2; ++i) {
             const Drawing::Result drawn = mRenderer.Draw(document, settings);
             if (Drawing::EncodePng(drawn.picture.get()).empty()) throw std::runtime_error("no picture");
         }
-        return ProcessorTime() - before;
+        return TestSupport::ProcessorTime() - before;
     }
 
     const std::string mCapture;

@@ -142,7 +142,10 @@ Figures Keys(Watch& watch, const Choices&)
     const Watcher listener([&](const auto& seen) { WatchTheKey(watch.Address(), seen); });
     const Watcher rawListener([&](const auto& seen) { WatchTheSignal(watch.Address(), seen); });
     DurableWrite write(watch.Root() + "/floor.db");
-    const std::string signal = SignalMessage(kRawPath, kRawInterface, "Changed", kKey);
+    TestSupport::Body text;
+    text.Text(kKey);
+    const std::string signal = TestSupport::Layout(
+        {TestSupport::Header::kSignal, "", kRawPath, kRawInterface, "Changed", "s"}, text);
 
     Figure figure{"key written, and known in another process",
                   "us",

@@ -63,7 +63,7 @@ int main(int argc, char** argv)
     parser.add_option("--json", json, "a file for the figures");
     CLI11_PARSE(parser, argc, argv);
     try {
-        StayOnOneProcessor();
+        TestSupport::StayOnOneProcessor();
         nlohmann::ordered_json all = nlohmann::ordered_json::array();
         PrintHeading();
         for (const Row& group : kGroups) {

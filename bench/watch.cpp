@@ -24,10 +24,10 @@ pid_t StartEcho(const std::string& address)
     const pid_t pid = fork();
     if (pid != 0) return pid;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    RunEcho(address, kEcho,
-            PortMessage(kManager, kManagerPort, kEcho, "echo",
-                        {
-                            {"status", "success"}
+    TestSupport::RunEcho(address, kEcho,
+                         PortMessage(kManager, kManagerPort, kEcho, "echo",
+                                     {
+                                         {"status", "success"}
     }));
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "private-bus.h"
-#include "processes.h"
+#include "program.h"
 #include "raw-bus.h"
 
 namespace Bench {
@@ -28,7 +28,13 @@ inline constexpr char kFace[] = "com.corvane.watchface-mirel-c1";
 inline constexpr char kLanguage[] = "en_GB";
 inline constexpr char kTimezone[] = "Europe/London";
 
-using Values = std::vector<std::pair<std::string, std::string>>;
+using TestSupport::Clock;
+using TestSupport::PortMessage;
+using TestSupport::Program;
+using TestSupport::RawBus;
+using TestSupport::ReadFile;
+using TestSupport::TimeOf;
+using TestSupport::Values;
 
 class Watch {
 public:

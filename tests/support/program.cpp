@@ -1,4 +1,4 @@
-#include "processes.h"
+#include "program.h"
 
 #include <sched.h>
 #include <signal.h>
@@ -14,7 +14,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace Bench {
+namespace TestSupport {
 
 namespace {
 
@@ -97,4 +97,4 @@ std::string ReadFile(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-}  // namespace Bench
+}  // namespace TestSupport

@@ -1,4 +1,4 @@
-// Programs that the bench starts, and what the system knows of them.
+// Programs of their own that are measured, and what the system knows of them.
 
 #pragma once
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace Bench {
+namespace TestSupport {
 
 using Clock = std::chrono::steady_clock;
 
@@ -49,4 +49,4 @@ void StayOnOneProcessor();
 
 std::string ReadFile(const std::string& path);  // throws when there is none
 
-}  // namespace Bench
+}  // namespace TestSupport
