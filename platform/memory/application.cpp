@@ -1,6 +1,7 @@
 // The life of the application, its events and its usage records.
 
 #include <algorithm>
+#include <ostream>
 
 #include "common-util-log-manager.h"
 #include "platform-state.h"
@@ -60,11 +61,17 @@ int service_app_remove_event_handler(app_event_handler_h handler)
 
 namespace {
 
-void Report(SurveyRecord record)
+std::string CallOf(const SurveyRecord& record)
 {
-    Note(std::string("survey ") + (record.feature ? "feature " : "status ") + record.appId + " " +
-         record.name + " " + record.value + " " + record.extra);
-    Current()->survey.push_back(std::move(record));
+    return std::string("survey ") + (record.feature ? "feature " : "status ") + record.appId + " " +
+           record.name + " " + record.value + " " + record.extra;
+}
+
+void Report(const SurveyRecord& record)
+{
+    Note(CallOf(record));
+    Current()->survey.push_back(record);
+    if (Current()->onSurvey) Current()->onSurvey(record);
 }
 
 }  // namespace
@@ -83,9 +90,19 @@ void CommonUtilLogManager::SendFeatureSurveyInfo(const std::string& appId, const
 
 namespace MemoryPlatform {
 
+void PrintTo(const SurveyRecord& record, std::ostream* out)
+{
+    *out << CallOf(record);
+}
+
 void Platform::ScriptMain(MainScript script)
 {
     mState->mainScript = std::move(script);
+}
+
+void Platform::OnSurvey(std::function<void(const SurveyRecord&)> sent)
+{
+    mState->onSurvey = std::move(sent);
 }
 
 void Platform::RaiseEvent(app_event_type_e type)

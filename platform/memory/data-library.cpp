@@ -16,6 +16,11 @@ char* Allocated(const std::optional<std::string>& text)
     return text ? strdup(text->c_str()) : nullptr;
 }
 
+// An item that knows what it holds, whatever a test makes of its count.
+struct LentItem : data_util_log_item_s {
+    std::size_t entries = 0;
+};
+
 std::optional<std::string> Optional(const char* text)
 {
     return text ? std::optional<std::string>(text) : std::nullopt;
@@ -104,29 +109,32 @@ data_util_log_item_s* data_util_log_item_get_from_result_xml_file(const char* re
     if (Fails("data_util_log_item_get_from_result_xml_file", Shown(resultXmlPath))) return nullptr;
     const auto items = Current()->data.items(resultXmlPath);
     if (!items) return nullptr;
-    const std::size_t count = items->complicationEntries.size();
-    auto** entries = static_cast<char**>(calloc(count + 1, sizeof(char*)));
-    for (std::size_t i = 0; i < count; ++i) entries[i] = Allocated(items->complicationEntries[i]);
-    return new data_util_log_item_s{
-        Allocated(items->firstFeature),
-        Allocated(items->firstValue),
-        Allocated(items->secondFeature),
-        Allocated(items->secondValue),
-        Allocated(items->complicationFeature),
-        entries,
-        static_cast<int>(count),
-    };
+    auto* item = new LentItem;
+    item->entries = items->complicationEntries.size();
+    item->firstFeature = Allocated(items->firstFeature);
+    item->firstValue = Allocated(items->firstValue);
+    item->secondFeature = Allocated(items->secondFeature);
+    item->secondValue = Allocated(items->secondValue);
+    item->complicationFeature = Allocated(items->complicationFeature);
+    item->complicationEntries = static_cast<char**>(calloc(item->entries + 1, sizeof(char*)));
+    for (std::size_t i = 0; i < item->entries; ++i) {
+        item->complicationEntries[i] = Allocated(items->complicationEntries[i]);
+    }
+    item->complicationEntryCount = static_cast<int>(item->entries);
+    return Current()->data.lentItem = item;
 }
 
 void data_util_log_item_free(data_util_log_item_s* item)
 {
     Note("data_util_log_item_free");
     if (!item) return;
-    for (int i = 0; i < item->complicationEntryCount; ++i) free(item->complicationEntries[i]);
+    const auto* lent = static_cast<LentItem*>(item);
+    for (std::size_t i = 0; i < lent->entries; ++i) free(item->complicationEntries[i]);
     free(item->complicationEntries);
     for (char* text : {item->firstFeature, item->firstValue, item->secondFeature, item->secondValue,
                        item->complicationFeature}) {
         free(text);
     }
-    delete item;
+    if (Current()->data.lentItem == item) Current()->data.lentItem = nullptr;
+    delete lent;
 }

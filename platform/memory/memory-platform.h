@@ -32,6 +32,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <iosfwd>
 #include <map>
 #include <memory>
 #include <optional>
@@ -102,6 +103,7 @@ struct SurveyRecord {
     std::string extra;
     bool operator==(const SurveyRecord&) const = default;
 };
+void PrintTo(const SurveyRecord& record, std::ostream* out);  // for a test that fails
 
 // A launch request that the code under test sent.
 struct Launch {
@@ -170,6 +172,7 @@ struct DataLibrary {
     int logItemSupported = 1;
     std::function<Text(const std::string& path)> serialize;                   // null
     std::function<std::optional<UsageItems>(const std::string& path)> items;  // null
+    data_util_log_item_s* lentItem = nullptr;                                 // what is not released yet
 };
 
 // What service_app_main() does between the create and the terminate callback, and what it returns.
@@ -327,6 +330,7 @@ public:
     // What dates read from here on; until then they read as on the watch.
     void ScriptDates(const std::function<std::string(int64_t instant)>& format);
     std::vector<SurveyRecord> Survey() const;
+    void OnSurvey(std::function<void(const SurveyRecord&)> sent);  // called with each record from here on
 
 private:
     std::unique_ptr<State> mState;

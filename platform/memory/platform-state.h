@@ -86,6 +86,7 @@ struct State {
     DataLibrary data;
     std::function<std::string(int64_t)> dates;  // none: the product's
     std::vector<SurveyRecord> survey;
+    std::function<void(const SurveyRecord&)> onSurvey;
 };
 
 // The Platform in use, or null.
