@@ -50,7 +50,7 @@ bool MakeFile(const std::string& path, mode_t mode)
 
 }  // namespace
 
-void BindBytes(sqlite3_stmt* statement, int index, const std::string& bytes)
+void BindBytes(sqlite3_stmt* statement, int index, std::string_view bytes)
 {
     sqlite3_bind_blob64(statement, index, bytes.data(), bytes.size(), SQLITE_STATIC);
 }

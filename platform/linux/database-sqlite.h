@@ -12,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "unique-fd.h"
@@ -63,7 +64,7 @@ private:
 };
 
 // Texts are kept as bytes.
-void BindBytes(sqlite3_stmt* statement, int index, const std::string& bytes);  // that outlive the step
+void BindBytes(sqlite3_stmt* statement, int index, std::string_view bytes);  // that outlive the step
 std::string ColumnBytes(sqlite3_stmt* statement, int column);
 
 }  // namespace Platform

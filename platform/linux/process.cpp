@@ -96,7 +96,8 @@ Process::Process(std::string appId, std::string address)
       mAddress(std::move(address)),
       mInbox(MainLoop()),
       mKeys(KeysPath(), kKeysMode),
-      mPreferences(PreferencesPath(mAppId), kPreferencesMode)
+      mPreferences(PreferencesPath(mAppId), kPreferencesMode),
+      mSurvey(SurveyPath(mAppId))
 {
     assert(!gCurrent);
     gCurrent = this;

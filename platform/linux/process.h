@@ -13,6 +13,7 @@
 #include "launch-sdbus.h"
 #include "message-port-sdbus.h"
 #include "service-app.h"
+#include "survey-store-sqlite.h"
 #include "value-store-sqlite.h"
 
 namespace Platform {
@@ -44,6 +45,7 @@ public:
     LaunchSender& Launches() { return *mLaunches; }
     ValueStore& Keys() { return mKeys; }
     ValueStore& Preferences() { return mPreferences; }
+    SurveyStore& Survey() { return mSurvey; }
 
 private:
     Process(std::string appId, std::string address);
@@ -58,6 +60,7 @@ private:
     LoopInbox mInbox;
     ValueStore mKeys;
     ValueStore mPreferences;
+    SurveyStore mSurvey;
     std::unique_ptr<MessagePorts> mPorts;
     std::unique_ptr<LaunchSender> mLaunches;
     std::unique_ptr<CommonUtilIdler> mEnd;

@@ -93,6 +93,15 @@ public:
             peer->SetKey(std::string(setting->key), value);
     }
 
+    std::vector<SurveyRecord> Survey() override
+    {
+        std::vector<SurveyRecord> records;
+        for (auto& kept : Platform::SurveyStore(Platform::SurveyPath(kApp)).List()) {
+            records.push_back({kept.isFeature, kept.application, kept.feature, kept.value, kept.extra});
+        }
+        return records;
+    }
+
     Strings Printed(const std::string& filter, const std::function<void()>& body) override
     {
         int ends[2];

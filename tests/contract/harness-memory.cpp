@@ -35,6 +35,14 @@ public:
         onRequest = std::move(handler);
     }
     void SetSetting(system_settings_key_e key, const std::string& value) override;
+    std::vector<SurveyRecord> Survey() override
+    {
+        std::vector<SurveyRecord> records;
+        for (const auto& sent : platform.Survey()) {
+            records.push_back({sent.feature, sent.appId, sent.name, sent.value, sent.extra});
+        }
+        return records;
+    }
     Strings Printed(const std::string& filter, const std::function<void()>& body) override;
 
     MemoryPlatform::Platform platform;

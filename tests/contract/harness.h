@@ -37,6 +37,13 @@ struct Received {
     Message message;
 };
 
+// A usage record that was kept.
+struct SurveyRecord {
+    bool isFeature = false;  // else a status
+    std::string application, feature, value, extra;
+    bool operator==(const SurveyRecord&) const = default;
+};
+
 struct LaunchAnswer {
     int result = 0;
     Message extra;
@@ -88,6 +95,9 @@ public:
 
     // Written by another process. For the hour mode "true" or "false".
     virtual void SetSetting(system_settings_key_e key, const std::string& value) = 0;
+
+    // The application's usage records, as whoever collects them finds them.
+    virtual std::vector<SurveyRecord> Survey() = 0;
 
     // What the log prints during `body` with WATCH_LOG=`filter`, line by line, when stderr is neither a file
     // nor the journal. `body` may run in a process of its own: nothing but its log lines comes back.
