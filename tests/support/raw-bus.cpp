@@ -5,6 +5,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -20,7 +22,7 @@ namespace {
 constexpr std::size_t kFixedHeader = 16, kFlagsAt = 2, kBodyLengthAt = 4, kSerialAt = 8, kFieldsLengthAt = 12;
 constexpr char kExpectsNoReply = 1;
 constexpr uint32_t kNoSerial = 1;         // of messages that nobody replies to
-constexpr std::size_t kBytesFrom = 4096;  // from here on a value travels as bytes
+constexpr std::size_t kBytesFrom = 4096;  // from here on a value travels as bytes, and one that is not ASCII
 constexpr std::size_t kBufferBytes = std::size_t{16} << 20;
 constexpr timeval kPatience{20, 0};
 
@@ -173,9 +175,9 @@ std::string PortMessage(const std::string& app, const std::string& port, const s
         for (const auto& [key, value] : values) {
             body.Align(8);
             body.Text(key);
-            const bool isLong = value.size() >= kBytesFrom;
-            body.Signature(isLong ? "ay" : "s");
-            isLong ? body.Bytes(value) : body.Text(value);
+            const bool isText = value.size() < kBytesFrom && std::all_of(value.begin(), value.end(), isascii);
+            body.Signature(isText ? "s" : "ay");
+            isText ? body.Text(value) : body.Bytes(value);
         }
     });
     return Layout({Header::kCall, app, Platform::kPortPath, Platform::kPortInterface,
@@ -194,7 +196,7 @@ std::string NameRequest(const std::string& name)
 {
     Body body;
     body.Text(name);
-    body.Word(0);  // no flags
+    body.Word(4);  // nobody waits for a name
     return DriverCall("RequestName", "su", body);
 }
 
@@ -313,7 +315,8 @@ std::string_view RawBus::Message::Value(std::string_view key) const
         const std::string_view found = body.substr(at + 4, WordAt(body, at));
         at += 4 + found.size() + 1;
         const std::string_view signature = body.substr(at + 1, static_cast<unsigned char>(body[at]));
-        if (signature != "s" && signature != "ay") return {};  // nothing behind an array of texts is looked for
+        if (signature != "s" && signature != "ay")
+            return {};  // nothing behind an array of texts is looked for
         at = Aligned(at + signature.size() + 2, 4);
         const std::string_view value = body.substr(at + 4, WordAt(body, at));
         if (found == key) return value;

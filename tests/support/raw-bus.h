@@ -49,7 +49,7 @@ std::string NameRelease(const std::string& name);
 
 using Values = std::vector<std::pair<std::string, std::string>>;
 
-// Likewise, to a port; values of 4 KiB and more travel as bytes.
+// Likewise, to a port; values of 4 KiB and more, and those that are not ASCII, travel as bytes.
 std::string PortMessage(const std::string& app, const std::string& port, const std::string& fromApp,
                         const std::string& fromPort, const Values& values, bool trusted = true);
 
