@@ -22,7 +22,7 @@ constexpr char kTables[] =
     "PRAGMA max_page_count=";
 
 // Records come in the order of their ids, so each removal looks at little more than what it removes.
-enum Statement { kInsert, kDropOverCount, kDropBefore, kDropOldest, kList, kLast };
+enum Statement { kInsert, kDropOverCount, kDropBefore, kDropOldest, kList };
 constexpr const char* kStatements[] = {
     "INSERT INTO record(time, feature_used, application, feature, value, extra) VALUES (?1, ?2, ?3, ?4, ?5, "
     "?6)",
@@ -30,7 +30,6 @@ constexpr const char* kStatements[] = {
     "DELETE FROM record WHERE id < (SELECT id FROM record WHERE time >= ?1 ORDER BY id LIMIT 1)",
     "DELETE FROM record WHERE id <= (SELECT min(id) + (max(id) - min(id)) / ?1 FROM record)",
     "SELECT id, time, feature_used, application, feature, value, extra FROM record WHERE id > ?1 ORDER BY id",
-    "SELECT max(id) FROM record",
 };
 
 SurveyRecord ColumnRecord(sqlite3_stmt* statement)
@@ -97,17 +96,6 @@ std::vector<SurveyRecord> SurveyStore::List(int64_t after)
         return code;
     });
     return all;
-}
-
-int64_t SurveyStore::LastId()
-{
-    int64_t last = 0;
-    mDatabase.Run(kLast, [&](sqlite3_stmt* statement) {
-        const int code = sqlite3_step(statement);
-        last = sqlite3_column_int64(statement, 0);
-        return code;
-    });
-    return last;
 }
 
 std::string SurveyPath(const std::string& appId)

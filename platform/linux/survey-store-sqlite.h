@@ -35,7 +35,6 @@ public:
     int Add(const SurveyRecord& record);
     // Those with a greater id, in the order in which they came.
     std::vector<SurveyRecord> List(int64_t after = 0);
-    int64_t LastId();  // 0 without records
 
 private:
     int Insert(const SurveyRecord& record);

@@ -1,13 +1,12 @@
 // Messages and launch requests: send, listen, launch.
 
 #include <cstdio>
-#include <cstring>
 #include <memory>
 
 #include "connection.h"
 #include "exit-status.h"
 #include "json-text.h"
-#include "launch-sdbus.h"
+#include "launching.h"
 #include "peer.h"
 #include "private-watch.h"
 #include "verb-table.h"
@@ -101,32 +100,18 @@ Exit Listen(const Options& options, const ListenArguments& arguments)
 
 Exit Launch(const Options& options, const LaunchArguments& arguments)
 {
-    const PeerAddress to{CheckedAppId(arguments.app), ""};
+    const std::string app = CheckedAppId(arguments.app);
     if (!arguments.as.empty()) CheckedAppId(arguments.as);
     const Platform::LaunchData extra = ParseLaunchData(arguments.assignments);
     SelectWatch(options.root);
     Connection connection;
-    int code = 0;
-    const auto call = Platform::NewLaunchCall(connection.Get(), to.app, arguments.as, extra, &code);
-    if (!call) {
-        throw Stop(Exit::kError, std::string("the request cannot be sent: ") + std::strerror(-code) +
-                                     "; its data must be UTF-8");
-    }
-    const Answer answer = connection.Call(call.get(), Seconds(arguments.wait));
-    if (!answer.Good()) StopFor(answer, to, arguments.as);
-    int result = 0;
-    Platform::LaunchData reply;
-    std::string error;
-    if (sd_bus_message_read(answer.message.get(), "i", &result) < 0 ||
-        !Platform::ReadLaunchData(answer.message.get(), &reply, &error)) {
-        throw Stop(Exit::kError, "[" + to.app + "] gave an answer that cannot be read: " + error);
-    }
+    const LaunchAnswer answer = SendLaunch(connection, app, arguments.as, extra, Seconds(arguments.wait));
     PrintLine(JsonLine(Json::object({
-        {"result", result                 },
-        {"extra",  LaunchDataToJson(reply)}
+        {"result", answer.result                 },
+        {"extra",  LaunchDataToJson(answer.extra)}
     })));
-    if (result == 0) return Exit::kDone;
-    throw Stop(Exit::kError, "[" + to.app + "] answered " + std::to_string(result) +
+    if (answer.result == 0) return Exit::kDone;
+    throw Stop(Exit::kError, "[" + app + "] answered " + std::to_string(answer.result) +
                                  ": the request failed, or was done without an answer");
 }
 

@@ -141,6 +141,12 @@ constexpr Verb kVerbs[] = {
     {"setting watch", "[--count N] [--timeout S]",
      "print system settings whenever they are written",
      "wfctl setting watch", DefineSettingWatch},
+    {"survey list", "",
+     "the usage records that were kept, oldest first",
+     "wfctl survey list", DefineSurveyList},
+    {"survey query", "[--timeout S]",
+     "have the service record the current watch face and its complications, and print the records",
+     "wfctl survey query", DefineSurveyQuery},
 };
 // clang-format on
 

@@ -88,5 +88,7 @@ Action DefineSettingGet(CLI::App&);
 Action DefineSettingSet(CLI::App&);
 Action DefineSettingList(CLI::App&);
 Action DefineSettingWatch(CLI::App&);
+Action DefineSurveyList(CLI::App&);
+Action DefineSurveyQuery(CLI::App&);
 
 }  // namespace Wfctl

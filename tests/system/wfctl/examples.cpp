@@ -42,6 +42,8 @@ constexpr const char* kVerbs[] = {
     "setting get",
     "setting set",
     "setting list",
+    "survey query",
+    "survey list",
     "preview request",
     "preview check",
     "delete",
