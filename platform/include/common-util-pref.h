@@ -12,7 +12,8 @@ public:
     static std::pair<int, int> GetInt(const std::string& key);
     static std::pair<int, std::string> GetString(const std::string& key);
 
-    // 0 on success.
+    // 0 on success. Entries of the evaluation store are limited in number and size; what is beyond is not
+    // kept, and another code is returned.
     static int SetBool(const std::string& key, bool value);
     static int SetInt(const std::string& key, int value);
     static int SetString(const std::string& key, const std::string& value);

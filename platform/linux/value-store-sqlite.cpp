@@ -19,12 +19,14 @@ constexpr char kSetUp[] =
     "CREATE TABLE IF NOT EXISTS value"
     "(key BLOB PRIMARY KEY NOT NULL, type INTEGER NOT NULL, value NOT NULL) WITHOUT ROWID;";
 
-enum Statement { kGet, kSet, kUnset, kList };
+enum Statement { kGet, kSet, kUnset, kList, kListSizes };
 constexpr const char* kStatements[] = {
     "SELECT type, value FROM value WHERE key = ?1",
     "INSERT OR REPLACE INTO value VALUES (?1, ?2, ?3)",
     "DELETE FROM value WHERE key = ?1",
     "SELECT key, type, value FROM value ORDER BY key",
+    "SELECT key, CASE typeof(value) WHEN 'blob' THEN length(value) ELSE 0 END FROM value"
+    " WHERE substr(key, -length(?1)) = ?1",
 };
 
 std::optional<StoredValue> ColumnValue(sqlite3_stmt* statement, int typeColumn, int valueColumn)
@@ -103,6 +105,20 @@ std::vector<std::pair<std::string, StoredValue>> ValueStore::List()
         return code;
     });
     return all;
+}
+
+int ValueStore::ListSizes(std::string_view keyEnd, Sizes* sizes)
+{
+    return mDatabase.Run(kListSizes, [&](sqlite3_stmt* statement) {
+        BindBytes(statement, 1, keyEnd);
+        sizes->clear();
+        int code = 0;
+        while ((code = sqlite3_step(statement)) == SQLITE_ROW) {
+            sizes->emplace_back(ColumnBytes(statement, 0),
+                                static_cast<std::size_t>(sqlite3_column_int64(statement, 1)));
+        }
+        return code;
+    });
 }
 
 std::string KeysPath()

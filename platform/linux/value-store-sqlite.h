@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -28,6 +29,10 @@ public:
     // 0, SQLITE_NOTFOUND when there is no such key, or another code.
     int Unset(const std::string& key);
     std::vector<std::pair<std::string, StoredValue>> List();  // by key
+
+    // The keys that end so, each with the bytes of its value where that is a text. 0, or SQLite's code.
+    using Sizes = std::vector<std::pair<std::string, std::size_t>>;
+    int ListSizes(std::string_view keyEnd, Sizes* sizes);
 
 private:
     Database mDatabase;

@@ -2,6 +2,8 @@
 
 #include "common-util-keys.h"
 #include "common-util-pref.h"
+#include "evaluation-limits.h"
+#include "platform-log.h"
 #include "platform-state.h"
 
 // The name is the C interface's.
@@ -69,10 +71,29 @@ std::pair<int, Value> GetPref(const std::string& key)
     return {value ? 0 : kNoSuchValue, value.value_or(Value())};
 }
 
+std::size_t TextBytes(const StoreValue& value)
+{
+    const auto* text = std::get_if<std::string>(&value);
+    return text ? text->size() : 0;
+}
+
+int FindRoom(const std::string& key, const StoreValue& value)
+{
+    ::Platform::EvaluationRoom room(key, TextBytes(value));
+    for (const auto& [keptKey, kept] : Current()->prefs) room.Keeps(keptKey, TextBytes(kept));
+    const std::string refusal = room.Refusal();
+    if (refusal.empty()) return 0;
+    PLATFORM_REFUSAL("%s", refusal.c_str());
+    return ::Platform::kNoRoomForEvaluation;
+}
+
 int WritePref(const std::string& key, const StoreValue& value)
 {
     Note("pref set " + key + "=" + ToText(value));
     if (const auto code = Use("CommonUtilPref::Set")) return *code;
+    if (::Platform::IsEvaluationKey(key)) {
+        if (const int code = FindRoom(key, value)) return code;
+    }
     Current()->prefs[key] = value;
     return 0;
 }
