@@ -25,15 +25,19 @@ AreaCopy::~AreaCopy()
     ecore_file_remove(mPath.c_str());
 }
 
+PictureKind KindOfBytes(std::string_view bytes)
+{
+    if (bytes.starts_with("\x89PNG\r\n\x1a\n")) return PictureKind::kPng;
+    return bytes.starts_with("\xff\xd8\xff") ? PictureKind::kJpeg : PictureKind::kNone;
+}
+
 PictureKind KindOfPicture(const std::string& file)
 {
     std::ifstream stream(file, std::ios::binary);
     if (!stream) throw Stop(Exit::kNotFound, "the picture [" + file + "] cannot be read");
     std::array<char, 8> head{};
     stream.read(head.data(), head.size());
-    const std::string_view bytes(head.data(), static_cast<std::size_t>(stream.gcount()));
-    if (bytes.starts_with("\x89PNG\r\n\x1a\n")) return PictureKind::kPng;
-    return bytes.starts_with("\xff\xd8\xff") ? PictureKind::kJpeg : PictureKind::kNone;
+    return KindOfBytes({head.data(), static_cast<std::size_t>(stream.gcount())});
 }
 
 }  // namespace Wfctl

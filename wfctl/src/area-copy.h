@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace Wfctl {
 
@@ -22,7 +23,9 @@ private:
 
 enum class PictureKind { kNone, kPng, kJpeg };
 
-// By the first bytes; stops with Exit::kNotFound when the file cannot be read.
+// By the first bytes.
+PictureKind KindOfBytes(std::string_view bytes);
+// Stops with Exit::kNotFound when the file cannot be read.
 PictureKind KindOfPicture(const std::string& file);
 
 }  // namespace Wfctl

@@ -7,28 +7,13 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "digest.h"
 #include "exit-status.h"
 #include "utf8.h"
 
 namespace Wfctl {
 
 namespace {
-
-std::string Base64(const std::string& bytes)
-{
-    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (std::size_t at = 0; at < bytes.size(); at += 3) {
-        uint32_t group = 0;
-        for (std::size_t i = 0; i < 3; ++i) {
-            group = group << 8 | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
-        }
-        for (std::size_t i = 0; i < 4; ++i) {
-            text += at + i <= bytes.size() ? kDigits[group >> (18 - 6 * i) & 63] : '=';
-        }
-    }
-    return text;
-}
 
 template <typename Values, typename ToText>
 Json ObjectOf(const Values& values, ToText&& toJson)

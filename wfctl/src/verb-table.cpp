@@ -62,6 +62,12 @@ constexpr Verb kVerbs[] = {
     {"bg list", "[--type KIND]",
      "the background pictures, by name",
      "wfctl bg list --type digital", DefineBgList},
+    {"backup", "DIR",
+     "back up edited faces, pictures and the current face into a new folder",
+     "wfctl backup my-watch", DefineBackup},
+    {"restore", "DIR [--yes]",
+     "give this watch what a backup holds, and compare it afterwards",
+     "wfctl restore my-watch", DefineRestore},
     {"world-clock show", "FACE GROUP [--as APP] [--timeout S]",
      "what is stored of the world clock of a group",
      "wfctl world-clock show c4 zone", DefineWorldClockShow},
@@ -147,6 +153,12 @@ constexpr Verb kVerbs[] = {
     {"survey query", "[--timeout S]",
      "have the service record the current watch face and its complications, and print the records",
      "wfctl survey query", DefineSurveyQuery},
+    {"trace on", "",
+     "begin to record what the watch's programs do, and when",
+     "wfctl trace on", DefineTraceOn},
+    {"trace off", "[-o OUT.json]",
+     "end the recording, and say where it is",
+     "wfctl trace off -o my-trace.json", DefineTraceOff},
 };
 // clang-format on
 

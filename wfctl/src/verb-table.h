@@ -68,6 +68,8 @@ Action DefineBgDel(CLI::App&);
 Action DefineBgSave(CLI::App&);
 Action DefineBgCancel(CLI::App&);
 Action DefineBgList(CLI::App&);
+Action DefineBackup(CLI::App&);
+Action DefineRestore(CLI::App&);
 Action DefineWorldClockShow(CLI::App&);
 Action DefineWorldClockPrepare(CLI::App&);
 Action DefineWorldClockUpdate(CLI::App&);
@@ -90,5 +92,7 @@ Action DefineSettingList(CLI::App&);
 Action DefineSettingWatch(CLI::App&);
 Action DefineSurveyList(CLI::App&);
 Action DefineSurveyQuery(CLI::App&);
+Action DefineTraceOn(CLI::App&);
+Action DefineTraceOff(CLI::App&);
 
 }  // namespace Wfctl

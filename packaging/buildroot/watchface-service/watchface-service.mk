@@ -12,7 +12,7 @@ WATCHFACE_SERVICE_OVERRIDE_SRCDIR_RSYNC_EXCLUSIONS = --exclude=/build
 WATCHFACE_SERVICE_LICENSE = Apache-2.0
 WATCHFACE_SERVICE_LICENSE_FILES = LICENSE
 WATCHFACE_SERVICE_DEPENDENCIES = \
-	cairo cli11 dbus expat fontconfig host-pkgconf icu jpeg json-for-modern-cpp libpng pango pugixml sqlite systemd
+	cairo cli11 dbus expat fontconfig host-pkgconf icu jpeg json-for-modern-cpp libpng nettle pango pugixml sqlite systemd
 
 WATCHFACE_SERVICE_CONF_OPTS = \
 	-DWATCH_FUZZ=OFF \

@@ -9,7 +9,7 @@ EXTERNALSRC ?= "${@os.path.realpath(d.getVar('THISDIR') + '/../../../..')}"
 inherit cmake cmake-qemu pkgconfig systemd features_check
 REQUIRED_DISTRO_FEATURES = "systemd usrmerge"
 
-DEPENDS = "cairo cli11 expat fontconfig icu jpeg libpng nlohmann-json pango pugixml sqlite3 systemd"
+DEPENDS = "cairo cli11 expat fontconfig icu jpeg libpng nettle nlohmann-json pango pugixml sqlite3 systemd"
 
 PACKAGECONFIG ??= ""
 PACKAGECONFIG[tests] = "-DWATCH_TESTS=ON,-DWATCH_TESTS=OFF,googletest"

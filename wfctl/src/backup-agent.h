@@ -1,0 +1,45 @@
+// The backup agent's side of its conversation with the service.
+
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "connection.h"
+#include "peer.h"
+
+namespace Wfctl {
+
+class BackupAgent {
+public:
+    explicit BackupAgent(Connection& connection);
+    BackupAgent(const BackupAgent&) = delete;
+    BackupAgent& operator=(const BackupAgent&) = delete;
+
+    // Asks for a backup; `onItem` gets what comes, its end not. False when the service ended meanwhile, or
+    // began: then it has to be asked again. Stops with Exit::kNoAnswer when nothing more comes.
+    bool AskForBackup(const std::function<void(const bundle&)>& onItem);
+
+    // Begins a restore with the service that runs now, and starts one when none does. The service knows of it
+    // until it ends.
+    void BeginRestore();
+    // Gives it an item, and returns when it has been stored. False when the service is not the one that knows
+    // of the restore: then it has to be begun again.
+    bool Give(bundle item);
+    bool Give(const std::string& type, const std::string& watchName, const std::string& resultXml = {});
+    bool GivePicture(const std::string& path, const std::string& bgType);
+    bool EndRestore();
+
+private:
+    void Tell(const bundle& message);
+    bool TellTheSame(const bundle& message);
+    std::string Owner();
+    bool IsTheSame();
+
+    Connection& mConnection;
+    std::function<void(const bundle&)> mOnMessage;
+    std::string mService;  // its unique name, in a conversation
+    Peer mPeer;
+};
+
+}  // namespace Wfctl
