@@ -72,7 +72,7 @@ void Database::Finalizer::operator()(sqlite3_stmt* statement) const
 }
 
 Database::Database(std::string path, unsigned mode, Layout layout)
-    : mPath(std::move(path)), mMode(mode), mLayout(std::move(layout))
+    : mPath(std::move(path)), mMode(mode), mLayout(layout)
 {
 }
 Database::~Database() = default;

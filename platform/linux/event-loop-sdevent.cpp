@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "files.h"
+#include "trace-event-json.h"
 
 namespace Platform {
 
@@ -73,6 +74,7 @@ void FeedWatchdog()
 // A pause that the service takes blocks the loop, and with it the watchdog's own feeding.
 int usleep(unsigned int microseconds)
 {
+    const Platform::TraceSpan span("task", "pause");
     Platform::FeedWatchdog();
     std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
     Platform::FeedWatchdog();

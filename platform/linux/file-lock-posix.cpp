@@ -16,6 +16,7 @@
 #include "files.h"
 #include "folder-rights-posix.h"
 #include "platform-log.h"
+#include "trace-event-json.h"
 #include "unique-fd.h"
 
 namespace {
@@ -42,6 +43,10 @@ class CommonUtilFileLock::Impl {
 public:
     Impl(const std::string& path, int mode)
     {
+        const Platform::TraceSpan span("file", "lock",
+                                       {
+                                           {"path", path}
+        });
         const std::string common = Platform::CurrentAreas().Common();
         std::error_code error;
         std::filesystem::create_directories(common, error);

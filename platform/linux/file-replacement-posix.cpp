@@ -12,6 +12,7 @@
 
 #include "folder-rights-posix.h"
 #include "platform-log.h"
+#include "trace-event-json.h"
 
 namespace Platform {
 
@@ -86,6 +87,10 @@ bool FileReplacement::GiveName()
 
 bool FileReplacement::Commit()
 {
+    const TraceSpan span("file", "replace",
+                         {
+                             {"path", mPath}
+    });
     const int parent = mTarget.parent.Get();
     if (fsync(mFile.Get()) != 0) return Fail("sync");
     if (!GiveName()) return Fail("link");

@@ -7,6 +7,7 @@
 
 #include "bundle-wire-sdbus.h"
 #include "platform-log.h"
+#include "trace-sdbus.h"
 
 namespace Platform {
 
@@ -24,6 +25,7 @@ public:
     int Reply(app_control_result_e result, const LaunchData& extra) override
     {
         if (!mCall) return APP_CONTROL_ERROR_INVALID_PARAMETER;
+        const TraceSpan span("launch", "answer");
         sd_bus_message* raw = nullptr;
         int code = sd_bus_message_new_method_return(mCall.get(), &raw);
         const MessagePtr answer(raw);
@@ -31,6 +33,7 @@ public:
         if (code >= 0) code = AppendLaunchData(raw, extra);
         if (code >= 0) code = sd_bus_send(sd_bus_message_get_bus(mCall.get()), raw, nullptr);
         if (code >= 0) {
+            TraceSent(span, sd_bus_message_get_bus(mCall.get()), raw);
             mCall.reset();
             return APP_CONTROL_ERROR_NONE;
         }
@@ -111,6 +114,10 @@ MessagePtr NewLaunchCall(sd_bus* bus, const std::string& app, const std::string&
 
 int StartApplication(const std::string& address, const std::string& app)
 {
+    const TraceSpan span("launch", "start",
+                         {
+                             {"application", app}
+    });
     const auto deadline = Clock::now() + std::chrono::microseconds(kStartTimeoutUsec);
     sd_bus* raw = nullptr;
     int code = sd_bus_new(&raw);
@@ -166,6 +173,11 @@ int LaunchReceiver::OnLaunch(sd_bus_message* message, void* data, sd_bus_error*)
     }
     request.appId = caller;
     request.pending = std::make_shared<PendingCall>(message);
+    const TraceSpan span("launch", "request",
+                         {
+                             {"from", request.appId}
+    });
+    TraceArrived(span, message);
     self->mHandler(&request);
     return 1;
 }
@@ -195,6 +207,10 @@ int LaunchSender::Send(app_control_h request, app_control_reply_cb callback, voi
 void LaunchSender::SendOnLoop(app_control_s request, app_control_reply_cb callback, void* userData)
 {
     if (mCancelled) return;
+    const TraceSpan span("launch", "send",
+                         {
+                             {"to", request.appId}
+    });
     int code = 0;
     const MessagePtr call = NewLaunchCall(mBus.Get(), request.appId, mAppId, request.extra, &code);
     const auto pending = mPending.insert(mPending.end(), {std::move(request), callback, userData, {}});
@@ -203,7 +219,7 @@ void LaunchSender::SendOnLoop(app_control_s request, app_control_reply_cb callba
             mBus.Get(), call.get(), UINT64_MAX,
             [this, pending](sd_bus_message* answer) { Answered(pending, answer); }, &code);
     }
-    if (pending->slot) return;
+    if (pending->slot) return TraceSent(span, mBus.Get(), call.get());
     PLATFORM_FAULT("launch request to [%s] not sent: %s", pending->request.appId.c_str(),
                    std::strerror(-code));
     app_control_s nothing;
@@ -222,6 +238,11 @@ void LaunchSender::End(std::list<Pending>::iterator it, app_control_h reply, app
 
 void LaunchSender::Answered(std::list<Pending>::iterator pending, sd_bus_message* answer)
 {
+    const TraceSpan span("launch", "answered",
+                         {
+                             {"by", pending->request.appId}
+    });
+    TraceArrived(span, answer);
     app_control_s reply;
     std::string error;
     int result = APP_CONTROL_RESULT_FAILED;

@@ -10,6 +10,7 @@
 #include "application-table.h"
 #include "event-loop-sdevent.h"
 #include "platform-log.h"
+#include "trace-sdbus.h"
 #include "utf8.h"
 
 namespace Platform {
@@ -142,11 +143,17 @@ void MessagePorts::Retire()
 int MessagePorts::Send(const std::string& app, const std::string& port, bool trusted,
                        const std::string& fromPort, const bundle& message)
 {
+    const TraceSpan span("message", "send",
+                         {
+                             {"to",   app },
+                             {"port", port}
+    });
     FeedWatchdog();
     int code = 0;
     const MessagePtr call =
         NewPortMessage(mBus.Get(), app, port, trusted, mAppId, fromPort, message, false, &code);
     if (call) code = sd_bus_send(mBus.Get(), call.get(), nullptr);
+    if (code >= 0) TraceSent(span, mBus.Get(), call.get());
     if (code < 0)
         PLATFORM_FAULT("message to [%s %s] not sent: %s", app.c_str(), port.c_str(), std::strerror(-code));
     return code < 0 ? code : 0;
@@ -306,6 +313,12 @@ void MessagePorts::Deliver(Incoming& incoming)
     for (const auto& [id, port] : mPorts) {
         if (port.name != incoming.port || port.trusted != incoming.trusted) continue;
         const std::shared_ptr<Callback> callback = port.callback;
+        const TraceSpan span("message", "receive",
+                             {
+                                 {"from", incoming.senderApp},
+                                 {"port", incoming.port     }
+        });
+        TraceArrived(span, message);
         (*callback)(id, incoming.senderApp, incoming.senderPort, incoming.trusted, incoming.bundle.get());
         if (sd_bus_message_get_expect_reply(message) > 0) sd_bus_reply_method_return(message, "");
         return;

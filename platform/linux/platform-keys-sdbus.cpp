@@ -7,6 +7,7 @@
 #include "common-util-keys.h"
 #include "platform-log.h"
 #include "process.h"
+#include "trace-event-json.h"
 
 namespace Platform {
 
@@ -34,7 +35,12 @@ SlotPtr WatchKey(sd_bus* bus, const std::string& key, std::function<void()> chan
                              kKeysInterface + "',member='Changed'" + MatchOf(key);
     return MatchAsync(bus, rule, [key, changed = std::move(changed)](sd_bus_message* signal) {
         const char* announced = nullptr;
-        if (sd_bus_message_read(signal, "s", &announced) >= 0 && key == announced) changed();
+        if (sd_bus_message_read(signal, "s", &announced) < 0 || key != announced) return;
+        const TraceSpan span("key", "changed",
+                             {
+                                 {"key", key}
+        });
+        changed();
     });
 }
 

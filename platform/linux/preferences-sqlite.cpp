@@ -75,4 +75,7 @@ int CommonUtilPref::SetString(const std::string& key, const std::string& value)
     return Write(key, value);
 }
 
-void CommonUtilPref::SetTTraceEnabled(bool) {}
+void CommonUtilPref::SetTTraceEnabled(bool enabled)
+{
+    Process::Current().Tracing().Set(enabled);
+}

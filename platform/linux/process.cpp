@@ -15,6 +15,7 @@
 #include "application-table.h"
 #include "areas.h"
 #include "platform-log.h"
+#include "trace-event-json.h"
 
 namespace Platform {
 
@@ -128,6 +129,7 @@ bool Process::Connect()
     }
     mPorts = std::make_unique<MessagePorts>(*mBus, mAppId);
     mLaunches = std::make_unique<LaunchSender>(*mBus, mAddress, mAppId, mInbox);
+    mTracing = std::make_unique<TraceSwitch>(*mBus, mKeys, mAppId);
     return true;
 }
 
@@ -170,10 +172,15 @@ void Process::GiveUpNames()
 int Process::Run(const service_app_lifecycle_callback_s& callbacks, void* userData)
 {
     HandleSignals();
+    mTracing->Follow();
     const LaunchReceiver receiver(*mBus, [&](app_control_h request) {
         if (callbacks.app_control) callbacks.app_control(request, userData);
     });
-    if (callbacks.create && !callbacks.create(userData)) return EXIT_FAILURE;
+    const auto create = [&] {
+        const TraceSpan span("application", "create");
+        return !callbacks.create || callbacks.create(userData);
+    };
+    if (!create()) return EXIT_FAILURE;
     int code = TakeNames();
     if (code == 0) {
         sd_event_set_watchdog(MainLoop(), true);
@@ -182,6 +189,7 @@ int Process::Run(const service_app_lifecycle_callback_s& callbacks, void* userDa
         sd_notify(0, "STOPPING=1");
         GiveUpNames();
     }
+    const TraceSpan span("application", "terminate");
     mLaunches->CancelAll();
     if (callbacks.terminate) callbacks.terminate(userData);
     return code;

@@ -14,6 +14,7 @@
 #include "message-port-sdbus.h"
 #include "service-app.h"
 #include "survey-store-sqlite.h"
+#include "trace-switch-keys.h"
 #include "value-store-sqlite.h"
 
 namespace Platform {
@@ -46,6 +47,7 @@ public:
     ValueStore& Keys() { return mKeys; }
     ValueStore& Preferences() { return mPreferences; }
     SurveyStore& Survey() { return mSurvey; }
+    TraceSwitch& Tracing() { return *mTracing; }
 
 private:
     Process(std::string appId, std::string address);
@@ -63,6 +65,7 @@ private:
     SurveyStore mSurvey;
     std::unique_ptr<MessagePorts> mPorts;
     std::unique_ptr<LaunchSender> mLaunches;
+    std::unique_ptr<TraceSwitch> mTracing;
     std::unique_ptr<CommonUtilIdler> mEnd;
 };
 

@@ -24,8 +24,7 @@ constexpr char kTables[] =
 // Records come in the order of their ids, so each removal looks at little more than what it removes.
 enum Statement { kInsert, kDropOverCount, kDropBefore, kDropOldest, kList };
 constexpr const char* kStatements[] = {
-    "INSERT INTO record(time, feature_used, application, feature, value, extra) VALUES (?1, ?2, ?3, ?4, ?5, "
-    "?6)",
+    "INSERT INTO record VALUES (NULL, ?1, ?2, ?3, ?4, ?5, ?6)",
     "DELETE FROM record WHERE id <= (SELECT max(id) FROM record) - ?1",
     "DELETE FROM record WHERE id < (SELECT id FROM record WHERE time >= ?1 ORDER BY id LIMIT 1)",
     "DELETE FROM record WHERE id <= (SELECT min(id) + (max(id) - min(id)) / ?1 FROM record)",

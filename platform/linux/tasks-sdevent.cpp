@@ -5,6 +5,7 @@
 
 #include "common-util-tasks.h"
 #include "event-loop-sdevent.h"
+#include "trace-event-json.h"
 
 namespace {
 
@@ -13,16 +14,25 @@ constexpr uint64_t kTimerAccuracyUsec = 10'000;
 // A task and its source. The task may destroy the object that it belongs to, so the two outlive the run, and
 // the empty source tells afterwards that the object is gone.
 struct LoopTask {
+    const char* kind;
     std::function<bool()> run;  // whether to run again
     Platform::EventSourcePtr source;
+
+    bool Run() const
+    {
+        const Platform::TraceSpan span("task", kind);
+        return run();
+    }
 };
 using LoopTaskPtr = std::shared_ptr<LoopTask>;
 
 // Runs once each time it is started; starts before the run coalesce.
 class DeferredTask {
 public:
-    DeferredTask(int64_t priority, std::function<bool()> run) : mTask(std::make_shared<LoopTask>())
+    DeferredTask(const char* kind, int64_t priority, std::function<bool()> run)
+        : mTask(std::make_shared<LoopTask>())
     {
+        mTask->kind = kind;
         mTask->run = std::move(run);
         sd_event_source* source = nullptr;
         sd_event_add_defer(Platform::MainLoop(), &source, Run, this);
@@ -40,7 +50,7 @@ private:
     static int Run(sd_event_source*, void* self)
     {
         const LoopTaskPtr task = static_cast<DeferredTask*>(self)->mTask;
-        if (task->run() && task->source) sd_event_source_set_enabled(task->source.get(), SD_EVENT_ONESHOT);
+        if (task->Run() && task->source) sd_event_source_set_enabled(task->source.get(), SD_EVENT_ONESHOT);
         return 0;
     }
 
@@ -66,7 +76,7 @@ uint64_t MonotonicMicroseconds()
 class CommonUtilJob::Impl : public DeferredTask {
 public:
     explicit Impl(std::function<void()> task)
-        : DeferredTask(SD_EVENT_PRIORITY_NORMAL, [task = std::move(task)] {
+        : DeferredTask("job", SD_EVENT_PRIORITY_NORMAL, [task = std::move(task)] {
               task();
               return false;
           })
@@ -84,7 +94,7 @@ void CommonUtilJob::Start()
 class CommonUtilIdler::Impl : public DeferredTask {
 public:
     explicit Impl(std::function<CommonUtilTaskReturn()> task)
-        : DeferredTask(SD_EVENT_PRIORITY_IDLE,
+        : DeferredTask("idler", SD_EVENT_PRIORITY_IDLE,
                        [task = std::move(task)] { return task() != kCommonUtilTaskEnd; })
     {
     }
@@ -104,6 +114,7 @@ class CommonUtilTimer::Impl {
 public:
     Impl(double interval, std::function<CommonUtilTaskReturn()> task) : mTask(std::make_shared<TimerTask>())
     {
+        mTask->kind = "timer";
         mTask->interval = interval;
         mTask->run = [task = std::move(task)] { return task() != kCommonUtilTaskEnd; };
         sd_event_source* source = nullptr;
@@ -148,7 +159,7 @@ private:
     {
         const std::shared_ptr<TimerTask> task = static_cast<Impl*>(self)->mTask;
         task->answerCounts = true;
-        if (task->run() && task->source && task->answerCounts) Arm(*task);
+        if (task->Run() && task->source && task->answerCounts) Arm(*task);
         return 0;
     }
 

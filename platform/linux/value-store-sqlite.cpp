@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "areas.h"
+#include "trace-event-json.h"
 
 namespace Platform {
 
@@ -72,6 +73,10 @@ std::optional<StoredValue> ValueStore::Get(const std::string& key)
 
 int ValueStore::Set(const std::string& key, const StoredValue& value)
 {
+    const TraceSpan span("key", "write",
+                         {
+                             {"key", key}
+    });
     return mDatabase.Run(kSet, [&](sqlite3_stmt* statement) {
         BindBytes(statement, 1, key);
         BindValue(statement, value);

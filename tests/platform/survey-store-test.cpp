@@ -18,7 +18,6 @@ using Platform::SurveyRecord;
 using Platform::SurveyStore;
 using testing::AllOf;
 using testing::ElementsAre;
-using testing::Field;
 using testing::Gt;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -31,6 +30,7 @@ SurveyRecord Record(const std::string& value, int64_t time = 1000)
 std::vector<std::string> ValuesOf(const std::vector<SurveyRecord>& records)
 {
     std::vector<std::string> values;
+    values.reserve(records.size());
     for (const SurveyRecord& record : records) values.push_back(record.value);
     return values;
 }
