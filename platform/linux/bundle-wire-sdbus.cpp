@@ -1,7 +1,9 @@
 #include "bundle-wire-sdbus.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "utf8.h"
@@ -12,9 +14,25 @@ namespace {
 
 constexpr std::size_t kMostShown = 256;  // of a peer's text in a refusal
 
-bool TravelsAsBytes(const std::string& text)
+// U+FDD0 to U+FDEF, and the last two of each plane. sd-bus takes them neither to write nor to read.
+bool IsNoncharacter(std::string_view sequence)
 {
-    return text.size() >= kBytesFrom || !IsUtf8(text);
+    const auto byte = [&](std::size_t i) { return static_cast<uint8_t>(sequence[i]); };
+    const std::size_t last = sequence.size() - 1;
+    if (last == 2 && byte(0) == 0xEF && byte(1) == 0xB7) return byte(2) >= 0x90 && byte(2) <= 0xAF;
+    if (last < 2 || byte(last - 1) != 0xBF || byte(last) < 0xBE) return false;
+    return last == 2 ? byte(0) == 0xEF : (byte(1) & 0x0F) == 0x0F;
+}
+
+bool TravelsAsBytes(std::string_view text)
+{
+    if (text.size() >= kBytesFrom) return true;
+    while (!text.empty()) {
+        const std::size_t length = Utf8SequenceLength(text);
+        if (length == 0 || IsNoncharacter(text.substr(0, length))) return true;
+        text.remove_prefix(length);
+    }
+    return false;
 }
 
 int AppendBytes(sd_bus_message* m, const std::string& text)

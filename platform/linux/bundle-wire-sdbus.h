@@ -1,5 +1,5 @@
 // Bundles on the wire: `a{sv}` whose values are `s`, `as`, `ay` or `aay`. The byte forms carry strings that
-// are not UTF-8, and long ones, which sd-bus checks slowly as `s`.
+// are not UTF-8 or have noncharacters, which sd-bus refuses in `s`, and long ones, which it checks slowly.
 
 #pragma once
 

@@ -11,7 +11,6 @@
 namespace PlatformTest {
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -445,7 +444,7 @@ TEST_F(ASender, loses_a_message_to_a_peer_that_is_not_there_and_starts_nobody)
     EXPECT_NE(access(mark.c_str(), F_OK), 0);
 }
 
-TEST_F(ASender, sends_long_strings_and_such_as_are_no_utf8_as_bytes)
+TEST_F(ASender, sends_long_strings_and_such_as_no_text_may_hold_as_bytes)
 {
     std::map<std::string, std::string> types;
     sd_bus_slot* slot = nullptr;
@@ -470,15 +469,20 @@ TEST_F(ASender, sends_long_strings_and_such_as_are_no_utf8_as_bytes)
     auto message = Bundle({
         {"short", "x"             },
         {"long",  std::string(4096, 'x')},
-        {"bytes",       "\xff"                }
+        {"bytes",       "\xff"                },
+        {"block",       "\uFDD0\uFDEF"},
+        {"last",       "a\uFFFE"                 },
+        {"plane",       "\U0010FFFFb"},
+        {"beside",       "\uFDCF\uFDF0\uFFFD\U00010000\U0001FFFD"                },
     });
     message->Set("array", Platform::StringArray{"a", "\xff"});
     message->Set("texts", Platform::StringArray{"a"});
     EXPECT_EQ(process->Ports().Send(kHome, kHomePort, true, "", *message), 0);
-    ASSERT_TRUE(RunUntil([&] { return types.size() == 5; }));
+    ASSERT_TRUE(RunUntil([&] { return types.size() == 9; }));
     using testing::Pair;
-    EXPECT_THAT(types, ElementsAre(Pair("array", "aay"), Pair("bytes", "ay"), Pair("long", "ay"),
-                                   Pair("short", "s"), Pair("texts", "as")));
+    EXPECT_THAT(types, ElementsAre(Pair("array", "aay"), Pair("beside", "s"), Pair("block", "ay"),
+                                   Pair("bytes", "ay"), Pair("last", "ay"), Pair("long", "ay"),
+                                   Pair("plane", "ay"), Pair("short", "s"), Pair("texts", "as")));
 }
 
 TEST(APortName, encodes_the_port_as_a_label)
