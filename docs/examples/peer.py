@@ -58,12 +58,12 @@ def from_wire(values):
 class Peer:
     """An application on the bus: its names, and what its port receives."""
 
-    def __init__(self, app, port=None, address=None):
+    def __init__(self, app, port=None, address=None, trusted=True):
         self.app, self.port = app, port
         self.received = []
         self.connection = open_dbus_connection(address or os.environ["DBUS_SESSION_BUS_ADDRESS"])
         if port:
-            self.own(port_name(app, port))
+            self.own(port_name(app, port, trusted))
         if app:
             self.own(app)
 

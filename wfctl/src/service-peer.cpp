@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "application-table.h"
 #include "exit-status.h"
@@ -48,9 +49,21 @@ bool IsSuccess(const Json& answer)
 }
 
 ServicePeer::ServicePeer(Connection& connection, const std::string& as)
+    : ServicePeer(connection, AnsweredPeer(as), ParsePeer(std::string(Platform::kServiceId), true), true)
+{
+}
+
+ServicePeer::ServicePeer(Connection& connection, PeerAddress self, PeerAddress service)
+    : ServicePeer(connection, std::move(self), std::move(service), false)
+{
+}
+
+ServicePeer::ServicePeer(Connection& connection, PeerAddress self, PeerAddress service, bool trusted)
     : mConnection(connection),
-      mSelf(AnsweredPeer(as)),
-      mPeer(connection, mSelf, true,
+      mSelf(std::move(self)),
+      mService(std::move(service)),
+      mIsTrusted(trusted),
+      mPeer(connection, mSelf, trusted,
             [this](const std::string& app, const std::string& port, const bundle& message) {
                 Receive(app, port, message);
             })
@@ -66,7 +79,7 @@ void ServicePeer::Receive(const std::string& app, const std::string& port, const
 
 void ServicePeer::Tell(const bundle& message)
 {
-    mPeer.Send(ParsePeer(std::string(Platform::kServiceId), true), true, message);
+    mPeer.Send(mService, mIsTrusted, message);
 }
 
 Json ServicePeer::Ask(const bundle& message, const Fits& isAnswer, Seconds timeout)

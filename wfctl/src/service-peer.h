@@ -22,6 +22,8 @@ public:
 
     // Stops with Exit::kUsage when the service would not answer this application there.
     ServicePeer(Connection& connection, const std::string& as);
+    // Any application on an open port of its own, which speaks to that open port of the service.
+    ServicePeer(Connection& connection, PeerAddress self, PeerAddress service);
     ServicePeer(const ServicePeer&) = delete;
     ServicePeer& operator=(const ServicePeer&) = delete;
 
@@ -36,10 +38,12 @@ public:
     Json Ask(const bundle& message, Seconds timeout);
 
 private:
+    ServicePeer(Connection& connection, PeerAddress self, PeerAddress service, bool trusted);
     void Receive(const std::string& app, const std::string& port, const bundle& message);
 
     Connection& mConnection;
-    const PeerAddress mSelf;
+    const PeerAddress mSelf, mService;
+    const bool mIsTrusted;
     const Fits* mIsAnswer = nullptr;  // while an answer is waited for
     Json mAnswer;                     // null until it is there
     Peer mPeer;

@@ -74,6 +74,8 @@ Action DefineWorldClockShow(CLI::App&);
 Action DefineWorldClockPrepare(CLI::App&);
 Action DefineWorldClockUpdate(CLI::App&);
 Action DefineDate(CLI::App&);
+Action DefineEvaluateSave(CLI::App&);
+Action DefineEvaluateLoad(CLI::App&);
 Action DefineSend(CLI::App&);
 Action DefineListen(CLI::App&);
 Action DefineLaunch(CLI::App&);

@@ -73,9 +73,9 @@ class WatchTest(unittest.TestCase):
         return subprocess.run(["sh", "-c", script, "sh", self.root], env=self.environment, timeout=60, check=True,
                               capture_output=True, text=True).stdout
 
-    def peer(self, identity):
+    def peer(self, identity, trusted=True):
         app, port = identity
-        peer = Peer(app, port, address=self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        peer = Peer(app, port, address=self.environment["DBUS_SESSION_BUS_ADDRESS"], trusted=trusted)
         self.addCleanup(peer.close)
         return peer
 

@@ -20,6 +20,8 @@ constexpr const char* kVerbs[] = {
     "bg save",
     "bg cancel",
     "date",
+    "evaluate save",
+    "evaluate load",
     "status",
     "list",
     "show",
