@@ -43,10 +43,7 @@ class CommonUtilFileLock::Impl {
 public:
     Impl(const std::string& path, int mode)
     {
-        const Platform::TraceSpan span("file", "lock",
-                                       {
-                                           {"path", path}
-        });
+        const Platform::TraceSpan span("file", "lock", {"path", path});
         const std::string common = Platform::CurrentAreas().Common();
         std::error_code error;
         std::filesystem::create_directories(common, error);

@@ -87,10 +87,7 @@ bool FileReplacement::GiveName()
 
 bool FileReplacement::Commit()
 {
-    const TraceSpan span("file", "replace",
-                         {
-                             {"path", mPath}
-    });
+    const TraceSpan span("file", "replace", {"path", mPath});
     const int parent = mTarget.parent.Get();
     if (fsync(mFile.Get()) != 0) return Fail("sync");
     if (!GiveName()) return Fail("link");

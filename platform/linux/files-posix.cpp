@@ -125,10 +125,7 @@ UniqueFd OpenRegular(const std::string& path)
 
 Eina_Bool ecore_file_mkpath(const char* path)
 {
-    const TraceSpan span("file", "make folder",
-                         {
-                             {"path", Shown(path)}
-    });
+    const TraceSpan span("file", "make folder", {"path", Shown(path)});
     const auto split =
         Platform::SplitWritable(path ? path : "", Platform::PathRule::kPlain, "making a folder");
     if (!split) return 0;
@@ -143,10 +140,7 @@ Eina_Bool ecore_file_mkpath(const char* path)
 
 Eina_Bool ecore_file_recursive_rm(const char* path)
 {
-    const TraceSpan span("file", "remove folder",
-                         {
-                             {"path", Shown(path)}
-    });
+    const TraceSpan span("file", "remove folder", {"path", Shown(path)});
     const auto target =
         Platform::OpenWritable(path ? path : "", Platform::PathRule::kRecursive, "recursive removal");
     return target && RemoveTree(target->parent.Get(), target->name, kDeepestRemoval);
@@ -154,10 +148,7 @@ Eina_Bool ecore_file_recursive_rm(const char* path)
 
 Eina_Bool ecore_file_remove(const char* path)
 {
-    const TraceSpan span("file", "remove",
-                         {
-                             {"path", Shown(path)}
-    });
+    const TraceSpan span("file", "remove", {"path", Shown(path)});
     const auto target = Platform::OpenWritable(path ? path : "", Platform::PathRule::kPlain, "removal");
     return target && unlinkat(target->parent.Get(), target->name.c_str(), 0) == 0;
 }
@@ -175,10 +166,7 @@ Eina_Bool ecore_file_is_dir(const char* path)
 
 Eina_List* ecore_file_ls(const char* directory)
 {
-    const TraceSpan span("file", "list",
-                         {
-                             {"path", Shown(directory)}
-    });
+    const TraceSpan span("file", "list", {"path", Shown(directory)});
     const DirPtr dir(directory ? opendir(directory) : nullptr);
     if (!dir) return nullptr;
     std::vector<std::string> names = NamesIn(dir.get());
@@ -213,11 +201,7 @@ bool CommonUtilFile::Exists(const std::string& path)
 
 bool CommonUtilFile::Copy(const std::string& from, const std::string& to)
 {
-    const TraceSpan span("file", "copy",
-                         {
-                             {"from", from},
-                             {"to",   to  }
-    });
+    const TraceSpan span("file", "copy", {"from", from}, {"to", to});
     const UniqueFd source = OpenRegular(from);
     if (!source) return false;
     auto replacement = Platform::FileReplacement::Begin(to, "copying");
@@ -226,10 +210,7 @@ bool CommonUtilFile::Copy(const std::string& from, const std::string& to)
 
 std::string ReadWholeFile(const std::string& path)
 {
-    const TraceSpan span("file", "read",
-                         {
-                             {"path", path}
-    });
+    const TraceSpan span("file", "read", {"path", path});
     const UniqueFd file = OpenRegular(path);
     std::string bytes;
     char buffer[1 << 16];

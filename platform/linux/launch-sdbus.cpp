@@ -114,10 +114,7 @@ MessagePtr NewLaunchCall(sd_bus* bus, const std::string& app, const std::string&
 
 int StartApplication(const std::string& address, const std::string& app)
 {
-    const TraceSpan span("launch", "start",
-                         {
-                             {"application", app}
-    });
+    const TraceSpan span("launch", "start", {"application", app});
     const auto deadline = Clock::now() + std::chrono::microseconds(kStartTimeoutUsec);
     sd_bus* raw = nullptr;
     int code = sd_bus_new(&raw);
@@ -173,10 +170,7 @@ int LaunchReceiver::OnLaunch(sd_bus_message* message, void* data, sd_bus_error*)
     }
     request.appId = caller;
     request.pending = std::make_shared<PendingCall>(message);
-    const TraceSpan span("launch", "request",
-                         {
-                             {"from", request.appId}
-    });
+    const TraceSpan span("launch", "request", {"from", request.appId});
     TraceArrived(span, message);
     self->mHandler(&request);
     return 1;
@@ -207,10 +201,7 @@ int LaunchSender::Send(app_control_h request, app_control_reply_cb callback, voi
 void LaunchSender::SendOnLoop(app_control_s request, app_control_reply_cb callback, void* userData)
 {
     if (mCancelled) return;
-    const TraceSpan span("launch", "send",
-                         {
-                             {"to", request.appId}
-    });
+    const TraceSpan span("launch", "send", {"to", request.appId});
     int code = 0;
     const MessagePtr call = NewLaunchCall(mBus.Get(), request.appId, mAppId, request.extra, &code);
     const auto pending = mPending.insert(mPending.end(), {std::move(request), callback, userData, {}});
@@ -238,10 +229,7 @@ void LaunchSender::End(std::list<Pending>::iterator it, app_control_h reply, app
 
 void LaunchSender::Answered(std::list<Pending>::iterator pending, sd_bus_message* answer)
 {
-    const TraceSpan span("launch", "answered",
-                         {
-                             {"by", pending->request.appId}
-    });
+    const TraceSpan span("launch", "answered", {"by", pending->request.appId});
     TraceArrived(span, answer);
     app_control_s reply;
     std::string error;

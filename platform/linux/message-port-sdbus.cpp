@@ -143,11 +143,7 @@ void MessagePorts::Retire()
 int MessagePorts::Send(const std::string& app, const std::string& port, bool trusted,
                        const std::string& fromPort, const bundle& message)
 {
-    const TraceSpan span("message", "send",
-                         {
-                             {"to",   app },
-                             {"port", port}
-    });
+    const TraceSpan span("message", "send", {"to", app}, {"port", port});
     FeedWatchdog();
     int code = 0;
     const MessagePtr call =
@@ -313,11 +309,7 @@ void MessagePorts::Deliver(Incoming& incoming)
     for (const auto& [id, port] : mPorts) {
         if (port.name != incoming.port || port.trusted != incoming.trusted) continue;
         const std::shared_ptr<Callback> callback = port.callback;
-        const TraceSpan span("message", "receive",
-                             {
-                                 {"from", incoming.senderApp},
-                                 {"port", incoming.port     }
-        });
+        const TraceSpan span("message", "receive", {"from", incoming.senderApp}, {"port", incoming.port});
         TraceArrived(span, message);
         (*callback)(id, incoming.senderApp, incoming.senderPort, incoming.trusted, incoming.bundle.get());
         if (sd_bus_message_get_expect_reply(message) > 0) sd_bus_reply_method_return(message, "");

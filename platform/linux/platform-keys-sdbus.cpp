@@ -36,10 +36,7 @@ SlotPtr WatchKey(sd_bus* bus, const std::string& key, std::function<void()> chan
     return MatchAsync(bus, rule, [key, changed = std::move(changed)](sd_bus_message* signal) {
         const char* announced = nullptr;
         if (sd_bus_message_read(signal, "s", &announced) < 0 || key != announced) return;
-        const TraceSpan span("key", "changed",
-                             {
-                                 {"key", key}
-        });
+        const TraceSpan span("key", "changed", {"key", key});
         changed();
     });
 }

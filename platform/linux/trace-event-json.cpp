@@ -22,7 +22,7 @@ namespace Platform {
 namespace {
 
 constexpr mode_t kFileMode = 0660;
-constexpr std::size_t kMostShown = 256;  // bytes of a detail
+constexpr std::size_t kMostShown = 1024;  // bytes of a detail
 // What each program that finds the file full needs to say so.
 constexpr int64_t kReserved = 4096;
 
@@ -69,10 +69,11 @@ std::string Quoted(std::string_view text)
     return json + "\"";
 }
 
-std::string Arguments(std::initializer_list<TraceDetail> details)
+std::string Arguments(const TraceDetail& first, const TraceDetail& second = {})
 {
     std::string json;
-    for (const TraceDetail& detail : details) {
+    for (const TraceDetail& detail : {first, second}) {
+        if (!detail.name) continue;
         json += json.empty() ? "" : ",";
         ((json += Quoted(detail.name)) += ':') += Quoted(detail.text);
     }
@@ -87,10 +88,7 @@ std::string Place()
 
 std::string Named(const char* what, const std::string& name)
 {
-    return std::string(R"({"ph":"M","name":")") + what + "\"," + Place() + "," +
-           Arguments({
-               {"name", name}
-    }) +
+    return std::string(R"({"ph":"M","name":")") + what + "\"," + Place() + "," + Arguments({"name", name}) +
            "}";
 }
 
@@ -213,10 +211,10 @@ struct TraceSpan::Begun {
     std::string head, arguments;
 };
 
-void TraceSpan::Begin(const char* kind, const char* name, std::initializer_list<TraceDetail> details)
+void TraceSpan::Begin(const char* kind, const char* name, TraceDetail first, TraceDetail second)
 {
     mBegun = new Begun{0, std::string(R"({"ph":"X","cat":")") + kind + R"(","name":")" + name + "\",",
-                       Arguments(details)};
+                       Arguments(first, second)};
     mBegun->time = Nanoseconds();
 }
 

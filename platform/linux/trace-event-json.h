@@ -17,7 +17,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -44,16 +43,16 @@ private:
 
 // What a span is about: a name or a path, never what a message or a file holds. `name` is a literal.
 struct TraceDetail {
-    const char* name;
-    std::string_view text;
+    const char* name = nullptr;  // none: no detail
+    std::string_view text = {};
 };
 
 // A span: from here to the end of the scope. `kind` and `name` are literals.
 class TraceSpan {
 public:
-    TraceSpan(const char* kind, const char* name, std::initializer_list<TraceDetail> details = {})
+    TraceSpan(const char* kind, const char* name, TraceDetail first = {}, TraceDetail second = {})
     {
-        if (Trace::IsOn()) Begin(kind, name, details);
+        if (Trace::IsOn()) Begin(kind, name, first, second);
     }
     ~TraceSpan()
     {
@@ -69,7 +68,7 @@ public:
 
 private:
     struct Begun;
-    void Begin(const char* kind, const char* name, std::initializer_list<TraceDetail> details);
+    void Begin(const char* kind, const char* name, TraceDetail first, TraceDetail second);
     void End();
     void Flow(const char* phase, uint64_t message) const;
 

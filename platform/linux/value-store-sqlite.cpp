@@ -73,10 +73,7 @@ std::optional<StoredValue> ValueStore::Get(const std::string& key)
 
 int ValueStore::Set(const std::string& key, const StoredValue& value)
 {
-    const TraceSpan span("key", "write",
-                         {
-                             {"key", key}
-    });
+    const TraceSpan span("key", "write", {"key", key});
     return mDatabase.Run(kSet, [&](sqlite3_stmt* statement) {
         BindBytes(statement, 1, key);
         BindValue(statement, value);
