@@ -46,6 +46,8 @@ constexpr const char* kVerbs[] = {
     "setting list",
     "survey query",
     "survey list",
+    "trace on",
+    "trace off",
     "preview request",
     "preview check",
     "delete",
