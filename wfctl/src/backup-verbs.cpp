@@ -175,7 +175,7 @@ private:
 };
 
 void PrintSummary(const Options& options, const char* what, const BackupManifest& manifest,
-                  const std::string& folder, const std::vector<std::string>& notes)
+                  const std::string& folder, const std::vector<std::string>& notCarried)
 {
     if (options.json) {
         Json faces = Json::array(), pictures = Json::array();
@@ -186,7 +186,7 @@ void PrintSummary(const Options& options, const char* what, const BackupManifest
             {"faces",      faces                        },
             {"pictures",   pictures                     },
             {"current",    BytesToJson(manifest.current)},
-            {"notCarried", notes                        }
+            {"notCarried", notCarried                   }
         }));
         return;
     }
@@ -257,7 +257,7 @@ void AskForConsent(const std::vector<std::string>& lost, const BackupArguments& 
                        " will be replaced by those of the backup:\n";
     for (const std::string& path : lost) text += "  " + path + "\n";
     if (!isatty(STDIN_FILENO)) {
-        throw Stop(Exit::kNotPermitted,
+        throw Stop(Exit::kUsage,
                    text + "nothing was changed; type: wfctl restore --yes " + ShellQuoted(arguments.folder));
     }
     std::cerr << text << "Go on? [y/N] " << std::flush;

@@ -44,6 +44,8 @@ constexpr const char* kVerbs[] = {
     "setting get",
     "setting set",
     "setting list",
+    "backup",
+    "restore",
     "survey query",
     "survey list",
     "trace on",

@@ -1,0 +1,255 @@
+// Backups of one watch, restored on another, and what is left when somebody dies in the middle.
+
+#include <signal.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "a-watch.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+constexpr char kAlbum[] = "com.corvane.watchface-mirel-u1";
+constexpr int kPictures = 30;
+
+// A watch that somebody uses, and a second one as it was shipped.
+class AnotherWatch : public AWatch {
+protected:
+    AnotherWatch() : mSecondRoot(mFolder + "/second")
+    {
+        Run({"edit", kClassic, "--pick", "dial=roman"});
+        Run({"edit", kAlbum, "--pick", "clock=hands"});
+        Arguments add{"bg", "add"};
+        for (int i = 0; i < kPictures; ++i) add.push_back(Picture("picture-" + std::to_string(i) + ".png"));
+        EXPECT_EQ(Run(add).status, 0);
+        EXPECT_EQ(Run({"set", kDigital}).status, 0);
+        const Result made = Run({"backup", Folder()});
+        EXPECT_EQ(made.status, 0) << made.err;
+        mUp = Wfctl({"up", "--root", mSecondRoot});
+        EXPECT_EQ(mUp.status, 0) << mUp.err;
+    }
+    ~AnotherWatch() override { Wfctl({"down", "--root", mSecondRoot}); }
+
+    std::string Folder() const { return mFolder + "/backup"; }
+    std::string Picture(const std::string& name) const
+    {
+        return Holding(name, ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png") + name);
+    }
+
+    Result OnSecond(Arguments arguments) const
+    {
+        arguments.insert(arguments.begin(), {"--root", mSecondRoot});
+        return Wfctl(arguments);
+    }
+    std::unique_ptr<Program> StartOnSecond(Arguments arguments) const
+    {
+        arguments.insert(arguments.begin(), {WFCTL, "--root", mSecondRoot});
+        return std::make_unique<Program>(arguments, mEnvironment);
+    }
+
+    // What it was told that it has: of the manifest everything but the time.
+    static Json ItemsOf(const std::string& folder)
+    {
+        Json manifest = Json::parse(ContentsOf(folder + "/manifest.json"));
+        manifest.erase("made");
+        return manifest;
+    }
+    Json ItemsOfSecond() const
+    {
+        fs::remove_all(mFolder + "/again");
+        const Result made = OnSecond({"backup", mFolder + "/again"});
+        EXPECT_EQ(made.status, 0) << made.err;
+        return ItemsOf(mFolder + "/again");
+    }
+
+    void ExpectOnlyWholeFiles() const
+    {
+        std::set<std::string> known;
+        for (const auto& file : fs::recursive_directory_iterator(Folder()))
+            if (file.is_regular_file()) known.insert(ContentsOf(file.path()));
+        const std::string area = mSecondRoot + "/apps/com.corvane.watchface/shared/";
+        for (const auto& file : fs::recursive_directory_iterator(area)) {
+            const std::string name = file.path().filename();
+            if (!file.is_regular_file() || name.starts_with(".")) continue;
+            if (!name.ends_with("_result.xml") && !name.starts_with("picture-")) continue;
+            EXPECT_TRUE(known.contains(ContentsOf(file.path()))) << file.path();
+        }
+    }
+
+    pid_t ServiceOfSecond() const
+    {
+        const Json service = OnSecond({"status", "--json"}).AsJson()["service"];
+        return service["running"].get<bool>() ? service["pid"].get<pid_t>() : 0;
+    }
+
+    const std::string mSecondRoot;
+};
+
+}  // namespace
+
+TEST_F(AnotherWatch, has_the_same_faces_selections_pictures_and_current_face_after_a_restore)
+{
+    const Result restored = OnSecond({"restore", Folder()});
+    ASSERT_EQ(restored.status, 0) << restored.err;
+    EXPECT_EQ(restored.out,
+              "restored 2 faces and 30 pictures; the current face is " + std::string(kDigital) + "\n");
+    EXPECT_EQ(ItemsOfSecond(), ItemsOf(Folder()));
+    EXPECT_EQ(OnSecond({"current"}).out, Run({"current"}).out);
+    EXPECT_EQ(OnSecond({"bg", "list"}).out, Run({"bg", "list"}).out);
+    const std::string preview = kClassic + std::string("/") + kClassic + ".png";
+    const std::string list = "/apps/com.corvane.watchface/shared/data/watchlist/";
+    EXPECT_TRUE(Eventually(
+        [&] { return ContentsOf(mSecondRoot + list + preview) == ContentsOf(mRoot + list + preview); }));
+}
+
+TEST_F(AnotherWatch, asks_before_it_replaces_pictures)
+{
+    ASSERT_EQ(OnSecond({"bg", "add", Picture("mine.png")}).status, 0);
+    const Result asked = OnSecond({"restore", Folder()});
+    EXPECT_EQ(asked.status, 2);
+    EXPECT_THAT(asked.err, HasSubstr("U1/mine.png"));
+    EXPECT_THAT(asked.err, HasSubstr("wfctl restore --yes"));
+    EXPECT_EQ(OnSecond({"bg", "list"}).out, "mine.png\n");
+    ASSERT_EQ(OnSecond({"restore", "--yes", Folder()}).status, 0);
+    EXPECT_EQ(OnSecond({"bg", "list"}).out, Run({"bg", "list"}).out);
+    EXPECT_EQ(OnSecond({"restore", Folder()}).status, 0) << "none is lost by it now";
+}
+
+TEST_F(AnotherWatch, takes_nothing_of_a_damaged_backup)
+{
+    fs::resize_file(Folder() + "/pictures/u1/picture-7.png", 10);
+    const Result restored = OnSecond({"restore", Folder()});
+    EXPECT_EQ(restored.status, 1);
+    EXPECT_THAT(restored.err, HasSubstr("the picture \"picture-7.png\" is damaged"));
+    EXPECT_FALSE(fs::exists(mSecondRoot + "/apps/com.corvane.watchface/shared/data/watchlist/" + kClassic));
+    EXPECT_EQ(OnSecond({"bg", "list"}).out, "");
+}
+
+TEST_F(AnotherWatch, says_what_it_did_not_take)
+{
+    std::string manifest = ContentsOf(Folder() + "/manifest.json");
+    const std::string name = "\"name\": \"" + std::string(kClassic) + "\"";
+    manifest.replace(manifest.find(name), name.size(), "\"name\": \"com.example.unknown\"");
+    std::ofstream(Folder() + "/manifest.json") << manifest;
+    const Result restored = OnSecond({"restore", Folder()});
+    EXPECT_EQ(restored.status, 1);
+    EXPECT_THAT(restored.err,
+                HasSubstr("this watch did not take the face \"com.example.unknown\"; all else"));
+    EXPECT_EQ(OnSecond({"bg", "list"}).out, Run({"bg", "list"}).out);
+}
+
+TEST_F(AnotherWatch, is_restored_whole_though_its_service_dies_in_the_middle)
+{
+    for (const int messages : {1, 4, 17}) {
+        SCOPED_TRACE(messages);
+        const auto manager =
+            StartOnSecond({"listen", "--as", "com.corvane.w-manager-service:w-manager-service::localport",
+                           "--timeout", "60"});
+        ASSERT_THAT(manager->NextErrorLine().value_or(""), testing::StartsWith("listening as"));
+        const pid_t service = ServiceOfSecond();
+        ASSERT_GT(service, 0);
+        const auto restore = StartOnSecond({"restore", "--yes", Folder()});
+        for (int i = 0; i < messages; ++i) ASSERT_TRUE(manager->NextLine());
+        kill(service, SIGKILL);
+        EXPECT_EQ(restore->AwaitEnd(), 0) << restore->NextErrorLine().value_or("");
+        EXPECT_EQ(ItemsOfSecond(), ItemsOf(Folder()));
+    }
+}
+
+TEST_F(AnotherWatch, is_whole_when_the_restore_is_killed_and_restored_by_the_next_one)
+{
+    for (const int messages : {1, 4, 17}) {
+        SCOPED_TRACE(messages);
+        const auto manager =
+            StartOnSecond({"listen", "--as", "com.corvane.w-manager-service:w-manager-service::localport",
+                           "--timeout", "60"});
+        ASSERT_THAT(manager->NextErrorLine().value_or(""), testing::StartsWith("listening as"));
+        const auto restore = StartOnSecond({"restore", "--yes", Folder()});
+        for (int i = 0; i < messages; ++i) ASSERT_TRUE(manager->NextLine());
+        restore->Signal(SIGKILL);
+        restore->AwaitEnd();
+        ExpectOnlyWholeFiles();
+        const Result again = OnSecond({"restore", "--yes", Folder()});
+        EXPECT_EQ(again.status, 0) << again.err;
+        EXPECT_EQ(ItemsOfSecond(), ItemsOf(Folder()));
+    }
+}
+
+TEST_F(AnotherWatch, says_how_far_an_interrupted_restore_got)
+{
+    const auto manager = StartOnSecond(
+        {"listen", "--as", "com.corvane.w-manager-service:w-manager-service::localport", "--timeout", "60"});
+    ASSERT_THAT(manager->NextErrorLine().value_or(""), testing::StartsWith("listening as"));
+    const auto restore = StartOnSecond({"restore", Folder()});
+    for (int i = 0; i < 4; ++i) ASSERT_TRUE(manager->NextLine());
+    restore->Signal(SIGINT);
+    const int status = restore->AwaitEnd();
+    if (status == 0) GTEST_SKIP() << "it was faster";
+    EXPECT_EQ(status, 130);
+    EXPECT_THAT(restore->NextErrorLine().value_or(""), HasSubstr("of 32 items are on the watch"));
+    ExpectOnlyWholeFiles();
+}
+
+TEST_F(AnotherWatch, has_no_backup_when_its_making_is_killed)
+{
+    for (int i = 0; i < 3; ++i) {
+        const std::string folder = mFolder + "/killed-" + std::to_string(i);
+        const auto backup = Start({"backup", folder});
+        // Once it has begun to write; by then it may have finished too.
+        EXPECT_TRUE(Eventually([&] {
+            for (const auto& entry : fs::directory_iterator(mFolder))
+                if (entry.path().filename().string().starts_with("killed-" + std::to_string(i))) return true;
+            return false;
+        }));
+        backup->Signal(SIGKILL);
+        backup->AwaitEnd();
+        EXPECT_TRUE(!fs::exists(folder) || ItemsOf(folder) == ItemsOf(Folder()));
+    }
+    EXPECT_EQ(Run({"backup", mFolder + "/whole"}).status, 0);
+    EXPECT_EQ(ItemsOf(mFolder + "/whole"), ItemsOf(Folder()));
+}
+
+TEST_F(AWatch, backs_up_the_face_that_its_pictures_belong_to)
+{
+    ASSERT_EQ(
+        Run({"bg", "add", Holding("a.png", ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png"))}).status,
+        0);
+    const Result made = Run({"backup", mFolder + "/backup", "--json"});
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(made.AsJson()["faces"], Json::array({kAlbum}));
+    EXPECT_EQ(ContentsOf(mFolder + "/backup/faces/" + kAlbum + ".xml"), ContentsOf(StagedResultXml(kAlbum)));
+    EXPECT_EQ(made.AsJson()["pictures"], Json::array({"a.png"}));
+}
+
+TEST_F(AWatch, says_what_a_backup_does_not_carry)
+{
+    const std::string png = ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png");
+    ASSERT_EQ(Run({"bg", "add", Holding("loose.png", png), "--type", "gallery"}).status, 0);
+    ASSERT_EQ(Run({"set", "c4"}).status, 0);
+    ASSERT_EQ(Run({"world-clock", "prepare"}).status, 0);
+    ASSERT_EQ(Run({"world-clock", "update", "city", "Asia/Seoul"}).status, 0);
+    const Result made = Run({"backup", mFolder + "/backup"});
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_THAT(made.err, HasSubstr("not in the backup: the picture \"loose.png\""));
+    EXPECT_THAT(made.err, HasSubstr("not in the backup: what only the watchface.xml of "
+                                    "\"com.corvane.watchface-mirel-c4\" has"));
+}
+
+TEST_F(AWatch, that_nobody_changed_has_nothing_to_restore)
+{
+    ASSERT_EQ(Run({"backup", mFolder + "/backup"}).status, 0);
+    EXPECT_EQ(Run({"restore", mFolder + "/backup"}).status, 9);
+}
+
+TEST_F(AWatch, makes_one_backup_at_a_time)
+{
+    const auto other = Listen({"--as", "com.corvane.watch-utils.service", "--timeout", "60"});
+    const Result made = Run({"backup", mFolder + "/backup"});
+    EXPECT_EQ(made.status, 1);
+    EXPECT_THAT(made.err, HasSubstr("it makes backups of this watch"));
+    EXPECT_FALSE(fs::exists(mFolder + "/backup"));
+}
