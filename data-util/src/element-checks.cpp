@@ -77,6 +77,17 @@ void CheckWorldClock(const Node& node, bool complete, Findings& findings)
     }
 }
 
+void CheckLayer(const Node& node, Findings& findings)
+{
+    if (!node.Mentions("clock")) return;
+    for (const AttributeRule& rule : kZone) {
+        if (!node.Mentions(rule.name)) continue;
+        findings.Add(
+            "E-ATTRIBUTE-CHOICE", node.Where(rule.name),
+            "the zone is that of the slot's world clock; remove " + Quoted(rule.name) + " or \"clock\"");
+    }
+}
+
 void CheckComplication(const Node& node, Findings& findings)
 {
     CheckWorldClock(node, true, findings);
@@ -124,6 +135,8 @@ void CheckElement(const Node& node, Findings& findings)
         case Element::kLinearGradient:
         case Element::kRadialGradient:
             return CheckStops(node, findings);
+        case Element::kLayer:
+            return CheckLayer(node, findings);
         case Element::kPhotos:
         case Element::kPhoto:
             return CheckPhotoFolder(node, findings);

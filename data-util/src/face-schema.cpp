@@ -51,10 +51,8 @@ constexpr AttributeRule kPresetPlacement[] = {
     {"source", K::kSourceOrEmpty, kRequired},
 };
 constexpr auto kPresetPlaceAttributes = Joined(kPresetPlacement, kWorldClock);
-constexpr AttributeRule kLayerAttributes[] = {
-    {"opacity", K::kShare, "1"},
-    {"clock",   K::kSlug},
-};
+constexpr AttributeRule kClockReference[] = {{"clock", K::kSlug}};
+constexpr auto kLayerAttributes = Joined(kOpacity, kClockReference, kZone);
 constexpr auto kImageAttributes = Joined(kImageSource, kBox, kOpacity);
 constexpr AttributeRule kPhotosReference[] = {{"photos", K::kSlug, kRequired}};
 constexpr auto kPhotoAttributes = Joined(kPhotosReference, kBox, kPhotoStyle);

@@ -10,11 +10,7 @@ using K = ValueKind;
 using E = Element;
 
 // clang-format off
-constexpr AttributeRule kLayerAttributes[] = {
-    {"opacity",       K::kShare, "1"},
-    {"timezone",      K::kShortText},
-    {"timezone-path", K::kZonePath},
-};
+constexpr auto kLayerAttributes = Joined(kOpacity, kZone);
 constexpr auto kImageAttributes = Joined(kImageSource, kBox, kOpacity);
 constexpr AttributeRule kPhotoFiles[] = {
     {"file",    K::kFileName},

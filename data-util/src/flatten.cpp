@@ -107,7 +107,7 @@ private:
                              {"timezone",      clock.timezone    },
                              {"timezone-path", clock.timezonePath}
             });
-        } else if (layer.GetOrDefault("opacity") == "1") {
+        } else if (AttributesOf(layer, Element::kLayer).empty()) {
             WriteChildren(layer, depth);
         } else {
             WriteElement(layer, depth, {});

@@ -189,13 +189,16 @@ inline constexpr AttributeRule kStopAttributes[] = {
     {"offset", ValueKind::kShare, kRequired},
     {"color",  ValueKind::kColor, kRequired},
 };
-// What a world clock shows.
-inline constexpr AttributeRule kWorldClock[] = {
-    {"city",          ValueKind::kShortText},
-    {"country",       ValueKind::kShortText},
+inline constexpr AttributeRule kZone[] = {
     {"timezone",      ValueKind::kShortText},
     {"timezone-path", ValueKind::kZonePath},
 };
+// What a world clock shows.
+inline constexpr AttributeRule kCity[] = {
+    {"city",    ValueKind::kShortText},
+    {"country", ValueKind::kShortText},
+};
+inline constexpr auto kWorldClock = Joined(kCity, kZone);
 inline constexpr char kRoles[] = "text icon-text gauge arc city dial";
 // How a complication looks. What its text defaults to as a skeleton depends on its source.
 inline constexpr AttributeRule kComplicationStyle[] = {

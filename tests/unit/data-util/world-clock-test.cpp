@@ -119,6 +119,22 @@ TEST_F(AWorldClock, gives_its_zone_to_a_layer_with_an_opacity)
                 HasSubstr("  <layer opacity=\"0.5\" timezone=\"JST\" timezone-path=\"Asia/Tokyo\">\n"));
 }
 
+TEST_F(AWorldClock, leaves_no_other_zone_to_its_layer)
+{
+    Replace("<layer clock=\"place\">", "<layer clock=\"place\" timezone=\"UTC\" timezone-path=\"Etc/UTC\">");
+    EXPECT_THAT(Codes(), ElementsAre("E-ATTRIBUTE-CHOICE", "E-ATTRIBUTE-CHOICE"));
+}
+
+TEST_F(AWorldClock, is_not_needed_by_a_layer_that_always_shows_one_zone)
+{
+    Replace("<layer clock=\"place\">", "<layer timezone-path=\"Etc/UTC\">");
+    EXPECT_THAT(Flat(), HasSubstr("  <layer timezone-path=\"Etc/UTC\">\n"));
+    Replace("<layer timezone-path=\"Etc/UTC\">", "<layer timezone=\"UTC\">");
+    EXPECT_THAT(Flat(), HasSubstr("  <layer timezone=\"UTC\">\n"));
+    Replace("<layer timezone=\"UTC\">", "<layer timezone-path=\"../UTC\">");
+    EXPECT_THAT(Codes(), ElementsAre("E-VALUE"));
+}
+
 TEST_F(AWorldClock, gives_its_city_to_a_text)
 {
     EXPECT_EQ(FlatLine("y=\"140\""),
