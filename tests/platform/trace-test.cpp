@@ -2,6 +2,7 @@
 
 #include "trace-event-json.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -21,6 +22,7 @@
 #include "common-util-tasks.h"
 #include "files.h"
 #include "platform-fixture.h"
+#include "unique-fd.h"
 
 namespace PlatformTest {
 namespace {
@@ -342,6 +344,8 @@ TEST_F(ATrace, follows_no_link_and_waits_for_no_pipe)
     fs::remove(Path());
     ASSERT_EQ(mkfifo(Path().c_str(), 0600), 0);
     EXPECT_FALSE(Trace::Join(Path(), "a program"));
+    const Platform::UniqueFd reader(open(Path().c_str(), O_RDONLY | O_NONBLOCK));
+    EXPECT_FALSE(Trace::Join(Path(), "a program"));
 }
 
 TEST_F(ATrace, that_cannot_be_made_is_none)
@@ -415,6 +419,20 @@ TEST_F(ATracedApplication, tells_two_messages_apart)
     ASSERT_TRUE(RunUntil([&] { return received.size() == 2; }));
     const Json sent = Of("message", "send");
     EXPECT_NE(FlowIn(sent[0], "s"), FlowIn(sent[1], "s"));
+}
+
+TEST_F(ATracedApplication, tells_messages_of_two_senders_apart_that_have_the_same_serial)
+{
+    for (const char* id : {kHome, "com.corvane.watchface-editor"}) {
+        Peer peer(bus.Address());
+        peer.Own(id);
+        peer.Send(id, *Bundle({}));
+        const std::size_t before = received.size();
+        ASSERT_TRUE(RunUntil([&] { return received.size() > before; }));
+    }
+    const Json arrived = Of("message", "receive");
+    ASSERT_THAT(arrived, SizeIs(2));
+    EXPECT_NE(FlowIn(arrived[0], "f"), FlowIn(arrived[1], "f"));
 }
 
 TEST_F(ATracedApplication, connects_a_launch_request_with_its_answer)
