@@ -122,9 +122,9 @@ public:
     {
         const std::lock_guard lock(mMutex);
         UniqueFd file(open(path.c_str(), O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-        struct stat info {
-        }, ours{};
+        struct stat info {};
         if (!file || fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+        struct stat ours {};
         const bool isOurs = mFile && fstat(mFile.Get(), &ours) == 0 && ours.st_dev == info.st_dev &&
                             ours.st_ino == info.st_ino;
         if (isOurs) return true;
