@@ -9,6 +9,7 @@
 #include "dates.h"
 #include "fonts.h"
 #include "icons.h"
+#include "ink.h"
 #include "painter.h"
 
 namespace Drawing {
@@ -88,6 +89,7 @@ void ShowIcon(Painter& painter, const Element& e, const Box& whole, const Box& p
     const double size = std::min(whole.height / 2, whole.width);
     if (size <= 0) return;
     const double x = place.x + (place.width - size) / 2, y = place.y + (place.height - size) / 2;
+    TellBox(painter, Ink::Kind::kIcon, {x, y, x + size, y + size});
     const Color color = e.PaintOr("icon-color", *e.Paint("color"));
     const auto paint = [&] {
         SetSource(painter.cr, {color.red, color.green, color.blue, 1});
@@ -113,12 +115,14 @@ void ShowIconAndText(Painter& painter, const Slot& slot, const Box& box)
     if (!text.empty()) ShowText(painter, slot.e, icon ? box.Lower() : box, text);
 }
 
-void Along(cairo_t* cr, const Box& box, double radius, double start, double sweep)
+void Along(const Painter& painter, const Box& box, double radius, double start, double sweep)
 {
+    cairo_t* cr = painter.cr;
     const auto along = sweep < 0 ? cairo_arc_negative : cairo_arc;
     cairo_new_sub_path(cr);
     along(cr, box.x + box.width / 2, box.y + box.height / 2, radius, CairoAngle(start),
           CairoAngle(start + sweep));
+    TellShape(painter, cairo_get_line_width(cr) / 2);
     cairo_stroke(cr);
 }
 
@@ -138,11 +142,11 @@ void ShowArc(Painter& painter, const Slot& slot, const Box& box)
     cairo_set_line_cap(painter.cr, e.Is("cap", "round") ? CAIRO_LINE_CAP_ROUND : CAIRO_LINE_CAP_BUTT);
     if (const auto track = e.Paint("track")) {
         SetSource(painter.cr, *track);
-        Along(painter.cr, box, radius, start, sweep);
+        Along(painter, box, radius, start, sweep);
     }
     if (slot.sample.share > 0) {
         SetSource(painter.cr, e.PaintOr("accent", *e.Paint("color")));
-        Along(painter.cr, box, radius, start, sweep * slot.sample.share);
+        Along(painter, box, radius, start, sweep * slot.sample.share);
     }
 }
 
@@ -167,11 +171,13 @@ void ShowCity(Painter& painter, const Slot& slot, const Box& box)
     ShowText(painter, slot.e, box.Lower(), TextOf(painter, slot));
 }
 
-void ShowDialHand(cairo_t* cr, const Box& box, double degrees, double length)
+void ShowDialHand(const Painter& painter, const Box& box, double degrees, double length)
 {
+    cairo_t* cr = painter.cr;
     const double x = box.x + box.width / 2, y = box.y + box.height / 2, angle = degrees * kDegree;
     cairo_move_to(cr, x, y);
     cairo_line_to(cr, x + length * std::sin(angle), y - length * std::cos(angle));
+    TellShape(painter, cairo_get_line_width(cr) / 2);
     cairo_stroke(cr);
 }
 
@@ -183,14 +189,14 @@ void ShowDial(Painter& painter, const Slot& slot, const Box& box)
     cairo_set_line_width(painter.cr, stroke);
     if (const auto track = e.Paint("track")) {
         SetSource(painter.cr, *track);
-        Along(painter.cr, box, radius, 0, 360);
+        Along(painter, box, radius, 0, 360);
     }
     const TimeOfDay time = ClockOf(painter, slot).time;
     cairo_set_line_cap(painter.cr, CAIRO_LINE_CAP_ROUND);
     SetSource(painter.cr, *e.Paint("color"));
-    ShowDialHand(painter.cr, box, 30 * time.hour + time.minute / 2.0, 0.5 * radius);
+    ShowDialHand(painter, box, 30 * time.hour + time.minute / 2.0, 0.5 * radius);
     SetSource(painter.cr, e.PaintOr("accent", *e.Paint("color")));
-    ShowDialHand(painter.cr, box, 6 * time.minute, 0.75 * radius);
+    ShowDialHand(painter, box, 6 * time.minute, 0.75 * radius);
 }
 
 // What a role needs of its source, and how it is painted.

@@ -10,7 +10,9 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -66,6 +68,25 @@ struct SvgResult {
     std::vector<Finding> warnings;  // as above
 };
 
+// What is inked, as it is told to an observer while it is painted. Lengths are canvas units.
+struct Point {
+    double x = 0, y = 0;
+};
+struct Area {
+    double left = 0, top = 0, right = 0, bottom = 0;
+};
+struct Ink {
+    enum class Kind { kShape, kText, kIcon };
+    Kind kind = Kind::kShape;
+    Finding element;            // where the element of the drawing begins (a hand, not its bar), and its name
+    std::optional<Area> place;  // the box of a complication
+    std::vector<Point> outline;  // flattened; of a line of text the corners of its ink, of an icon its square
+    double reach = 0;            // how far it is painted beyond that: half the width of a stroke
+    std::string text;            // of a line of text
+    double shrink = 1;           // of a line of text: what of its size is left of fitting it in
+};
+using Observer = std::function<void(const Ink&)>;
+
 class Renderer {
 public:
     Renderer();
@@ -73,7 +94,9 @@ public:
     Renderer(const Renderer&) = delete;
     Renderer& operator=(const Renderer&) = delete;
 
-    Result Draw(std::string_view document, const Settings& settings);
+    // The observer, where there is one, is told of all that is painted but images and shadows, in the order
+    // of painting.
+    Result Draw(std::string_view document, const Settings& settings, const Observer& observer = nullptr);
     // The same drawing as SVG, its size in pixels. Texts are outlines; soft shadows and images are pictures
     // in it.
     SvgResult ExportSvg(std::string_view document, const Settings& settings);

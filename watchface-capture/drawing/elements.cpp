@@ -42,7 +42,9 @@ void PaintChildren(Painter& painter, const Element& parent)
         if (node.type() != pugi::node_element || rule->element == DataUtil::Element::kStrings) continue;
         const auto kind = std::find_if(std::begin(kKinds), std::end(kKinds),
                                        [&](const Kind& k) { return k.element == rule->element; });
-        kind->paint(painter, Element(painter.tree, node, *rule, painter.warnings));
+        const Element element(painter.tree, node, *rule, painter.warnings);
+        painter.owner = &element;
+        kind->paint(painter, element);
         cairo_new_path(painter.cr);
     }
 }

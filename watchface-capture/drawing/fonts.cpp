@@ -94,6 +94,14 @@ TextStyle StyleOf(const Element& element, double defaultSize, std::string_view l
             element.Integer("weight"), element.Number("spacing"), std::string(language)};
 }
 
+Area InkOf(const TextLine& line)
+{
+    PangoRectangle ink;
+    pango_layout_line_get_extents(pango_layout_get_line_readonly(line.layout.get(), 0), &ink, nullptr);
+    const double unit = line.scale / PANGO_SCALE;
+    return {unit * ink.x, unit * ink.y, unit * (ink.x + ink.width), unit * (ink.y + ink.height)};
+}
+
 Fonts::Fonts() = default;
 Fonts::~Fonts() = default;
 

@@ -41,6 +41,9 @@ struct TextLine {
     std::string missing;  // characters that no font has, as "U+AC00 U+AC01"
 };
 
+// What the line inks when it begins at (0, 0), canvas units.
+Area InkOf(const TextLine& line);
+
 class Fonts {
 public:
     Fonts();

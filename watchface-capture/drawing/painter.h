@@ -65,6 +65,8 @@ struct Painter {
     int width, height;   // of the surface, pixels
     int layers = 0;      // open ones
     Budget budget;
+    const Observer& observer;
+    const Element* owner = nullptr;  // what is being painted of the drawing, be it in a layer
 };
 
 void SetSource(cairo_t* cr, const Color& color);

@@ -121,13 +121,14 @@ private:
 
 class Renderer::Impl {
 public:
-    SurfacePtr Draw(std::string_view document, const Settings& settings, std::vector<Finding>& warnings)
+    SurfacePtr Draw(std::string_view document, const Settings& settings, const Observer& observer,
+                    std::vector<Finding>& warnings)
     {
         const Page page(document, settings, warnings);
         SurfacePtr picture(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, page.width, page.height));
         const ContextPtr cr(cairo_create(picture.get()));
         VectorGroups none;
-        Paint(page, Medium::kPixels, cr.get(), none, settings, warnings);
+        Paint(page, Medium::kPixels, cr.get(), none, settings, observer, warnings);
         CutShape(cr.get(), page.root);
         cairo_surface_flush(picture.get());
         ExpectSuccess({cairo_status(cr.get()), cairo_surface_status(picture.get())});
@@ -146,7 +147,7 @@ public:
         TraceCanvas(cr.get(), page.root);
         cairo_clip(cr.get());
         cairo_identity_matrix(cr.get());
-        Paint(page, Medium::kVectors, cr.get(), groups, settings, warnings);
+        Paint(page, Medium::kVectors, cr.get(), groups, settings, nullptr, warnings);
         cairo_surface_finish(surface.get());
         ExpectSuccess({cairo_status(cr.get()), cairo_surface_status(surface.get())});
         return svg;
@@ -154,7 +155,7 @@ public:
 
 private:
     void Paint(const Page& page, Medium medium, cairo_t* cr, VectorGroups& groups, const Settings& settings,
-               std::vector<Finding>& warnings)
+               const Observer& observer, std::vector<Finding>& warnings)
     {
         std::vector<std::string> folders = settings.assetFolders;
         if (!settings.facesFolder.empty())
@@ -163,7 +164,7 @@ private:
         const Moment moment = mDates.At(settings.timezone, ParseTime(page.root.Text("preview-time")));
         Painter painter{cr,         medium,     *page.tree,  settings, page.texts, mFonts,
                         mDates,     images,     groups,      warnings, moment,     moment,
-                        page.scale, page.width, page.height, 0,        {}};
+                        page.scale, page.width, page.height, 0,        {},         observer};
         cairo_scale(cr, page.scale, page.scale);
         if (const auto background = page.root.Paint("background")) {
             SetSource(cr, *background);
@@ -197,10 +198,11 @@ Finding ErrorOf(const Draw& draw)
 Renderer::Renderer() : mImpl(std::make_unique<Impl>()) {}
 Renderer::~Renderer() = default;
 
-Result Renderer::Draw(std::string_view document, const Settings& settings)
+Result Renderer::Draw(std::string_view document, const Settings& settings, const Observer& observer)
 {
     Result result;
-    result.error = ErrorOf([&] { result.picture = mImpl->Draw(document, settings, result.warnings); });
+    result.error =
+        ErrorOf([&] { result.picture = mImpl->Draw(document, settings, observer, result.warnings); });
     return result;
 }
 

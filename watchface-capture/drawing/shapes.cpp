@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "gradients.h"
+#include "ink.h"
 #include "painter.h"
 
 namespace Drawing {
@@ -111,6 +112,7 @@ void Fill(Painter& painter, const Element& shape)
     } else {
         return;
     }
+    TellShape(painter, 0);
     cairo_fill_preserve(painter.cr);
 }
 
@@ -159,6 +161,7 @@ void PaintShape(Painter& painter, const Element& shape)
     if (stroke) {
         SetSource(painter.cr, *stroke);
         SetStroke(painter.cr, shape);
+        TellShape(painter, shape.Number("stroke-width") / 2);
         cairo_stroke(painter.cr);
     }
     cairo_new_path(painter.cr);

@@ -4,6 +4,7 @@
 
 #include "dates.h"
 #include "fonts.h"
+#include "ink.h"
 #include "painter.h"
 #include "texts.h"
 
@@ -47,7 +48,14 @@ void ShowLine(Painter& painter, const Element& element, const LinePlace& place, 
     const double shrink = place.maxWidth > 0 && line.width > place.maxWidth ? place.maxWidth / line.width : 1;
     cairo_scale(painter.cr, shrink, shrink);
     const double baseline = place.middle ? painter.fonts.DigitMiddle(style) : 0;
-    Fonts::Show(painter.cr, line, -place.anchor * line.width, baseline);
+    const double begin = -place.anchor * line.width;
+    if (painter.observer) {
+        const Area ink = InkOf(line);
+        TellBox(painter, Ink::Kind::kText,
+                {begin + ink.left, baseline + ink.top, begin + ink.right, baseline + ink.bottom}, text,
+                shrink);
+    }
+    Fonts::Show(painter.cr, line, begin, baseline);
     cairo_restore(painter.cr);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "ink.h"
 #include "painter.h"
 
 namespace Drawing {
@@ -65,6 +66,7 @@ void PaintTicks(Painter& painter, const Element& e)
         cairo_restore(painter.cr);
     }
     SetSource(painter.cr, *color);
+    TellShape(painter, 0);
     cairo_fill(painter.cr);
 }
 
