@@ -14,7 +14,7 @@ import unittest
 PREFIX = pathlib.Path(os.environ["WATCH_PREFIX"])
 sys.path.insert(0, os.environ["WATCH_EXAMPLES"])
 
-from peer import Peer, Refused  # noqa: E402
+from peer import Peer, Refused, port_name  # noqa: E402
 
 FACES = "com.corvane.watchface"
 SERVICE = ("com.corvane.watchface-service", "watchface-service::localport")
