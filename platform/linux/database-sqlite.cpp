@@ -20,6 +20,7 @@ namespace Platform {
 namespace {
 
 constexpr int kBusyMilliseconds = 2000;
+constexpr int kMostAttempts = 3;  // as it is, opened anew, begun anew
 constexpr auto kLockPause = std::chrono::milliseconds(2);
 
 bool IsDamage(int code)
@@ -46,6 +47,20 @@ bool MakeFile(const std::string& path, mode_t mode)
     const UniqueFd made(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     if (made) TakeRightsOf(FolderOf(path), made.Get(), mode);
     return made || errno == EEXIST;
+}
+
+// SQLite calls a file damaged also when the disk did not give it, which it may do the next time.
+bool CanBeRead(const std::string& path)
+{
+    const UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file) return errno == ENOENT;
+    char buffer[1 << 16];
+    for (off_t at = 0;;) {
+        const ssize_t size = pread(file.Get(), buffer, sizeof buffer, at);
+        if (size == 0) return true;
+        if (size < 0 && errno != EINTR) return false;
+        if (size > 0) at += size;
+    }
 }
 
 }  // namespace
@@ -133,10 +148,8 @@ bool Database::Open()
     std::filesystem::create_directories(FolderOf(mPath), error);
     const auto lock = LockOpening();
     int code = lock ? OpenOnce() : SQLITE_BUSY;
-    if (IsDamage(code)) {
-        SetAside(code);
-        code = OpenOnce();
-    }
+    if (IsDamage(code)) code = OpenOnce();
+    if (IsDamage(code) && SetAside(code)) code = OpenOnce();
     if (code != SQLITE_OK) PLATFORM_FAULT("could not open [%s]: %s", mPath.c_str(), sqlite3_errstr(code));
     return code == SQLITE_OK;
 }
@@ -147,7 +160,7 @@ void Database::Close()
     mDatabase.reset();
 }
 
-// A statement found the open file damaged.
+// A statement found the open file damaged, again after it was opened anew.
 void Database::FoundDamaged(int code)
 {
     const auto lock = LockOpening();
@@ -156,9 +169,11 @@ void Database::FoundDamaged(int code)
     if (lock && InodeOf(mPath) == mInode) SetAside(code);
 }
 
-// Only while LockOpening() is held.
-void Database::SetAside(int code)
+// Only while LockOpening() is held and the file is closed: whoever closes a file gives up the locks that its
+// process holds on it. Whether the file is out of the way; one that cannot be read stays.
+bool Database::SetAside(int code)
 {
+    if (!CanBeRead(mPath) || !CanBeRead(mPath + "-wal")) return false;
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     const auto stamp = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
     const std::string aside = mPath + ".damaged-" + std::to_string(stamp);
@@ -166,20 +181,21 @@ void Database::SetAside(int code)
         rename((mPath + suffix).c_str(), (aside + suffix).c_str());
     PLATFORM_FAULT("[%s] was damaged (%s); it is kept as [%s] and begun anew", mPath.c_str(),
                    sqlite3_errstr(code), aside.c_str());
+    return true;
 }
 
 int Database::Run(std::size_t statement, const Use& use)
 {
     assert(statement < mLayout.statements.size());
     int code = SQLITE_CANTOPEN;
-    for (int attempt = 0; attempt < 2; ++attempt) {
+    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
         if (!Open()) return SQLITE_CANTOPEN;
         sqlite3_stmt* raw = mStatements[statement].get();
         code = use(raw);
         sqlite3_reset(raw);
         sqlite3_clear_bindings(raw);
         if (!IsDamage(code)) break;
-        FoundDamaged(code);
+        attempt == 0 ? Close() : FoundDamaged(code);
     }
     const bool done = code == SQLITE_DONE || code == SQLITE_ROW;
     if (!done) PLATFORM_FAULT("[%s]: %s", mPath.c_str(), sqlite3_errstr(code));

@@ -1,8 +1,8 @@
 // One SQLite file that several programs of the watch share, in WAL mode.
 //
 // It is opened, and made, at first use, its folder too; the file's rights are those of its folder. Statements
-// are prepared once. A file that is damaged is set aside under an exclusive lock and begun anew, with one
-// line in the log; another failure is one line too.
+// are prepared once. A file that is damaged, although the disk gives all of it, is set aside under an
+// exclusive lock and begun anew, with one line in the log; another failure is one line too.
 
 #pragma once
 
@@ -53,7 +53,7 @@ private:
     std::optional<UniqueFd> LockOpening() const;
     void Close();
     void FoundDamaged(int code);
-    void SetAside(int code);
+    bool SetAside(int code);
 
     const std::string mPath;
     const unsigned mMode;

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,6 +13,30 @@
 #include <fstream>
 
 #include "private-bus.h"
+
+namespace {
+int gFailingReads = 0;  // of files, at a place of theirs, from now on
+
+ssize_t ReadAt(int fd, void* buffer, size_t size, off_t at)
+{
+    if (gFailingReads > 0) {
+        --gFailingReads;
+        errno = EIO;
+        return -1;
+    }
+    return syscall(SYS_pread64, fd, buffer, size, at);
+}
+}  // namespace
+
+// In place of the system's, for the libraries too.
+extern "C" ssize_t pread(int fd, void* buffer, size_t size, off_t at)
+{
+    return ReadAt(fd, buffer, size, at);
+}
+extern "C" ssize_t pread64(int fd, void* buffer, size_t size, off_t at)
+{
+    return ReadAt(fd, buffer, size, at);
+}
 
 namespace {
 
@@ -101,6 +126,20 @@ TEST_F(AValueStore, sets_a_damaged_file_aside_and_begins_anew)
     EXPECT_EQ(store.Set("key", true), 0);
     EXPECT_THAT(store.Get("key"), Optional(StoredValue(true)));
     EXPECT_EQ(SetAside(), 1);
+}
+
+// SQLite calls it damaged, too.
+TEST_F(AValueStore, keeps_a_file_that_the_disk_does_not_give_and_reads_it_when_it_does)
+{
+    ValueStore(Path(), 0600).Set("key", true);
+    for (const int failing : {1, 2, 3, 1'000'000}) {
+        ValueStore store(Path(), 0600);
+        gFailingReads = failing;
+        store.Get("key");
+        gFailingReads = 0;
+        EXPECT_THAT(store.Get("key"), Optional(StoredValue(true))) << failing;
+        EXPECT_EQ(SetAside(), 0) << failing;
+    }
 }
 
 // Programs that start together: each writes a key of its own. How many could not.
