@@ -35,6 +35,13 @@ bool IsDots(const char* name)
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
+// What is not there is nobody's fault.
+void LogUnlessMissing(const char* operation, const char* path)
+{
+    if (errno != ENOENT && errno != ENOTDIR)
+        PLATFORM_FAULT("could not %s [%s]: %s", operation, path, std::strerror(errno));
+}
+
 std::vector<std::string> NamesIn(DIR* dir)
 {
     std::vector<std::string> names;
@@ -116,9 +123,11 @@ UniqueFd OpenRegular(const std::string& path)
 {
     UniqueFd fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat info {};
-    if (!fd || fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kLongestFile)
+    if (!fd || fstat(fd.Get(), &info) != 0) {
+        LogUnlessMissing("open", path.c_str());
         return {};
-    return fd;
+    }
+    return S_ISREG(info.st_mode) && info.st_size <= kLongestFile ? std::move(fd) : UniqueFd();
 }
 
 }  // namespace
@@ -143,19 +152,28 @@ Eina_Bool ecore_file_recursive_rm(const char* path)
     const TraceSpan span("file", "remove folder", {"path", Shown(path)});
     const auto target =
         Platform::OpenWritable(path ? path : "", Platform::PathRule::kRecursive, "recursive removal");
-    return target && RemoveTree(target->parent.Get(), target->name, kDeepestRemoval);
+    if (!target) return 0;
+    if (RemoveTree(target->parent.Get(), target->name, kDeepestRemoval)) return 1;
+    LogUnlessMissing("remove", path);
+    return 0;
 }
 
 Eina_Bool ecore_file_remove(const char* path)
 {
     const TraceSpan span("file", "remove", {"path", Shown(path)});
     const auto target = Platform::OpenWritable(path ? path : "", Platform::PathRule::kPlain, "removal");
-    return target && unlinkat(target->parent.Get(), target->name.c_str(), 0) == 0;
+    if (!target) return 0;
+    if (unlinkat(target->parent.Get(), target->name.c_str(), 0) == 0) return 1;
+    LogUnlessMissing("remove", path);
+    return 0;
 }
 
 Eina_Bool ecore_file_exists(const char* path)
 {
-    return path && access(path, F_OK) == 0;
+    if (!path) return 0;
+    if (access(path, F_OK) == 0) return 1;
+    LogUnlessMissing("look for", path);
+    return 0;
 }
 
 Eina_Bool ecore_file_is_dir(const char* path)

@@ -184,7 +184,8 @@ int Process::Run(const service_app_lifecycle_callback_s& callbacks, void* userDa
     int code = TakeNames();
     if (code == 0) {
         sd_event_set_watchdog(MainLoop(), true);
-        sd_notify(0, "READY=1");
+        if (const int said = sd_notify(0, "READY=1"); said < 0)
+            PLATFORM_FAULT("could not say that it is ready: %s", std::strerror(-said));
         code = sd_event_loop(MainLoop());
         sd_notify(0, "STOPPING=1");
         GiveUpNames();
