@@ -1,5 +1,6 @@
 #include "raw-bus.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -285,6 +286,12 @@ RawBus::Message RawBus::Next()
         }
         if (message.replyTo != kNoSerial) return message;  // the driver may answer all the same
     }
+}
+
+bool RawBus::HasNext(std::chrono::milliseconds patience) const
+{
+    pollfd socket{mSocket.Get(), POLLIN, 0};
+    return !Unread().empty() || poll(&socket, 1, static_cast<int>(patience.count())) > 0;
 }
 
 RawBus::Message RawBus::ReplyTo(uint32_t call)

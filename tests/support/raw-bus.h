@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -82,6 +83,8 @@ public:
     };
     // The next one; throws when none comes within 20 s.
     Message Next();
+    // Whether there is something to read, or the end of the connection, within that time.
+    bool HasNext(std::chrono::milliseconds patience) const;
     // The reply to a call; what comes before is passed over.
     Message ReplyTo(uint32_t call);
 

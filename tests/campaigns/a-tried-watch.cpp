@@ -1,0 +1,564 @@
+#include "a-tried-watch.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "message-port-sdbus.h"
+
+namespace Campaign {
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using TestSupport::Clock;
+using TestSupport::Header;
+
+constexpr auto kPatience = 60s;  // longer than every wait of the service's own, one behind the other
+constexpr auto kLookAgain = 1ms;
+constexpr auto kReplyIsLost = 200ms;  // when the service rests and says nothing
+constexpr auto kWordIsLost = 1s;      // that it is ready
+constexpr const char* kAreas[] = {
+    "apps/com.corvane.watchface/shared/data",
+    "apps/com.corvane.watchface/shared/trusted",
+};
+constexpr char kUnfinished[] = ".watch-new-";
+constexpr const char* kStores[] = {"KEYS", "PREFERENCES"};
+
+struct Closer {
+    void operator()(sqlite3* database) const { sqlite3_close(database); }
+};
+using DatabasePtr = std::unique_ptr<sqlite3, Closer>;
+
+DatabasePtr OpenDatabase(const std::string& path, int flags)
+{
+    sqlite3* raw = nullptr;
+    sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
+    DatabasePtr database(raw);
+    sqlite3_busy_timeout(raw, 2000);
+    return database;
+}
+
+std::string Column(sqlite3_stmt* row, int column)
+{
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(row, column));
+    const void* bytes = sqlite3_column_blob(row, column);
+    return bytes ? std::string(static_cast<const char*>(bytes), size) : std::string();
+}
+
+}  // namespace
+
+std::vector<std::vector<std::string>> Query(const std::string& path, const char* sql)
+{
+    if (!fs::exists(path)) return {};
+    const DatabasePtr database = OpenDatabase(path, SQLITE_OPEN_READWRITE);
+    std::vector<std::vector<std::string>> rows;
+    sqlite3_stmt* raw = nullptr;
+    int code = sqlite3_prepare_v2(database.get(), sql, -1, &raw, nullptr);
+    while (code == SQLITE_OK || code == SQLITE_ROW) {
+        code = sqlite3_step(raw);
+        if (code != SQLITE_ROW) break;
+        auto& row = rows.emplace_back();
+        for (int i = 0; i < sqlite3_column_count(raw); ++i) row.push_back(Column(raw, i));
+    }
+    sqlite3_finalize(raw);
+    // No table yet: it was made and nothing written.
+    if (code != SQLITE_DONE && code != SQLITE_ERROR)
+        throw std::runtime_error(path + ": " + sqlite3_errstr(code));
+    return rows;
+}
+
+namespace {
+
+void WriteValue(const std::string& path, const std::string& key, const std::string& value)
+{
+    const DatabasePtr database = OpenDatabase(path, SQLITE_OPEN_READWRITE);
+    sqlite3_stmt* raw = nullptr;
+    sqlite3_prepare_v2(database.get(), "UPDATE value SET value = ?2 WHERE key = ?1", -1, &raw, nullptr);
+    sqlite3_bind_blob(raw, 1, key.data(), static_cast<int>(key.size()), SQLITE_STATIC);
+    sqlite3_bind_blob(raw, 2, value.data(), static_cast<int>(value.size()), SQLITE_STATIC);
+    const int code = sqlite3_step(raw);
+    sqlite3_finalize(raw);
+    if (code != SQLITE_DONE) throw std::runtime_error("a value could not be brought back");
+}
+
+void WriteFile(const std::string& path, const std::string& content)
+{
+    fs::create_directories(fs::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+Platform::UniqueFd ReadinessSocket(const std::string& path)
+{
+    sockaddr_un name{};
+    name.sun_family = AF_UNIX;
+    path.copy(name.sun_path, sizeof name.sun_path - 1);
+    Platform::UniqueFd socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (bind(socket.Get(), reinterpret_cast<sockaddr*>(&name), sizeof name) != 0)
+        throw std::runtime_error("no socket at " + path);
+    return socket;
+}
+
+// Whether READY=1 is among what has come.
+bool IsReadinessSaid(int socket)
+{
+    char text[256];
+    for (ssize_t size = 0; (size = recv(socket, text, sizeof text, MSG_DONTWAIT)) >= 0;) {
+        if (std::string_view(text, static_cast<std::size_t>(size)).find("READY=1") != std::string_view::npos)
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+TriedWatch::TriedWatch(const std::string& prefix)
+    : mFolder("/dev/shm"),
+      mRoot(mFolder.Path() + "/watch"),
+      mPrefix(prefix),
+      mShippedFaces(prefix + "/share/watch/com.corvane.watchface/shared/res/watchlist/")
+{
+    const std::string readiness = mFolder.Path() + "/readiness";
+    mReadiness = ReadinessSocket(readiness);
+    fs::create_directory(mRoot);
+    setenv("DBUS_SESSION_BUS_ADDRESS", mBus.Address().c_str(), 1);
+    setenv("WATCH_ROOT", mRoot.c_str(), 1);
+    setenv("NOTIFY_SOCKET", readiness.c_str(), 1);
+    setenv("LC_ALL", "en_GB", 1);
+    setenv("TZ", "UTC", 1);
+    for (const Identity& identity : {kManager, kEditor, kHome, kCapture, kBackupAgent}) {
+        auto bus = std::make_unique<RawBus>(mBus.Address());
+        bus->RequestName(Platform::PortBusName(identity.app, identity.port, true));
+        bus->ReplyTo(bus->Call(TestSupport::NameRequest(identity.app)));
+        mPeers[identity.app] = std::move(bus);
+    }
+    mKeyWatcher = std::make_unique<RawBus>(mBus.Address());
+    mKeyWatcher->AddMatch(std::string("type='signal',interface='") + Platform::kKeysInterface + "'");
+}
+
+std::size_t TriedWatch::LogSize() const
+{
+    return fs::file_size(mFolder.Path() + "/log");
+}
+
+std::string TriedWatch::LogFrom(std::size_t offset) const
+{
+    std::ifstream log(mFolder.Path() + "/log");
+    log.seekg(static_cast<std::streamoff>(offset));
+    return {std::istreambuf_iterator<char>(log), {}};
+}
+
+bool TriedWatch::Start(GatedProgram::Watcher watcher)
+{
+    mService.reset();
+    IsReadinessSaid(mReadiness.Get());
+    mService = std::make_unique<GatedProgram>(std::vector{mPrefix + "/libexec/watch/watchface-service"},
+                                              mFolder.Path() + "/log", std::move(watcher));
+    const auto begin = Clock::now();
+    while (Clock::now() < begin + kPatience) {
+        if (IsReadinessSaid(mReadiness.Get())) return true;
+        if (HasEnded()) return false;
+        // The word may have been lost to a fault.
+        if (mService->IsIdle() && Clock::now() > begin + kWordIsLost) return true;
+        pollfd socket{mReadiness.Get(), POLLIN, 0};
+        poll(&socket, 1, 1);
+    }
+    throw Hang("it does not become ready");
+}
+
+bool TriedWatch::HasEnded()
+{
+    return !mService || mService->Status().has_value();
+}
+
+bool TriedWatch::IsRunning()
+{
+    return !HasEnded();
+}
+
+void TriedWatch::Stop()
+{
+    if (!mService) return;
+    kill(mService->Pid(), SIGTERM);
+    if (!mService->WaitForEnd(kPatience)) throw Hang("it does not end");
+    mService.reset();
+}
+
+Answer TriedWatch::Ask(const Identity& peer, const Values& values)
+{
+    RawBus& bus = *mPeers.at(peer.app);
+    Answer answer = Answer::kNone;
+    const uint32_t call = bus.Call(ToService(peer, values));
+    const auto deadline = Clock::now() + kPatience;
+    auto lastWord = Clock::now();
+    while (Clock::now() < deadline) {
+        if (!bus.HasNext(kLookAgain)) {
+            // Its answer may have been lost to a fault of the bus.
+            if (HasEnded() || (mService->IsIdle() && Clock::now() - lastWord > kReplyIsLost)) return answer;
+            continue;
+        }
+        lastWord = Clock::now();
+        const RawBus::Message message = bus.Next();
+        if (message.type == Header::kCall) {
+            const auto status = message.Value("status");
+            if (status == "success") answer = Answer::kSuccess;
+            if (status == "fail") answer = Answer::kFailure;
+        }
+        if (message.replyTo == call) return answer;
+    }
+    throw Hang("a message is not dealt with");
+}
+
+void TriedWatch::Ping()
+{
+    static const std::string ping =
+        TestSupport::Layout({Header::kCall, kService, "/", "org.freedesktop.DBus.Peer", "Ping", ""}, {});
+    RawBus& bus = *mPeers.at(kManager.app);
+    const uint32_t call = bus.Call(ping);
+    const auto begin = Clock::now();
+    bool isAnswered = false;
+    while (!HasEnded() && Clock::now() < begin + kPatience) {
+        // Its answer may have been lost to a fault of the bus, too.
+        const bool isOver = isAnswered || Clock::now() > begin + kReplyIsLost;
+        if (isOver && mService->IsIdle()) return;
+        if (!isAnswered && bus.HasNext(kLookAgain)) isAnswered = bus.Next().replyTo == call;
+    }
+    if (!HasEnded()) throw Hang("it comes to no rest");
+}
+
+void TriedWatch::Settle()
+{
+    Ping();
+    DrainPeers();
+    if (!HasEnded()) Ping();
+}
+
+std::vector<std::string> TriedWatch::TakeAnnouncedKeys()
+{
+    std::vector<std::string> keys;
+    // What was routed before its answer has been announced before it.
+    const uint32_t call = mKeyWatcher->Call(TestSupport::DriverCall("GetId", "", {}));
+    for (;;) {
+        const RawBus::Message message = mKeyWatcher->Next();
+        if (message.replyTo == call) return keys;
+        if (message.type == Header::kSignal) keys.emplace_back(message.Text(0));
+    }
+}
+
+// The capture application says of each request that it is done.
+void TriedWatch::DrainPeers()
+{
+    for (auto& [app, bus] : mPeers) {
+        std::vector<std::string> requested;
+        while (bus->HasNext(0ms)) {
+            const RawBus::Message message = bus->Next();
+            if (message.type == Header::kCall) requested.emplace_back(message.Value("pkgName"));
+        }
+        if (app != kCapture.app) continue;
+        for (const std::string& face : requested) {
+            if (face.empty()) continue;
+            bus->Call(ToService(kCapture, {
+                                              {"type",  "watch-capture-finished"},
+                                              {"pkgid", face                    }
+            }));
+        }
+    }
+}
+
+std::string TriedWatch::Database(const std::string& store) const
+{
+    return mRoot + (store == "KEYS" ? "/common/keys.db" : "/apps/com.corvane.watchface-service/prefs.db");
+}
+
+State TriedWatch::Look() const
+{
+    State state;
+    for (const char* area : kAreas) {
+        const std::string folder = mRoot + "/" + area;
+        if (!fs::exists(folder)) continue;
+        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+            const std::string path = fs::path(entry).lexically_relative(mRoot);
+            if (fs::path(entry).filename().string().starts_with(kUnfinished)) continue;
+            if (entry.is_directory()) {
+                state[path + "/"];
+            } else {
+                state[path] = TestSupport::ReadFile(entry.path());
+            }
+        }
+    }
+    for (const std::string store : kStores) {
+        for (const auto& row : Query(Database(store), "SELECT key, value FROM value"))
+            state[store + ":" + row[0]] = row[1];
+    }
+    return state;
+}
+
+void TriedWatch::Restore(const State& state)
+{
+    const State now = Look();
+    if (now == state && Leftovers().empty()) return;
+    for (const char* area : kAreas) {
+        if (!fs::exists(mRoot + "/" + area)) continue;
+        for (const auto& entry : fs::directory_iterator(mRoot + "/" + area)) fs::remove_all(entry);
+    }
+    for (const auto& [path, content] : state) {
+        if (path.ends_with('/')) {
+            fs::create_directories(mRoot + "/" + path);
+            continue;
+        }
+        const auto colon = path.find(':');
+        if (colon == std::string::npos || path.starts_with("apps/")) {
+            WriteFile(mRoot + "/" + path, content);
+        } else if (const auto had = now.find(path); had == now.end() || had->second != content) {
+            WriteValue(Database(path.substr(0, colon)), path.substr(colon + 1), content);
+        }
+    }
+}
+
+std::vector<std::string> TriedWatch::Leftovers() const
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(mRoot)) {
+        if (fs::path(entry).filename().string().starts_with(kUnfinished)) names.push_back(entry.path());
+    }
+    return names;
+}
+
+bool TriedWatch::AreDatabasesWhole() const
+{
+    for (const std::string store : kStores) {
+        const std::string path = Database(store);
+        for (const auto& row : Query(path, "PRAGMA integrity_check")) {
+            if (row[0] != "ok") return false;
+        }
+        const fs::path folder = fs::path(path).parent_path();
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            if (entry.path().string().find(".damaged-") != std::string::npos) return false;
+        }
+    }
+    return true;
+}
+
+std::size_t TriedWatch::OpenFiles() const
+{
+    const fs::directory_iterator files("/proc/" + std::to_string(mService->Pid()) + "/fd");
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+bool TriedWatch::IsShipped(const std::string& path, const std::string& content) const
+{
+    const std::string faces = std::string(kAreas[0]) + "/watchlist/";
+    if (!path.starts_with(faces)) return false;
+    const std::string shipped = mShippedFaces + path.substr(faces.size());
+    return path.ends_with('/') ? fs::exists(shipped)
+                               : fs::is_regular_file(shipped) && TestSupport::ReadFile(shipped) == content;
+}
+
+std::string TriedWatch::ShippedDocument(const std::string& face) const
+{
+    return TestSupport::ReadFile(mShippedFaces + face + "/" + face + "_result.xml");
+}
+
+std::string TriedWatch::ShippedPreview(const std::string& face) const
+{
+    return mShippedFaces + face + "/" + face + ".png";
+}
+
+std::string TriedWatch::Picture(const std::string& name, const std::string& content)
+{
+    const std::string path = mFolder.Path() + "/pictures/" + name;
+    WriteFile(path, content);
+    return path;
+}
+
+namespace {
+
+std::string NumberedDocument(const TriedWatch& watch, int number)
+{
+    constexpr std::string_view kInscription = "AUTOMATIC";
+    std::string text = watch.ShippedDocument(kClassicFace);
+    char shown[16];
+    std::snprintf(shown, sizeof shown, "NO %06d", number);
+    return text.replace(text.find(kInscription), kInscription.size(), shown);
+}
+
+}  // namespace
+
+Answer InstallDigitalFace(TriedWatch& watch)
+{
+    const std::string document = watch.ShippedDocument(kDigitalFace);
+    const std::string preview = watch.ShippedPreview(kDigitalFace);
+    return watch.Ask(kManager, {
+                                   {"type",           "watch-setting-created"},
+                                   {"pkgid",          kDigitalFace           },
+                                   {"data/label",     "Mirel"                },
+                                   {"data/xml_data",  document               },
+                                   {"data/icon_path", preview                }
+    });
+}
+
+Answer UpdateTo(TriedWatch& watch, int number, const std::string& preview)
+{
+    const std::string document = NumberedDocument(watch, number);
+    return watch.Ask(kEditor, {
+                                  {"type",           "watch-setting-updated"},
+                                  {"pkgid",          kClassicFace           },
+                                  {"data/label",     "Mirel"                },
+                                  {"data/xml_data",  document               },
+                                  {"data/icon_path", preview                }
+    });
+}
+
+namespace {
+
+constexpr char kVariant[] = "watch-bg-gallery-u1";
+constexpr char kPending[] = "watch-bg-pending";
+
+Answer Update(TriedWatch& watch)
+{
+    return UpdateTo(watch, 2, watch.ShippedPreview(kDigitalFace));
+}
+
+Answer Delete(TriedWatch& watch)
+{
+    return watch.Ask(kManager, {
+                                   {"type",  "watch-setting-deleted"},
+                                   {"pkgid", kClassicFace           }
+    });
+}
+
+// Adds a picture and deletes another one, both held until they are saved. What an earlier one held is let go
+// of first, so that it begins like the first.
+Answer SaveBackgrounds(TriedWatch& watch)
+{
+    watch.Ask(kEditor, {
+                           {"type",    "watch-bg-save"},
+                           {"bg_type", kVariant       }
+    });
+    const std::string picture = watch.Picture("new.png", "a new picture");
+    const Answer added = watch.Ask(
+        kEditor,
+        {
+            {"type",    "watch-bg-add"},
+            {"bg_type", kVariant      },
+            {kPending,  "true"        },
+            {"bg_list", picture       }
+    });
+    const Answer deleted = watch.Ask(
+        kEditor,
+        {
+            {"type",    "watch-bg-del"},
+            {"bg_type", kVariant      },
+            {kPending,  "true"        },
+            {"bg_list", "old.png"     }
+    });
+    const Answer saved = watch.Ask(kEditor, {
+                                                {"type",    "watch-bg-save"},
+                                                {"bg_type", kVariant       }
+    });
+    const bool isDone = added == Answer::kSuccess && deleted == Answer::kSuccess && saved == Answer::kSuccess;
+    return isDone ? Answer::kSuccess : Answer::kFailure;
+}
+
+void GiveBack(TriedWatch& watch, Values item)
+{
+    item.emplace_back("operation", "corvane_cloud_restore");
+    watch.Ask(kBackupAgent, item);
+}
+
+// The gallery face, a picture in place of those that are there, and the current face.
+Answer Restore(TriedWatch& watch)
+{
+    const std::string picture = watch.Picture("new.png", "a new picture");
+    const std::string document = watch.ShippedDocument(kGalleryFace);
+    GiveBack(watch, {
+                        {"message", "restore_start"}
+    });
+    GiveBack(watch, {
+                        {"type",       "watch"     },
+                        {"pkgid",      kGalleryFace},
+                        {"result_xml", document    }
+    });
+    GiveBack(watch,
+             {
+                 {"type",      "image"  },
+                 {"file_name", "new.png"},
+                 {"file_path", picture  },
+                 {"bg_type",   kVariant }
+    });
+    GiveBack(watch, {
+                        {"type",  "watch-idle-changed"},
+                        {"pkgid", kGalleryFace        }
+    });
+    GiveBack(watch, {
+                        {"message", "restore_finished"}
+    });
+    return Answer::kNone;
+}
+
+Answer BackUp(TriedWatch& watch)
+{
+    return watch.Ask(kBackupAgent, {
+                                       {"operation", "corvane_cloud_backup"}
+    });
+}
+
+Answer ChangeCurrentFace(TriedWatch& watch)
+{
+    return watch.Ask(kHome, {
+                                {"type",  "watch-idle-changed"},
+                                {"pkgid", kDigitalFace        }
+    });
+}
+
+constexpr Operation kOperations[] = {
+    {"install",         InstallDigitalFace},
+    {"update",          Update            },
+    {"delete",          Delete            },
+    {"background save", SaveBackgrounds   },
+    {"restore",         Restore           },
+    {"backup",          BackUp            },
+    {"current face",    ChangeCurrentFace },
+};
+
+}  // namespace
+
+std::span<const Operation> Operations()
+{
+    return kOperations;
+}
+
+State FormerState(TriedWatch& watch)
+{
+    const auto require = [&watch](Answer answer) {
+        if (answer != Answer::kSuccess)
+            throw std::runtime_error("the watch does not work\n" + watch.LogFrom(0));
+    };
+    require(UpdateTo(watch, 1, watch.ShippedPreview(kClassicFace)));
+    const std::string picture = watch.Picture("old.png", "an old picture");
+    const Answer added =
+        watch.Ask(kEditor, {
+                               {"type",    "watch-bg-add"},
+                               {"bg_type", kVariant      },
+                               {"bg_list", picture       }
+    });
+    require(added);
+    watch.Ask(kEditor, {
+                           {"type",  "watch-idle-changed"},
+                           {"pkgid", kClassicFace        }
+    });
+    watch.Settle();
+    return watch.Look();
+}
+
+}  // namespace Campaign

@@ -1,0 +1,108 @@
+// A watch that faults are made on: a bus, a root in memory, the service behind a gate, and the peers that
+// have it do what it does. What it keeps can be looked at whole, and be brought back to what it was.
+
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "a-running-service.h"
+#include "gated-program.h"
+
+namespace Campaign {
+
+// What a watch keeps: files of the two areas by their path below the root, folders with a "/" at their end,
+// and values as "KEYS:key" or "PREFERENCES:key".
+using State = std::map<std::string, std::string>;
+
+// Something took longer than anything may.
+struct Hang : std::runtime_error {
+    using runtime_error::runtime_error;
+};
+
+enum class Answer { kNone, kSuccess, kFailure };
+
+class TriedWatch {
+public:
+    explicit TriedWatch(const std::string& prefix);
+
+    const std::string& Root() const { return mRoot; }
+    std::string Address() const { return mBus.Address(); }
+    // What all runs of the service have logged: its size now, and what came from there on.
+    std::size_t LogSize() const;
+    std::string LogFrom(std::size_t offset) const;
+
+    // Starts the service and waits until it is ready or has ended; whether it is ready. Throws Hang.
+    bool Start(GatedProgram::Watcher watcher = {});
+    bool IsRunning();
+    // Ends it as a device does.
+    void Stop();
+    GatedProgram& Service() { return *mService; }
+
+    // Sends a message as that peer, and waits until the service has dealt with it, its status answered or
+    // not, or has ended. Throws Hang.
+    Answer Ask(const Identity& peer, const Values& values);
+    // Waits until the service has nothing left to do, playing the capture application. Throws Hang.
+    void Settle();
+
+    // The platform keys whose change was announced since this was asked last.
+    std::vector<std::string> TakeAnnouncedKeys();
+
+    State Look() const;
+    // Brings back what was looked at; the service is to be settled. What lies in the folders beside it goes.
+    void Restore(const State& state);
+    // Files that were begun beside others and left.
+    std::vector<std::string> Leftovers() const;
+    // Whether SQLite finds the databases whole, and none was set aside.
+    bool AreDatabasesWhole() const;
+    std::size_t OpenFiles() const;  // of the service
+
+    // Whether this is a file of a face, or its folder, as it is shipped.
+    bool IsShipped(const std::string& path, const std::string& content) const;
+    std::string ShippedDocument(const std::string& face) const;
+    std::string ShippedPreview(const std::string& face) const;  // its path
+    // A picture of the user's outside the watch, with that content; its path.
+    std::string Picture(const std::string& name, const std::string& content);
+
+private:
+    void Ping();
+    bool HasEnded();
+    void DrainPeers();
+    std::string Database(const std::string& store) const;
+
+    TestSupport::PrivateBus mBus;
+    TestSupport::TemporaryFolder mFolder;
+    const std::string mRoot, mPrefix, mShippedFaces;
+    Platform::UniqueFd mReadiness;
+    std::map<std::string, std::unique_ptr<RawBus>> mPeers;  // by application
+    std::unique_ptr<RawBus> mKeyWatcher;
+    std::unique_ptr<GatedProgram> mService;
+};
+
+// What is done to the watch while faults are made. Each begins at what FormerState() gives.
+struct Operation {
+    const char* name;
+    Answer (*run)(TriedWatch&);
+};
+std::span<const Operation> Operations();
+
+// A watch in use: the classic face edited, its preview drawn, one picture in the gallery. The service runs.
+State FormerState(TriedWatch& watch);
+
+// The classic face edited anew; documents of different numbers differ, and so do the flat ones.
+Answer UpdateTo(TriedWatch& watch, int number, const std::string& preview);
+Answer InstallDigitalFace(TriedWatch& watch);
+
+// What a database gives; nothing when there is none. Throws when it is not sound.
+std::vector<std::vector<std::string>> Query(const std::string& path, const char* sql);
+
+inline constexpr char kClassicFace[] = "com.corvane.watchface-mirel-c1";
+inline constexpr char kDigitalFace[] = "com.corvane.watchface-mirel-e1";
+inline constexpr char kGalleryFace[] = "com.corvane.watchface-mirel-u1";
+
+}  // namespace Campaign

@@ -1,0 +1,224 @@
+// Kills the service at each of its system calls that reach a file, a database or the bus, in every operation,
+// and starts it again.
+//
+//     kills-campaign PREFIX [--kills N]
+//
+// N kills are spread over all calls (0: every one). What may not happen ends the campaign as failed: an
+// answered change that is lost, a file or value that is neither as before nor as after, a damaged database, a
+// service that does not start again or does not do the same operation then.
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+
+#include "a-tried-watch.h"
+
+namespace {
+
+using namespace Campaign;
+
+constexpr std::size_t kNever = SIZE_MAX;
+
+// Counts calls, and kills at one of them.
+struct Killer {
+    std::size_t at = kNever;
+    std::atomic<std::size_t> calls = 0;
+
+    int operator()(const PendingCall& call)
+    {
+        if (calls++ == at) kill(call.process, SIGKILL);
+        return 0;
+    }
+};
+
+class Campaigner {
+public:
+    explicit Campaigner(const std::string& prefix) : mWatch(prefix)
+    {
+        if (!mWatch.Start()) throw std::runtime_error("the service does not start");
+        mFormer = FormerState(mWatch);
+    }
+
+    // The number of an operation's calls when it goes well; the state afterwards is what it leads to.
+    std::size_t Rehearse(const Operation& operation)
+    {
+        mOperation = operation.name;
+        Renew();
+        const auto killer = Send(kNever);
+        operation.run(mWatch);
+        mWatch.Settle();
+        mLatter = mWatch.Look();
+        return killer->calls;
+    }
+
+    std::size_t RehearseStart()
+    {
+        mOperation = "start";
+        mWatch.Stop();
+        mWatch.Restore(mFormer);
+        mLatter = mFormer;
+        const auto killer = std::make_shared<Killer>();
+        mWatch.Start([killer](const PendingCall& call) { return (*killer)(call); });
+        mWatch.Settle();
+        return killer->calls;
+    }
+
+    void Kill(const Operation& operation, std::size_t at)
+    {
+        mAt = at;
+        Renew();
+        Send(at);
+        const Answer answer = operation.run(mWatch);
+        if (!mWatch.Service().WaitForEnd(std::chrono::milliseconds(20))) mWatch.Settle();
+        if (!mWatch.IsRunning()) ++mKills;
+        const std::vector<std::string> announced = mWatch.TakeAnnouncedKeys();
+        const State now = LookForDamage();
+        if (answer == Answer::kSuccess && now != mLatter) Violation("an answered change is lost");
+        for (const std::string& key : announced) {
+            const std::string name = "KEYS:" + key;
+            if (mLatter.contains(name) && now.at(name) != mLatter.at(name))
+                Violation("an announced key is lost: " + key);
+        }
+        if (!mWatch.IsRunning() && !mWatch.Start()) Violation("does not start again");
+        mWatch.Settle();
+        if (now != mLatter) {  // the same again, on what is there
+            operation.run(mWatch);
+            mWatch.Settle();
+            if (mWatch.Look() != mLatter && !IsBeyondRepeating(now)) Violation("is not done afterwards");
+        }
+    }
+
+    void KillStart(std::size_t at)
+    {
+        mAt = at;
+        if (mWatch.IsRunning()) mWatch.Stop();
+        const auto killer = std::make_shared<Killer>();
+        killer->at = at;
+        mWatch.Start([killer](const PendingCall& call) { return (*killer)(call); });
+        if (mWatch.IsRunning()) mWatch.Settle();
+        if (!mWatch.IsRunning()) ++mKills;
+        LookForDamage();
+        if (!mWatch.IsRunning() && !mWatch.Start()) Violation("does not start again");
+        mWatch.Settle();
+        if (mWatch.Look() != mFormer) Violation("something changed");
+    }
+
+    bool IsClean() const { return mViolations == 0; }
+    int Kills() const { return mKills; }  // those that met a running service
+    int Leftovers() const { return mLeftovers; }
+
+private:
+    void Renew()
+    {
+        mWatch.Stop();  // nothing is open, and nothing held, as when it was killed
+        mWatch.Restore(mFormer);
+        if (!mWatch.Start()) Violation("does not start");
+        mWatch.Settle();
+        mWatch.TakeAnnouncedKeys();
+    }
+
+    std::shared_ptr<Killer> Send(std::size_t at)
+    {
+        const auto killer = std::make_shared<Killer>();
+        killer->at = at;
+        mWatch.Service().Watch([killer](const PendingCall& call) { return (*killer)(call); });
+        return killer;
+    }
+
+    // A deletion that was begun and is asked for again fails when nothing is left of it; pictures that were
+    // held for a save are forgotten with the process.
+    bool IsBeyondRepeating(const State& now) const
+    {
+        return std::string_view(mOperation) == "background save" && !now.empty();
+    }
+
+    State LookForDamage()
+    {
+        State now;
+        try {
+            now = mWatch.Look();
+            if (!mWatch.AreDatabasesWhole()) Violation("a database is damaged or set aside");
+        } catch (const std::runtime_error& error) {
+            Violation(error.what());
+            return mFormer;
+        }
+        for (const auto& [path, content] : now) {
+            const auto is = [&](const State& state) {
+                const auto found = state.find(path);
+                return found != state.end() && found->second == content;
+            };
+            if (!is(mFormer) && !is(mLatter)) Violation("is neither as before nor as after: " + path);
+        }
+        for (const auto& [path, content] : mFormer) {
+            if (mLatter.contains(path) && !now.contains(path)) Violation("is lost: " + path);
+        }
+        mLeftovers += static_cast<int>(mWatch.Leftovers().size());
+        return now;
+    }
+
+    void Violation(const std::string& what)
+    {
+        ++mViolations;
+        std::printf("! %s, killed at call %zu: %s\n", mOperation, mAt, what.c_str());
+        std::fflush(stdout);
+    }
+
+    TriedWatch mWatch;
+    State mFormer, mLatter;
+    const char* mOperation = "";
+    std::size_t mAt = 0;
+    int mViolations = 0, mKills = 0, mLeftovers = 0;
+};
+
+// Runs `killAt` for `share` of the calls, evenly; 0: all.
+template <typename KillAt>
+void KillAtCalls(const char* name, std::size_t calls, std::size_t share, const KillAt& killAt)
+{
+    const std::size_t step = share ? std::max<std::size_t>(1, calls / share) : 1;
+    for (std::size_t at = 0; at < calls; at += step) killAt(at);
+    std::printf("%-16s %4zu calls\n", name, calls);
+    std::fflush(stdout);
+}
+
+int Run(const std::string& prefix, std::size_t most)
+{
+    const auto begin = TestSupport::Clock::now();
+    Campaigner campaigner(prefix);
+    const std::size_t share = most / (Operations().size() + 1);
+    for (const Operation& operation : Operations()) {
+        const std::size_t calls = campaigner.Rehearse(operation);
+        KillAtCalls(operation.name, calls, share, [&](std::size_t at) { campaigner.Kill(operation, at); });
+    }
+    const std::size_t calls = campaigner.RehearseStart();
+    KillAtCalls("start", calls, share, [&](std::size_t at) { campaigner.KillStart(at); });
+    const double seconds = TestSupport::Microseconds(TestSupport::Clock::now() - begin) / 1e6;
+    std::printf("%d kills in %.1f s, %.0f a second; %d unfinished files left\n", campaigner.Kills(), seconds,
+                campaigner.Kills() / seconds, campaigner.Leftovers());
+    return campaigner.IsClean() && campaigner.Kills() > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App parser("Kills a service of its own at its system calls.");
+    std::string prefix;
+    std::size_t kills = 60;
+    parser.add_option("prefix", prefix, "a build tree")->required();
+    parser.add_option("--kills", kills, "in all; 0: at every call")->capture_default_str();
+    CLI11_PARSE(parser, argc, argv);
+    if (!CanGatePrograms()) {
+        std::printf("left out: system calls cannot be watched here\n");
+        return kSkipped;
+    }
+    try {
+        return Run(prefix, kills);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "kills: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}

@@ -1,0 +1,308 @@
+// Records what the service does to its files while faces are edited, and cuts the power of a model of the
+// disk after each step.
+//
+//     power-cuts-campaign PREFIX [--rounds N] [--states N] [--databases N]
+//
+// N states are spread over all steps; of some of them the databases are opened by SQLite and read whole. What
+// may not happen ends the campaign as failed: an answered update or an announced key that is lost, a file
+// that was never written whole, a database that SQLite finds damaged.
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "a-tried-watch.h"
+#include "disk-model.h"
+
+namespace {
+
+using namespace Campaign;
+namespace fs = std::filesystem;
+
+constexpr char kUnfinished[] = ".watch-new-";
+constexpr char kFaceKey[] = "file/private/com.corvane.watchface/watchface_name";
+constexpr char kRequesterPreference[] = "wfs-pref-idle-change-request-from";
+constexpr char kKeys[] = "common/keys.db";
+constexpr char kPreferences[] = "apps/com.corvane.watchface-service/prefs.db";
+constexpr int kInstallEvery = 8;  // rounds
+constexpr int kRestartEvery = 50;
+constexpr int kPictures = 5;
+
+bool IsOfFaces(const std::string& path)
+{
+    return path.find("/shared/") != std::string::npos && path.find(kUnfinished) == std::string::npos;
+}
+
+bool IsOfDatabase(const std::string& path)
+{
+    return path.ends_with(".db") || path.ends_with(".db-wal");
+}
+
+// Round n makes the face "face-n" the current one, in the name of one of two peers by turns.
+const Identity& RequesterOf(int round)
+{
+    return round % 2 ? kHome : kEditor;
+}
+
+int RoundOf(const std::string& face)
+{
+    return face.starts_with("face-") ? std::atoi(face.c_str() + 5) : 0;
+}
+
+struct Recorded {
+    FileRecorder recorder;
+    std::map<std::size_t, int> rounds;  // by the event that each begins with
+};
+
+void Require(bool isDone)
+{
+    if (!isDone) throw std::runtime_error("the watch does not work");
+}
+
+void RunRound(TriedWatch& watch, int round)
+{
+    const std::string face = "face-" + std::to_string(round);
+    watch.Ask(RequesterOf(round), {
+                                      {"type",  "watch-idle-changed"},
+                                      {"pkgid", face                }
+    });
+    const std::string preview = watch.ShippedPreview(round % 2 ? kClassicFace : kDigitalFace);
+    Require(UpdateTo(watch, round, preview) == Answer::kSuccess);
+    if (round % kInstallEvery == 0) {
+        watch.Ask(kManager, {
+                                {"type",  "watch-setting-deleted"},
+                                {"pkgid", kDigitalFace           }
+        });
+        Require(InstallDigitalFace(watch) == Answer::kSuccess);
+    }
+    const std::string picture = watch.Picture("picture-" + std::to_string(round % kPictures) + ".png",
+                                              "picture of round " + std::to_string(round));
+    const Answer added = watch.Ask(
+        kEditor, {
+                     {"type",    "watch-bg-add"       },
+                     {"bg_type", "watch-bg-gallery-u1"},
+                     {"bg_list", picture              }
+    });
+    Require(added == Answer::kSuccess);
+    watch.Settle();
+}
+
+Recorded Record(const std::string& prefix, int rounds)
+{
+    TriedWatch watch(prefix);
+    Require(watch.Start());
+    FormerState(watch);
+    watch.Stop();
+    Recorded recorded{FileRecorder(watch.Root()), {}};
+    FileRecorder& recorder = recorded.recorder;
+    const auto record = [&recorder](const PendingCall& call) { return recorder(call); };
+    Require(watch.Start(record));
+    watch.Settle();
+    for (int round = 1; round <= rounds; ++round) {
+        recorded.rounds[recorder.Events().size()] = round;
+        RunRound(watch, round);
+        if (round % kRestartEvery == 0) {  // the databases are closed and opened, too
+            watch.Stop();
+            Require(watch.Start(record));
+            watch.Settle();
+        }
+    }
+    watch.Stop();
+    return recorded;
+}
+
+// What must be there, event after event.
+class Promises {
+public:
+    explicit Promises(const FileRecorder& recorder) : mContents(recorder.FirstContents())
+    {
+        for (const auto& [path, node] : recorder.FirstNames()) {
+            if (IsOfFaces(path) && mContents.contains(node)) mVersions[path] = {mContents.at(node)};
+        }
+    }
+
+    void Advance(const FileEvent& event)
+    {
+        switch (event.kind) {
+            case FileEvent::kWrite:
+                if (std::string& content = mContents[event.node]; content.size() == event.offset)
+                    content += event.bytes;  // faces' files are written from their beginning to their end
+                break;
+            case FileEvent::kName:
+                if (IsOfFaces(event.path) && mContents.contains(event.node))
+                    mVersions[event.path].push_back(mContents[event.node]);
+                break;
+            case FileEvent::kUnname:
+                mAnswered.erase(event.path);
+                break;
+            case FileEvent::kSaid:
+                if (event.bytes.find("success") != std::string::npos) Answered();
+                if (event.bytes.find(kFaceKey) != std::string::npos) mAnnounced = mRound;
+                break;
+            default:
+                break;
+        }
+    }
+
+    void Begin(int round) { mRound = round; }
+
+    // What is wrong with the files of faces; empty when nothing is.
+    std::string Fault(const DiskModel::Files& files) const
+    {
+        for (const auto& [path, least] : mAnswered) {
+            const auto file = files.find(path);
+            const auto& versions = mVersions.at(path);
+            const auto from = versions.begin() + static_cast<std::ptrdiff_t>(least);
+            if (file == files.end() || std::find(from, versions.end(), file->second) == versions.end())
+                return "an answered change is lost: " + path;
+        }
+        for (const auto& [path, content] : files) {
+            const auto versions = mVersions.find(path);
+            if (versions == mVersions.end()) continue;  // an empty folder, or no face's
+            if (std::ranges::find(versions->second, content) == versions->second.end())
+                return "a file is torn: " + path;
+        }
+        return {};
+    }
+
+    std::string FaultOfValues(const std::string& face, const std::string& requester) const
+    {
+        const int round = RoundOf(face);
+        if (round < mAnnounced || round > mRound) return "an announced key is lost: " + face;
+        const bool isOfOne = requester == RequesterOf(mAnnounced).app || requester == RequesterOf(mRound).app;
+        return mAnnounced > 0 && !isOfOne ? "a preference is lost: " + requester : std::string();
+    }
+
+private:
+    void Answered()
+    {
+        for (const auto& [path, versions] : mVersions) mAnswered[path] = versions.size() - 1;
+    }
+
+    std::map<Node, std::string> mContents;
+    std::map<std::string, std::vector<std::string>> mVersions;  // of each path, whole
+    std::map<std::string, std::size_t> mAnswered;               // the oldest version that may be there
+    int mAnnounced = 0, mRound = 0;
+};
+
+class Cutter {
+public:
+    Cutter(const Recorded& recorded, long states, long databases)
+        : mRecorded(recorded), mStates(states), mDatabases(databases)
+    {
+    }
+
+    bool Run()
+    {
+        DiskModel disk(mRecorded.recorder);
+        Promises promises(mRecorded.recorder);
+        const auto& events = mRecorded.recorder.Events();
+        const long count = static_cast<long>(events.size());
+        for (long i = 0; i < count; ++i) {
+            const auto round = mRecorded.rounds.find(static_cast<std::size_t>(i));
+            if (round != mRecorded.rounds.end()) promises.Begin(round->second);
+            disk.Advance(events[static_cast<std::size_t>(i)]);
+            promises.Advance(events[static_cast<std::size_t>(i)]);
+            // As many as there are to be up to here.
+            for (; mTried < mStates * (i + 1) / count; ++mTried) CutFiles(disk, promises, i);
+            for (; mOpened < mDatabases * (i + 1) / count; ++mOpened) CutDatabases(disk, promises, i);
+        }
+        return mFaults == 0;
+    }
+
+    long Leftovers() const { return mLeftovers; }
+
+private:
+    void CutFiles(const DiskModel& disk, const Promises& promises, long event)
+    {
+        const DiskModel::Files files = disk.CutPower(mRandom, IsOfFaces);
+        Note(promises.Fault(files), event);
+        mLeftovers += std::ranges::count_if(
+            files, [](const auto& file) { return file.first.find(kUnfinished) != std::string::npos; });
+    }
+
+    void CutDatabases(const DiskModel& disk, const Promises& promises, long event)
+    {
+        for (const auto& [path, content] : disk.CutPower(mRandom, IsOfDatabase)) {
+            const fs::path place = mFolder.Path() + "/" + path;
+            if (!IsOfDatabase(path)) continue;
+            fs::create_directories(place.parent_path());
+            std::ofstream(place, std::ios::binary) << content;
+        }
+        try {
+            Note(
+                promises.FaultOfValues(ValueOf(kKeys, kFaceKey), ValueOf(kPreferences, kRequesterPreference)),
+                event);
+        } catch (const std::runtime_error& error) {
+            Note(error.what(), event);
+        }
+        for (const auto& entry : fs::directory_iterator(mFolder.Path())) fs::remove_all(entry);
+    }
+
+    std::string ValueOf(const char* database, const std::string& key)
+    {
+        const std::string path = mFolder.Path() + "/" + database;
+        for (const auto& row : Query(path, "PRAGMA integrity_check")) {
+            if (row[0] != "ok") throw std::runtime_error(path + ": " + row[0]);
+        }
+        for (const auto& row : Query(path, "SELECT key, value FROM value")) {
+            if (row[0] == key) return row[1];
+        }
+        return {};
+    }
+
+    void Note(const std::string& fault, long event)
+    {
+        if (fault.empty()) return;
+        if (++mFaults <= 20) std::printf("! power cut after step %ld: %s\n", event, fault.c_str());
+    }
+
+    const Recorded& mRecorded;
+    const long mStates, mDatabases;
+    long mTried = 0, mOpened = 0, mFaults = 0, mLeftovers = 0;
+    std::mt19937 mRandom{20};
+    TestSupport::TemporaryFolder mFolder{"/dev/shm"};
+};
+
+int Run(const std::string& prefix, int rounds, long states, long databases)
+{
+    const Recorded recorded = Record(prefix, rounds);
+    const auto begin = TestSupport::Clock::now();
+    Cutter cutter(recorded, states, databases);
+    const bool isClean = cutter.Run();
+    const double seconds = TestSupport::Microseconds(TestSupport::Clock::now() - begin) / 1e6;
+    std::printf(
+        "%d rounds of %zu steps: %ld states, of %ld the databases opened, in %.1f s; "
+        "an unfinished file in %ld states\n",
+        rounds, recorded.recorder.Events().size(), states, databases, seconds, cutter.Leftovers());
+    return isClean ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App parser("Cuts the power of a modelled disk under a service of its own.");
+    std::string prefix;
+    int rounds = 10;
+    long states = 5000, databases = 500;
+    parser.add_option("prefix", prefix, "a build tree")->required();
+    parser.add_option("--rounds", rounds, "of edits that are recorded")->capture_default_str();
+    parser.add_option("--states", states, "of the disk that are looked at")->capture_default_str();
+    parser.add_option("--databases", databases, "more, whose databases are opened")->capture_default_str();
+    CLI11_PARSE(parser, argc, argv);
+    if (!CanGatePrograms()) {
+        std::printf("left out: system calls cannot be watched here\n");
+        return kSkipped;
+    }
+    try {
+        return Run(prefix, rounds, states, databases);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "power-cuts: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}
