@@ -3,9 +3,10 @@
 import shutil
 import unittest
 
-from watch import C1, SERVICE, WatchTest
+from watch import C1, CAPTURE, SERVICE, WatchTest
 
 DONE = "wfs/pref/initial_preview_update_done"
+DRAWN = "update preview done!!"
 
 
 class AStart(WatchTest):
@@ -18,7 +19,7 @@ class AFirstStartInAnotherLanguage(AStart):
 
     def test_draws_every_face_of_the_product_once_in_that_language(self):
         names = self.shipped()
-        self.wait_for_log("update preview done!!")
+        self.wait_for_log(DRAWN)
         self.assertIn("set preview update!! initial language[ko_KR] country[ko_KR] 24 hour mode[0]", self.log())
         self.assertTrue(self.is_initial_capture_done())
         for name in names:
@@ -27,6 +28,12 @@ class AFirstStartInAnotherLanguage(AStart):
                 self.assertEqual(preview, self.drawing(name, "ko_KR", 12))
                 self.assertNotEqual(preview, self.ro(name, name + ".png").read_bytes())
         self.assert_captured(names)
+
+    def test_draws_them_in_one_pass_and_one_run_of_the_capture_application(self):
+        self.wait_for_log(DRAWN)
+        self.assertEqual(sorted(self.captured()), self.shipped())
+        self.assertEqual(self.log().count(DRAWN), 1)
+        self.assertEqual(self.starts_of(CAPTURE[0]), 1)
 
     def test_is_followed_by_others_that_draw_nothing(self):
         names = self.shipped()

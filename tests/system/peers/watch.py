@@ -120,6 +120,10 @@ class WatchTest(unittest.TestCase):
     def wait_for_log(self, text, count=1):
         wait_for(lambda: self.log().count(text) >= count)
 
+    def starts_of(self, app):
+        """How often the bus has started the application."""
+        return self.log().count("Successfully activated service '%s'" % app)
+
     def captured(self):
         """The faces whose captures were finished, in order."""
         return re.findall(r"messageType = \[watch-capture-finished\], watch_name = \[(.*)\]", self.log())
