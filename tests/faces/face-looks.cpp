@@ -7,6 +7,7 @@
 #include <iterator>
 #include <map>
 #include <regex>
+#include <string_view>
 
 #include "covering-array.h"
 #include "face-document.h"
@@ -18,7 +19,17 @@ namespace {
 
 constexpr std::array<const char*, 5> kLanguages = {"en_GB", "de_DE", "ko_KR", "ja_JP", "ar_EG"};
 const std::regex kColor("#[0-9A-F]+");
-constexpr int kSize = 90;  // pixels; what is told of the drawing does not depend on them
+
+struct Mode {
+    bool hours24;
+    const char* name;
+    const char* widest;  // a time of as many digits as there can be
+};
+constexpr Mode kModes[] = {
+    {false, "12 hours", "12:58:48"},
+    {true,  "24 hours", "22:58:48"},
+};
+constexpr int kSize = 36;  // pixels; what is told of the drawing does not depend on them
 
 std::string Read(const fs::path& path)
 {
@@ -109,23 +120,32 @@ private:
             DataUtil::ParseFace(DataUtil::WithSelection(mText, look.selection));
         const std::string flat = DataUtil::Flatten(*parsed.document);
         if (!mSeen.insert(flat).second) return;  // the options that differ are hidden
+        const std::string named = mName + " with " + (look.name.empty() ? "its defaults" : look.name);
         for (const char* language : kLanguages) {
-            for (const bool hours24 : {false, true}) CheckDrawing(look, flat, language, hours24);
+            for (const Mode& mode : kModes) {
+                Drawing::Settings settings;
+                settings.language = language;
+                settings.hours24 = mode.hours24;
+                const std::string where = named + ", " + language + ", " + mode.name;
+                CheckDrawing(where, flat, settings);
+                CheckDrawing(where + " at " + mode.widest, At(flat, mode.widest), settings);
+            }
         }
     }
 
-    void CheckDrawing(const Look& look, const std::string& flat, const char* language, bool hours24)
+    static std::string At(std::string flat, const std::string& time)
     {
-        Drawing::Settings settings;
-        settings.language = language;
-        settings.hours24 = hours24;
+        constexpr std::string_view kAttribute = "preview-time=\"";
+        return flat.replace(flat.find(kAttribute) + kAttribute.size(), time.size(), time);
+    }
+
+    void CheckDrawing(const std::string& where, const std::string& flat, Drawing::Settings settings)
+    {
         settings.size = kSize;
         settings.assetFolders = {mFolder.string()};
         std::vector<Drawing::Ink> inks;
         const Drawing::Result result =
             mRenderer.Draw(flat, settings, [&](const Drawing::Ink& ink) { inks.push_back(ink); });
-        const std::string where = mName + " with " + (look.name.empty() ? "its defaults" : look.name) + ", " +
-                                  language + ", " + (hours24 ? "24" : "12") + " hours";
         if (!result.picture) Add(where, flat, result.error, "");
         for (const Drawing::Finding& warning : result.warnings) Add(where, flat, warning, "");
         for (const Fault& fault : FaultsOf(inks, mCanvas)) Add(where, flat, fault.element, ": " + fault.what);
