@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -101,6 +102,11 @@ std::string Now()
 
 }  // namespace
 
+bool IsGalleryFace(const BackupItem& item)
+{
+    return item.IsFace() && item.name.ends_with("-u1");
+}
+
 bool IsTaken(const BackupItem& item, const std::string& bytes)
 {
     if (item.IsFace())
@@ -164,21 +170,26 @@ BackupManifest BackupWriter::Finish(const std::string& current)
     return mManifest;
 }
 
-Backup::Backup(std::string folder, const std::function<void(std::size_t)>& onItem)
+Backup::Backup(std::string folder, const std::function<void(std::size_t, std::size_t)>& onItem)
     : mFolder(std::move(folder))
 {
     const UniqueFd file(
         open((mFolder + kManifestName).c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
     if (!file) throw Stop(Exit::kNotFound, "[" + mFolder + "] is no backup: it has no manifest.json");
     mManifest = ParseManifest(ReadAll(file, kMostManifestBytes, "the manifest"));
-    for (std::size_t i = 0; i < mManifest.items.size(); ++i) {
-        const BackupItem& item = mManifest.items[i];
+    const std::vector<BackupItem>& items = mManifest.items;
+    if (!std::ranges::all_of(items, &BackupItem::IsFace) && std::ranges::none_of(items, IsGalleryFace))
+        Refuse(
+            "[" + mFolder +
+            "] has pictures, but not the face that they belong to (u1), without which no watch takes them");
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const BackupItem& item = items[i];
         if (!IsTaken(item, Read(item)))
             Refuse(item.Title() +
                    (item.IsFace()
                         ? " is a document that no watch takes; type: wfctl validate '" + PathOf(item) + "'"
                         : " is neither a PNG nor a JPEG"));
-        if (onItem) onItem(i + 1);
+        if (onItem) onItem(i + 1, items.size());
     }
 }
 

@@ -13,6 +13,9 @@
 
 namespace Wfctl {
 
+// Whether the service makes room for the pictures of a backup once it has this face; of any family.
+bool IsGalleryFace(const BackupItem& item);
+
 // Whether a watch takes these bytes as the item.
 bool IsTaken(const BackupItem& item, const std::string& bytes);
 
@@ -44,8 +47,9 @@ private:
 class Backup {
 public:
     // Stops with Exit::kNotFound when there is none, with Exit::kError and the item's name when one is
-    // damaged, missing or no face or picture. `onItem` is told how many are checked.
-    Backup(std::string folder, const std::function<void(std::size_t)>& onItem = {});
+    // damaged, missing or no face or picture, or when there are pictures without the face that they belong
+    // to. `onItem` is told how many are checked, and of how many.
+    explicit Backup(std::string folder, const std::function<void(std::size_t, std::size_t)>& onItem = {});
 
     const BackupManifest& Manifest() const { return mManifest; }
     std::string PathOf(const BackupItem& item) const { return mFolder + "/" + item.file; }

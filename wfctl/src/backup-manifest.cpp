@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kFormat = 1;
 constexpr std::size_t kMostItems = 10'000;
+constexpr int kMostDepth = 4;                // the text of a name in base64
 constexpr std::size_t kMostNameBytes = 255;  // of a file
 
 [[noreturn]] void Refuse(const std::string& what)
@@ -40,13 +41,21 @@ std::string TextUnder(const Json& object, const char* key)
     return object[key].get<std::string>();
 }
 
+// Of a watch face or a picture; it becomes a file's on the watch.
+bool IsTakenAsName(const std::string& name)
+{
+    constexpr std::string_view kNowhereInNames{"/\0", 2};
+    return !name.empty() && name.size() <= kMostNameBytes && name != "." && name != ".." &&
+           name.find_first_of(kNowhereInNames) == std::string::npos;
+}
+
 std::string BgTypeUnder(const Json& object)
 {
     const std::string kind = TextUnder(object, "kind");
     if (kind == "face") return "";
     const std::string type = kind == "picture" ? TextUnder(object, "type") : "";
     if (type != kGalleryPictures && type != kThemePictures)
-        Refuse("the manifest is damaged: nobody knows the kind [" + kind + "] [" + type + "]");
+        Refuse("the manifest is damaged: nobody knows the kind " + JsonLine(kind) + " " + JsonLine(type));
     return type;
 }
 
@@ -56,9 +65,7 @@ BackupItem ItemOf(const Json& object)
         Refuse("the manifest is damaged: an item has no \"name\"");
     BackupItem item{BytesOf(object["name"]), BgTypeUnder(object), TextUnder(object, "file"), 0,
                     TextUnder(object, "sha256")};
-    if (item.name.empty() || item.name.size() > kMostNameBytes || item.name == "." || item.name == ".." ||
-        item.name.find('/') != std::string::npos || item.name.find('\0') != std::string::npos)
-        Refuse(item.Title() + " has a name that no watch takes");
+    if (!IsTakenAsName(item.name)) Refuse(item.Title() + " has a name that no watch takes");
     const std::string_view folder = FolderOf(item);
     if (!item.file.starts_with(folder) || !IsPlainName(std::string_view(item.file).substr(folder.size())))
         Refuse(item.Title() + " has a file that is not below " + std::string(folder));
@@ -88,15 +95,21 @@ std::string BackupItem::Title() const
 
 BackupManifest ParseManifest(const std::string& text)
 {
-    const Json json = Json::parse(text, nullptr, false);
-    if (!json.is_object() || !json.contains("format"))
+    // A value within values without end would take more stack than there is.
+    const auto isNotDeeper = [](int depth, Json::parse_event_t, Json&) { return depth <= kMostDepth; };
+    const Json json = Json::parse(text, isNotDeeper, false);
+    if (!json.is_object() || !json.contains("format") || !json["format"].is_number())
         Refuse("the manifest is damaged: it is no JSON of a backup");
     if (json["format"] != kFormat)
         Refuse("the manifest has format " + json["format"].dump() + ", and this program knows format " +
                std::to_string(kFormat) + " only");
     BackupManifest manifest;
     if (json.contains("made") && json["made"].is_string()) manifest.made = json["made"];
-    if (json.contains("current")) manifest.current = BytesOf(json["current"]);
+    if (json.contains("current")) {
+        manifest.current = BytesOf(json["current"]);
+        if (!IsTakenAsName(manifest.current))
+            Refuse("the manifest is damaged: the current face has a name that no watch takes");
+    }
     if (!json.contains("items") || !json["items"].is_array() || json["items"].size() > kMostItems)
         Refuse("the manifest is damaged: it has no items, or more than " + std::to_string(kMostItems));
     std::set<std::pair<std::string, std::string>> names;

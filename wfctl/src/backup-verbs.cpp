@@ -7,6 +7,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "application-table.h"
@@ -37,6 +38,7 @@ constexpr int kMostBeginnings = 5;  // with a service that ends in the middle
 struct BackupArguments {
     std::string folder;
     bool yes = false;
+    bool isCheck = false;
 };
 
 // Where the pictures of a kind lie, with "/" at the end.
@@ -72,8 +74,16 @@ std::string Counted(std::size_t count, const std::string& one, const std::string
     return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
-// --- backup
-// ---------------------------------------------------------------------------------------------------
+// "2 faces and 1 picture", without what there is none of.
+std::string CountedItems(std::size_t faces, std::size_t pictures)
+{
+    const std::string face = Counted(faces, "face", "faces");
+    const std::string picture = Counted(pictures, "picture", "pictures");
+    if (faces == 0 || pictures == 0) return faces == 0 ? picture : face;
+    return face + " and " + picture;
+}
+
+// Backup
 
 // What the conversation does not carry and a backup cannot hold.
 std::vector<std::string> NotCarried()
@@ -193,7 +203,7 @@ void PrintSummary(const Options& options, const char* what, const BackupManifest
     const auto faces = static_cast<std::size_t>(std::ranges::count_if(manifest.items, &BackupItem::IsFace));
     PrintLine(std::string(what) + " " + Counted(faces, "face", "faces") + " and " +
               Counted(manifest.items.size() - faces, "picture", "pictures") +
-              (manifest.current.empty() ? "" : "; the current face is " + manifest.current));
+              (manifest.current.empty() ? "" : "; the current face is " + Quoted(manifest.current)));
 }
 
 Exit BackUp(const Options& options, const BackupArguments& arguments)
@@ -224,42 +234,52 @@ Exit BackUp(const Options& options, const BackupArguments& arguments)
     return Exit::kDone;
 }
 
-// --- restore
-// --------------------------------------------------------------------------------------------------
+// Restore
 
-// Whether the service makes room for the pictures of the backup once it has this face; of any family.
-bool IsGalleryFace(const BackupItem& item)
-{
-    return item.IsFace() && item.name.ends_with("-u1");
-}
+// The faces and pictures of this watch that the backup has otherwise, and the pictures that it has not.
+struct Lost {
+    std::vector<std::string> faces, pictures;  // by name, by path
+};
 
-// The pictures of this watch that the backup has not, or has otherwise.
-std::vector<std::string> LostPictures(const Backup& backup)
+Lost LostTo(const Backup& backup)
 {
-    std::vector<std::string> lost;
+    Lost lost;
+    const std::vector<BackupItem>& items = backup.Manifest().items;
+    for (const BackupItem& item : items) {
+        const Face face = WritableFace(item.name);
+        if (item.IsFace() && IsFile(face.ResultXml()) && ReadNamedFile(face.ResultXml()) != backup.Read(item))
+            lost.faces.push_back(item.name);
+    }
+    if (std::ranges::none_of(items, IsGalleryFace)) return lost;
     for (const char* bgType : {kThemePictures, kGalleryPictures}) {
         for (const auto& [name, path] : PicturesOf(bgType)) {
             const auto isIt = [&, &name = name](const BackupItem& item) {
                 return item.bgType == bgType && item.name == name;
             };
-            const auto& items = backup.Manifest().items;
             const auto item = std::ranges::find_if(items, isIt);
-            if (item == items.end() || backup.Read(*item) != ReadNamedFile(path)) lost.push_back(path);
+            if (item == items.end() || backup.Read(*item) != ReadNamedFile(path))
+                lost.pictures.push_back(path);
         }
     }
     return lost;
 }
 
-void AskForConsent(const std::vector<std::string>& lost, const BackupArguments& arguments)
+std::string RestoreCommand(const Options& options, const BackupArguments& arguments)
 {
-    if (lost.empty() || arguments.yes) return;
-    std::string text = Counted(lost.size(), "picture of this watch", "pictures of this watch") +
-                       " will be replaced by those of the backup:\n";
-    for (const std::string& path : lost) text += "  " + path + "\n";
-    if (!isatty(STDIN_FILENO)) {
-        throw Stop(Exit::kUsage,
-                   text + "nothing was changed; type: wfctl restore --yes " + ShellQuoted(arguments.folder));
-    }
+    return "wfctl restore --yes " +
+           (options.root.empty() ? "" : "--root " + ShellQuoted(options.root) + " ") +
+           ShellQuoted(arguments.folder);
+}
+
+void AskForConsent(const Lost& lost, const Options& options, const BackupArguments& arguments)
+{
+    if ((lost.faces.empty() && lost.pictures.empty()) || arguments.yes) return;
+    std::string text = CountedItems(lost.faces.size(), lost.pictures.size()) +
+                       " of this watch will be replaced by what the backup holds:\n";
+    for (const auto* names : {&lost.faces, &lost.pictures})
+        for (const std::string& name : *names) text += "  " + Quoted(name) + "\n";
+    if (!isatty(STDIN_FILENO))
+        throw Stop(Exit::kUsage, text + "nothing was changed; type: " + RestoreCommand(options, arguments));
     std::cerr << text << "Go on? [y/N] " << std::flush;
     std::string answer;
     std::getline(std::cin, answer);
@@ -368,8 +388,10 @@ void RunToTheEnd(Restoring& restoring, std::size_t count)
             if (restoring.Run()) return;
         }
     } catch (const Stop& stop) {
-        throw Stop(stop.Status(), std::string(stop.what()) + "; " + std::to_string(restoring.Given()) +
-                                      " of " + Counted(count, "item is", "items are") +
+        const bool isInterrupted = stop.Status() == Exit::kInterrupted;
+        throw Stop(stop.Status(), (isInterrupted ? "interrupted" : stop.what()) + std::string("; ") +
+                                      std::to_string(restoring.Given()) + " of " +
+                                      Counted(count, "item is", "items are") +
                                       " on the watch, each of them whole; restore once more for all");
     }
     throw Stop(Exit::kError,
@@ -379,18 +401,22 @@ void RunToTheEnd(Restoring& restoring, std::size_t count)
 
 Exit Restore(const Options& options, const BackupArguments& arguments)
 {
-    const Backup backup(arguments.folder);
+    std::optional<Progress> checking;
+    const Backup backup(arguments.folder, [&](std::size_t checked, std::size_t all) {
+        if (!checking) checking.emplace("checking", all);
+        checking->Show(checked);
+    });
+    checking.reset();
     const BackupManifest& manifest = backup.Manifest();
+    if (arguments.isCheck) {
+        PrintSummary(options, "whole:", manifest, arguments.folder, {});
+        return Exit::kDone;
+    }
     if (manifest.items.empty() && manifest.current.empty())
         throw Stop(Exit::kNothingToDo,
                    "[" + arguments.folder + "] is the backup of a watch that nobody had changed");
-    const bool hasPictures = !std::ranges::all_of(manifest.items, &BackupItem::IsFace);
-    if (hasPictures && std::ranges::none_of(manifest.items, IsGalleryFace))
-        throw Stop(Exit::kError, "[" + arguments.folder +
-                                     "] has pictures, but not the face that they belong to (u1), "
-                                     "without which the service takes none");
     SelectWatch(options.root);
-    if (std::ranges::any_of(manifest.items, IsGalleryFace)) AskForConsent(LostPictures(backup), arguments);
+    AskForConsent(LostTo(backup), options, arguments);
     Connection connection;
     RequireService(connection);
     BackupAgent agent(connection);
@@ -420,7 +446,9 @@ Action DefineRestore(CLI::App& parser)
 {
     const auto arguments = std::make_shared<BackupArguments>();
     parser.add_option("DIR", arguments->folder, "the folder of a backup")->required();
-    parser.add_flag("--yes", arguments->yes, "replace the pictures of this watch without asking");
+    parser.add_flag("--yes", arguments->yes, "replace faces and pictures of this watch without asking");
+    parser.add_flag("--check", arguments->isCheck,
+                    "only look whether the backup is whole; no watch is needed");
     return [arguments](const Options& options) { return Restore(options, *arguments); };
 }
 

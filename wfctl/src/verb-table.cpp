@@ -65,7 +65,7 @@ constexpr Verb kVerbs[] = {
     {"backup", "DIR",
      "back up edited faces, pictures and the current face into a new folder",
      "wfctl backup my-watch", DefineBackup},
-    {"restore", "DIR [--yes]",
+    {"restore", "DIR [--yes] [--check]",
      "give this watch what a backup holds, and compare it afterwards",
      "wfctl restore my-watch", DefineRestore},
     {"world-clock show", "FACE GROUP [--as APP] [--timeout S]",

@@ -22,12 +22,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kFace[] = "com.example.face";
+constexpr char kFace[] = "com.example.face-u1";
 constexpr char kPng[] = "\x89PNG\r\n\x1a\n and so on";
 
 std::string FaceXml()
 {
-    return R"(<face-result format="1" id="com.example.face" version="1" width="360" height="360" shape="round"
+    return R"(<face-result format="1" id="com.example.face-u1" version="1" width="360" height="360" shape="round"
  default-language="en" preview-time="10:08:36" title-key="t">
 <strings language="en"><string key="t">T</string></strings>
 <scene><circle cx="1" cy="1" r="1" fill="#FFFFFF"/></scene></face-result>)";
@@ -50,9 +50,9 @@ End EndOf(const Work& work)
 }
 
 constexpr char kManifest[] = R"({
- "format": 1, "made": "2026-11-21T07:00:00Z", "current": "com.example.face",
+ "format": 1, "made": "2026-11-21T07:00:00Z", "current": "com.example.face-u1",
  "items": [
-  {"kind": "face", "name": "com.example.face", "file": "faces/com.example.face.xml", "size": 292, "sha256": "63bb"},
+  {"kind": "face", "name": "com.example.face-u1", "file": "faces/com.example.face-u1.xml", "size": 292, "sha256": "63bb"},
   {"kind": "picture", "type": "watch-bg-gallery-u1", "name": "a.png", "file": "pictures/u1/a.png", "size": 18,
    "sha256": "e103"}]})";
 
@@ -94,6 +94,17 @@ protected:
     static void Put(const std::string& path, const std::string& bytes)
     {
         std::ofstream(path, std::ios::binary) << bytes;
+    }
+
+    // Another file of an item, of which the manifest knows.
+    void PutAsListed(std::size_t index, const std::string& bytes) const
+    {
+        BackupManifest manifest = ParseManifest(Contents(File("manifest.json")));
+        BackupItem& item = manifest.items.at(index);
+        Put(File(item.file), bytes);
+        item.size = bytes.size();
+        item.sha256 = Sha256(bytes);
+        Put(File("manifest.json"), ManifestText(manifest));
     }
 
     End Check() const
@@ -165,10 +176,11 @@ TEST_F(ABackup, that_is_begun_again_holds_only_what_came_then)
     BackupWriter writer(Folder());
     writer.Add(kFace, "", FaceXml());
     writer.Clear();
+    writer.Add("com.example.other-u1", "", FaceXml());
     writer.Add("a.png", kThemePictures, kPng);
     writer.Finish("");
-    EXPECT_THAT(Backup(Folder()).Manifest().items, SizeIs(1));
-    EXPECT_TRUE(fs::is_empty(File("faces")));
+    EXPECT_THAT(Backup(Folder()).Manifest().items, SizeIs(2));
+    EXPECT_FALSE(fs::exists(File("faces/com.example.face-u1.xml")));
 }
 
 TEST_F(ABackup, keeps_names_that_no_disk_and_no_json_takes)
@@ -176,15 +188,16 @@ TEST_F(ABackup, keeps_names_that_no_disk_and_no_json_takes)
     const std::string odd = "\xff\nodd";
     {
         BackupWriter writer(Folder());
+        EXPECT_TRUE(writer.Add(kFace, "", FaceXml()));
         EXPECT_TRUE(writer.Add(odd, kGalleryPictures, kPng));
-        EXPECT_TRUE(writer.Add("item 1", kGalleryPictures, kPng));
+        EXPECT_TRUE(writer.Add("item 2", kGalleryPictures, kPng));
         writer.Finish("");
     }
     const Backup backup(Folder());
-    ASSERT_THAT(backup.Manifest().items, SizeIs(2));
-    EXPECT_EQ(backup.Manifest().items[0].name, odd);
-    EXPECT_EQ(backup.Manifest().items[0].file, "pictures/u1/item 1");
-    EXPECT_EQ(backup.Manifest().items[1].name, "item 1");
+    ASSERT_THAT(backup.Manifest().items, SizeIs(3));
+    EXPECT_EQ(backup.Manifest().items[1].name, odd);
+    EXPECT_EQ(backup.Manifest().items[1].file, "pictures/u1/item 2");
+    EXPECT_EQ(backup.Manifest().items[2].name, "item 2");
 }
 
 TEST_F(ABackup, takes_nothing_that_a_watch_would_not_take_back)
@@ -251,20 +264,64 @@ TEST_F(ABackup, with_a_pipe_in_the_place_of_a_file_is_refused_at_once)
 TEST_F(ABackup, with_a_face_that_no_watch_takes_is_refused)
 {
     Write();
-    const std::string other = "<no-face/>";
-    Put(File("faces/com.example.face.xml"), other);
-    BackupManifest manifest = ParseManifest(Contents(File("manifest.json")));
-    manifest.items[0].size = other.size();
-    manifest.items[0].sha256 = Sha256(other);
-    Put(File("manifest.json"), ManifestText(manifest));
-    EXPECT_THAT(Check().text, HasSubstr("the face \"com.example.face\" is a document that no watch takes"));
+    PutAsListed(0, "<no-face/>");
+    EXPECT_THAT(Check().text,
+                HasSubstr("the face \"com.example.face-u1\" is a document that no watch takes"));
+}
+
+TEST_F(ABackup, with_a_picture_of_another_kind_is_refused)
+{
+    Write();
+    PutAsListed(1, "GIF89a");
+    EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is neither a PNG nor a JPEG"));
+}
+
+TEST_F(ABackup, with_a_picture_larger_than_a_watch_copies_is_refused)
+{
+    Write();
+    fs::resize_file(File("pictures/u1/a.png"), (32U << 20) + 1);
+    EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is too large"));
+}
+
+TEST_F(ABackup, with_a_face_larger_than_a_document_may_be_is_refused)
+{
+    Write();
+    fs::resize_file(File("faces/com.example.face-u1.xml"), (1U << 20) + 1);
+    EXPECT_THAT(Check().text, HasSubstr("the face \"com.example.face-u1\" is too large"));
+}
+
+TEST_F(ABackup, with_a_manifest_of_more_than_4_MiB_is_refused)
+{
+    Write();
+    fs::resize_file(File("manifest.json"), (4U << 20) + 1);
+    EXPECT_THAT(Check().text, HasSubstr("the manifest is too large"));
+}
+
+TEST_F(ABackup, with_more_items_than_it_may_have_is_refused)
+{
+    std::string items = "1";
+    for (int i = 0; i < 10'000; ++i) items += ",1";
+    EXPECT_THAT(EndOf([&] { ParseManifest(R"({"format": 1, "items": [)" + items + "]}"); }).text,
+                HasSubstr("more than 10000"));
+}
+
+TEST_F(ABackup, with_pictures_but_without_the_face_they_belong_to_is_refused)
+{
+    {
+        BackupWriter writer(Folder());
+        EXPECT_TRUE(writer.Add("com.example.other", "", FaceXml()));
+        EXPECT_TRUE(writer.Add("a.png", kThemePictures, kPng));
+        writer.Finish("");
+    }
+    EXPECT_THAT(Check().text, HasSubstr("not the face that they belong to"));
 }
 
 TEST_F(ABackup, whose_manifest_leads_out_of_it_is_refused)
 {
     for (const char* file : {"../a.png", "/etc/passwd", "faces/../../a.png", "faces/.hidden", "manifest.json",
                              "faces/", "faces/a/b", "pictures/u1/../../faces/x"}) {
-        EXPECT_THAT(ComplaintWith("faces/com.example.face.xml", file), HasSubstr("not below faces/")) << file;
+        EXPECT_THAT(ComplaintWith("faces/com.example.face-u1.xml", file), HasSubstr("not below faces/"))
+            << file;
     }
 }
 
@@ -278,6 +335,27 @@ TEST_F(ABackup, whose_manifest_names_what_no_watch_can_hold_is_refused)
 TEST_F(ABackup, of_another_format_is_refused_by_its_number)
 {
     EXPECT_THAT(ComplaintWith("\"format\": 1", "\"format\": 2"), HasSubstr("has format 2"));
+}
+
+TEST_F(ABackup, whose_current_face_is_no_name_is_refused)
+{
+    EXPECT_THAT(ComplaintWith("\"current\": \"com.example.face-u1\"", "\"current\": \"../x\""),
+                HasSubstr("the current face has a name that no watch takes"));
+}
+
+TEST_F(ABackup, that_is_nested_without_end_is_refused)
+{
+    constexpr std::size_t kDepth = 1'000'000;
+    const std::string nest = std::string(kDepth, '[') + std::string(kDepth, ']');
+    EXPECT_THAT(ComplaintWith("\"format\": 1", "\"format\": " + nest), HasSubstr("no JSON of a backup"));
+    EXPECT_THAT(ComplaintWith("\"name\": \"a.png\"", "\"name\": " + nest),
+                HasSubstr("neither a text nor base64"));
+}
+
+TEST_F(ABackup, cannot_write_to_the_terminal_by_its_texts)
+{
+    EXPECT_THAT(ComplaintWith("\"kind\": \"face\"", "\"kind\": \"\\u001b[2J\""), HasSubstr("\\u001b[2J"));
+    EXPECT_THAT(ComplaintWith("\"a.png\"", "\"\\u001b/\""), HasSubstr("\\u001b/"));
 }
 
 TEST_F(ABackup, with_a_damaged_manifest_is_refused)
