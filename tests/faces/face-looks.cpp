@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <regex>
 #include <string_view>
 
@@ -69,6 +68,7 @@ std::vector<Look> LooksOf(const DataUtil::FaceDocument& document)
 {
     const std::vector<Factor> factors = FactorsOf(document);
     std::vector<std::size_t> sizes;
+    sizes.reserve(factors.size());
     for (const Factor& factor : factors) sizes.push_back(factor.values.size());
     std::vector<Look> looks(1);
     for (const auto& row :
