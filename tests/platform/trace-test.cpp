@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -487,7 +488,10 @@ TEST_F(ATracedApplication, tells_file_operations_by_their_paths)
     stream.Close();
     CommonUtilFile::Copy(InArea("a"), InArea("b"));
     ReadWholeFile(InArea("b"));
-    for (Eina_List* list = ecore_file_ls(InArea("").c_str()); list;) list = eina_list_remove_list(list, list);
+    for (Eina_List* list = ecore_file_ls(InArea("").c_str()); list;) {
+        free(list->data);
+        list = eina_list_remove_list(list, list);
+    }
     ecore_file_remove(InArea("b").c_str());
     ecore_file_mkpath(InArea("c").c_str());
     ecore_file_recursive_rm(InArea("c").c_str());
