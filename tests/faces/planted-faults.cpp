@@ -126,6 +126,15 @@ TEST_F(ARoundDrawing, may_have_turned_numerals_close_to_their_ticks)
     EXPECT_THAT(Faults(numerals(43)), Not(IsEmpty()));
 }
 
+TEST_F(ARoundDrawing, may_have_a_text_in_the_angle_beside_a_turned_one)
+{
+    const std::string turned =
+        R"(<numerals cx="50" cy="50" r="30" turn="radial" size="9" color="#FFFFFF" labels="- VIII - - - - - -"/>)";
+    EXPECT_THAT(Faults(turned + Text("1", 65, 35, R"(size="6")")), IsEmpty());
+    EXPECT_THAT(Faults(Text("1", 65, 35, R"(size="6")") + turned), IsEmpty());
+    EXPECT_THAT(Faults(turned + Text("1", 68, 31, R"(size="6")")), SizeIs(1));
+}
+
 TEST_F(ARoundDrawing, has_a_fault_in_a_complication_beyond_its_box)
 {
     EXPECT_THAT(Faults(Slot("text", R"(x="20" y="40" width="60" height="20" size="18")")), IsEmpty());
