@@ -13,7 +13,7 @@ DEPENDS = "cairo cli11 expat fontconfig icu jpeg libpng nettle nlohmann-json pan
 
 PACKAGECONFIG ??= ""
 PACKAGECONFIG[tests] = "-DWATCH_TESTS=ON,-DWATCH_TESTS=OFF,googletest"
-PACKAGECONFIG[bench] = "-DWATCH_BENCH=ON,-DWATCH_BENCH=OFF,google-benchmark"
+PACKAGECONFIG[bench] = "-DWATCH_BENCH=ON,-DWATCH_BENCH=OFF"
 PACKAGECONFIG[fuzz] = "-DWATCH_FUZZ=ON,-DWATCH_FUZZ=OFF"
 PACKAGECONFIG[werror] = "-DWATCH_WERROR=ON,-DWATCH_WERROR=OFF"
 # Where the machine that builds has the watch's fonts.
