@@ -153,6 +153,7 @@ public:
     // The calls of an operation that goes well, and the state after it.
     std::vector<const SystemCall*> Rehearse(const Operation& operation)
     {
+        RunWhole(operation);  // what an operation before it left to be done is done
         mWatch.Restore(mFormer);
         const auto counter = std::make_shared<Saboteur>();
         mWatch.Service().Watch([counter](const PendingCall& call) { return (*counter)(call); });

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 #include "a-tried-watch.h"
 #include "disk-model.h"
@@ -133,11 +134,14 @@ public:
                     content += event.bytes;  // faces' files are written from their beginning to their end
                 break;
             case FileEvent::kName:
-                if (IsOfFaces(event.path) && mContents.contains(event.node))
+                if (IsOfFaces(event.path) && mContents.contains(event.node)) {
                     mVersions[event.path].push_back(mContents[event.node]);
+                    mRemoved.erase(event.path);
+                }
                 break;
             case FileEvent::kUnname:
                 mAnswered.erase(event.path);
+                mRemoved.insert(event.path);
                 break;
             case FileEvent::kSaid:
                 if (event.bytes.find("success") != std::string::npos) Answered();
@@ -180,12 +184,15 @@ public:
 private:
     void Answered()
     {
-        for (const auto& [path, versions] : mVersions) mAnswered[path] = versions.size() - 1;
+        for (const auto& [path, versions] : mVersions) {
+            if (!mRemoved.contains(path)) mAnswered[path] = versions.size() - 1;
+        }
     }
 
     std::map<Node, std::string> mContents;
     std::map<std::string, std::vector<std::string>> mVersions;  // of each path, whole
     std::map<std::string, std::size_t> mAnswered;               // the oldest version that may be there
+    std::set<std::string> mRemoved;
     int mAnnounced = 0, mRound = 0;
 };
 
