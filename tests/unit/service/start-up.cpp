@@ -5,11 +5,9 @@
 
 using MemoryPlatform::Failure;
 using MemoryPlatform::StoreValue;
-using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::EndsWith;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
 using testing::Not;
