@@ -101,6 +101,13 @@ class ADevice(unittest.TestCase):
         self.wfctl("pref", "set", SERVICE, "a", "b", user="watchface")
         self.assertEqual({user for user in applications().values() if self.may(user, "-r", path)}, {"watchface"})
 
+    def test_keeps_durations_of_its_applications_apart(self):
+        home, editor = "com.corvane.w-home", "com.corvane.watchface-editor"
+        self.wfctl("evaluate", "save", C1, "350", "--as", home, user="watch-home")
+        self.wfctl("evaluate", "save", C1, "1", "--as", home, user="watch-editor", status=4)
+        self.assertEqual(self.wfctl("evaluate", "load", C1, "--as", home, user="watch-home"), "350\n")
+        self.wfctl("evaluate", "load", C1, "--as", editor, user="watch-editor", status=10)
+
     def test_lets_no_user_in_who_is_not_of_the_watch(self):
         for path in ("apps", "common", "keys.db", FACES + "data"):
             self.assertFalse(self.may("nobody", "-r", path), path)
