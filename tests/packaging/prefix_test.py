@@ -31,12 +31,19 @@ share/watch/schema/watchface.rng
 """.split()
 
 
+def pages(wfctl, folder):
+    """The tool's manual pages and completions, as they lie below a prefix."""
+    run(wfctl, "manual", "--into", folder)
+    files = [str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file()]
+    return ["share/" + file + (".gz" if file.startswith("man/") and shutil.which("gzip") else "") for file in files]
+
+
 class APrefix(unittest.TestCase):
     def test_has_exactly_what_is_meant_to_be_installed(self):
         faces = PREFIX / "share/watch/com.corvane.watchface/shared/res/watchlist"
         installed = sorted(str(path.relative_to(PREFIX)) for path in PREFIX.rglob("*")
                            if path.is_file() and faces not in path.parents)
-        self.assertEqual(installed, sorted(FILES))
+        self.assertEqual(installed, sorted(FILES + pages(PREFIX / "bin/wfctl", temporary_folder(self))))
 
     def test_has_every_face_with_its_documents_and_preview(self):
         faces = list((PREFIX / "share/watch/com.corvane.watchface/shared/res/watchlist").iterdir())

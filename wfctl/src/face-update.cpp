@@ -9,6 +9,8 @@
 
 #include "area-copy.h"
 #include "areas.h"
+#include "arguments.h"
+#include "documents.h"
 #include "event-loop-sdevent.h"
 #include "exit-status.h"
 #include "private-watch.h"
@@ -109,6 +111,19 @@ bool IsNotOlder(const std::string& path, const std::string& than)
     const bool sameSecond = one.st_mtim.tv_sec == other.st_mtim.tv_sec;
     return sameSecond ? one.st_mtim.tv_nsec >= other.st_mtim.tv_nsec
                       : one.st_mtim.tv_sec > other.st_mtim.tv_sec;
+}
+
+FaceUpdate SameAgain(const Face& face, Seconds timeout)
+{
+    std::error_code error;
+    if (!std::filesystem::exists(face.ResultXml(), error)) {
+        throw Stop(Exit::kError, "[" + face.name +
+                                     "] has no result XML, so the service is not asked to draw it; "
+                                     "type: wfctl render " +
+                                     face.name);
+    }
+    const std::string xml = ReadNamedFile(face.ResultXml());
+    return {kUpdated, face.name, xml, FactsOf(xml).title, "", true, timeout};
 }
 
 FaceUpdater::FaceUpdater(Connection& connection, const std::string& as)

@@ -25,6 +25,10 @@ struct FaceUpdate {
     Seconds timeout{kPatience};  // for the answer, and for the preview
 };
 
+// The face's own document, stored once more: after that the service has the preview drawn again. Stops with
+// Exit::kError when the face has no result XML.
+FaceUpdate SameAgain(const Face& face, Seconds timeout);
+
 // Is the application while it lives; one face after the other.
 class FaceUpdater {
 public:

@@ -33,27 +33,14 @@ std::vector<Face> FindAll(const std::vector<std::string>& names)
     return faces;
 }
 
-// The face's own document, stored once more: after that the service has the preview drawn again.
-FaceUpdate SameAgain(const Face& face, double timeout)
-{
-    std::error_code error;
-    if (!std::filesystem::exists(face.ResultXml(), error)) {
-        throw Stop(Exit::kError, "[" + face.name +
-                                     "] has no result XML, so the service is not asked to draw it; "
-                                     "type: wfctl render " +
-                                     face.name);
-    }
-    const std::string xml = ReadNamedFile(face.ResultXml());
-    return {kUpdated, face.name, xml, FactsOf(xml).title, "", true, Seconds(timeout)};
-}
-
 Exit Request(const Options& options, const PreviewArguments& arguments)
 {
     SelectWatch(options.root);
     Connection connection;
     RequireService(connection);
     std::vector<FaceUpdate> updates;
-    for (const Face& face : FindAll(arguments.faces)) updates.push_back(SameAgain(face, arguments.timeout));
+    for (const Face& face : FindAll(arguments.faces))
+        updates.push_back(SameAgain(face, Seconds(arguments.timeout)));
     FaceUpdater updater(connection, arguments.as);
     Json previews = Json::array();
     const Progress progress("drawing", updates.size(), !options.json);

@@ -5,12 +5,14 @@
 #include <memory>
 #include <sstream>
 
+#include "arguments.h"
 #include "documents.h"
 #include "drawing-program.h"
 #include "exit-status.h"
 #include "faces.h"
 #include "json-text.h"
 #include "locales-icu.h"
+#include "picture-output.h"
 #include "png-file.h"
 #include "private-watch.h"
 #include "progress.h"
@@ -32,7 +34,8 @@ struct SheetArguments {
     std::string out, languages, hours;
     std::size_t columns = 0;
     int size = 0;
-    bool IsMatrix() const { return !languages.empty() || !hours.empty(); }
+    bool isMatrix = false;  // in all languages and hour modes, where none are said
+    bool IsMatrix() const { return isMatrix || !languages.empty() || !hours.empty(); }
 };
 
 struct SheetFace {
@@ -76,6 +79,23 @@ Looks ChosenLooks(const SheetArguments& arguments)
     }
     if (looks.hours24.empty()) looks.hours24 = {watch.is24Hours};
     return looks;
+}
+
+// Those that any of the documents has texts in.
+std::string LanguagesOf(const std::vector<std::string>& names)
+{
+    std::vector<std::string> languages;
+    for (const std::string& name : names) {
+        const std::string file = IsFileName(name) ? name : RequireFace(name).ResultXml();
+        std::error_code error;
+        if (!fs::exists(file, error)) continue;
+        for (const std::string& language : FactsOf(ReadNamedFile(file)).languages) {
+            if (std::ranges::find(languages, language) == languages.end()) languages.push_back(language);
+        }
+    }
+    std::string text;
+    for (const std::string& language : languages) text += (text.empty() ? "" : ",") + language;
+    return text;
 }
 
 std::vector<std::string> NamesOrAll(const std::vector<std::string>& names)
@@ -284,6 +304,7 @@ Exit Sheet(const Options& options, const SheetArguments& arguments)
             {sheet, look, arguments.out}
     })[0])
         throw Stop(Exit::kError, "the sheet [" + arguments.out + "] could not be drawn");
+    if (!options.json) ShowPicture(arguments.out);
     PrintLine(options.json ? JsonLine(SheetJson(arguments.out, size, plan.cells, good)) : arguments.out);
     const auto missing = std::count(good.begin(), good.end(), false);
     if (missing == 0) return Exit::kDone;
@@ -291,7 +312,55 @@ Exit Sheet(const Options& options, const SheetArguments& arguments)
                                  " previews could not be drawn and are blank on the sheet");
 }
 
+// A face's preview as the watch has it.
+Exit ShowPreviews(const Options& options, const SheetArguments& arguments)
+{
+    SelectWatch(options.root);
+    Json previews = Json::array();
+    for (const std::string& name : NamesOrAll(arguments.faces)) {
+        const Face face = RequireFace(name);
+        if (LookAtPng(face.Preview()).kind == PictureKind::kNone)
+            throw Stop(Exit::kNotFound,
+                       "[" + face.name + "] has no preview; type: wfctl preview request " + face.name);
+        previews.push_back(BytesToJson(face.Preview()));
+        if (options.json) continue;
+        ShowPicture(face.Preview());
+        PrintLine(face.Preview());
+    }
+    if (options.json) PrintLine(JsonLine(previews));
+    return Exit::kDone;
+}
+
+// A sheet of named faces; without -o for the terminal alone.
+Exit PreviewMatrix(const Options& options, SheetArguments arguments)
+{
+    if (arguments.faces.empty()) throw Stop(Exit::kUsage, "which watch face? type: wfctl preview --help");
+    SelectWatch(options.root);
+    if (arguments.languages.empty()) arguments.languages = LanguagesOf(arguments.faces);
+    if (arguments.hours.empty()) arguments.hours = "12,24";
+    if (!arguments.out.empty()) return Sheet(options, arguments);
+    throw Stop(Exit::kUsage, "where to? say -o OUT.png");
+}
+
 }  // namespace
+
+Action DefinePreview(CLI::App& parser)
+{
+    const auto arguments = std::make_shared<SheetArguments>();
+    parser.add_option("FACE", arguments->faces, "the watch faces; with --matrix files, too (default: all)");
+    auto* matrix = parser.add_flag("--matrix", arguments->isMatrix,
+                                   "draw them over languages and hour modes, on one sheet");
+    const auto forMatrix = [&](CLI::Option* option, const char* type) {
+        option->type_name(type)->needs(matrix);
+    };
+    forMatrix(parser.add_option("-o", arguments->out, "the sheet"), "OUT.png");
+    forMatrix(parser.add_option("--language", arguments->languages, "(default: those of the documents)"),
+              "L,L…");
+    forMatrix(parser.add_option("--hours", arguments->hours, "(default: 12,24)"), "12,24");
+    return [arguments](const Options& options) {
+        return arguments->isMatrix ? PreviewMatrix(options, *arguments) : ShowPreviews(options, *arguments);
+    };
+}
 
 Action DefineSheet(CLI::App& parser)
 {

@@ -63,6 +63,20 @@ void CheckWritten(int code, const std::string& what, const std::string& key)
     }
 }
 
+// With the nearest of those that there are.
+[[noreturn]] void StopAtUnknown(ValueStore& store, const std::string& what, const std::string& key,
+                                const std::string& list)
+{
+    const auto stored = store.List();
+    std::vector<std::string_view> names;
+    names.reserve(stored.size());
+    for (const auto& [name, value] : stored) names.push_back(name);
+    const std::string_view nearest = DataUtil::NearestName(key, names);
+    throw Stop(Exit::kNotFound, "there is no " + what + " [" + key + "]; " +
+                                    (nearest.empty() ? "" : "did you mean " + std::string(nearest) + "? ") +
+                                    "type: wfctl " + list);
+}
+
 void Print(const Options& options, const StoredValue& value)
 {
     PrintLine(options.json ? JsonLine(ValueToJson(value)) : ValueText(value));
@@ -121,7 +135,7 @@ Exit KeyGet(const Options& options, const ValueArguments& arguments)
 {
     KeyStore store(options);
     const auto value = store.values.Get(arguments.key);
-    if (!value) throw Stop(Exit::kNotFound, "there is no key [" + arguments.key + "]; type: wfctl key list");
+    if (!value) StopAtUnknown(store.values, "key", arguments.key, "key list");
     Print(options, *value);
     return Exit::kDone;
 }
@@ -177,10 +191,10 @@ Exit PrefGet(const Options& options, const ValueArguments& arguments)
 {
     const auto store = Preferences(options, arguments.app, false);
     const auto value = store ? store->Get(arguments.key) : std::nullopt;
-    if (!value) {
-        throw Stop(Exit::kNotFound, "[" + arguments.app + "] has no preference [" + arguments.key +
-                                        "]; type: wfctl pref list " + arguments.app);
-    }
+    if (!value && store) StopAtUnknown(*store, "preference", arguments.key, "pref list " + arguments.app);
+    if (!value)
+        throw Stop(Exit::kNotFound,
+                   "[" + arguments.app + "] has no preferences; type: wfctl pref set --help");
     Print(options, *value);
     return Exit::kDone;
 }

@@ -92,6 +92,9 @@ constexpr Verb kVerbs[] = {
     {"preview check", "[FACE…]",
      "which previews are missing, no PNG, blank or older than their face; status 1 when one is",
      "wfctl preview check", DefinePreviewCheck},
+    {"preview", "[FACE…] [--matrix] [-o OUT.png] [--language L,L…] [--hours 12,24]",
+     "show previews; with --matrix, faces over languages and hour modes on one sheet",
+     "wfctl preview --matrix c1 -o c1-matrix.png", DefinePreview},
     {"validate", "FILE|FACE…",
      "all that is wrong with result XMLs, flat documents and their assets; status 1 when one is refused",
      "wfctl validate my-face_result.xml", DefineValidate},
@@ -165,23 +168,20 @@ constexpr Verb kVerbs[] = {
     {"trace off", "[-o OUT.json]",
      "end the recording, and say where it is",
      "wfctl trace off -o my-trace.json", DefineTraceOff},
+    {"monitor", "[APP…] [--count N] [--timeout S]",
+     "print the watch's messages, launches and key changes as they go by",
+     "wfctl monitor --timeout 30", DefineMonitor},
+    {"doctor", "[--fix] [--undo TIME]",
+     "find what is wrong with the watch, and say what to type",
+     "wfctl doctor --fix", DefineDoctor},
+    {"completion", "SHELL",
+     "print what makes bash, zsh or fish complete wfctl's words",
+     "wfctl completion bash", DefineCompletion},
+    {"manual", "[VERB…] [--into DIR]",
+     "print a manual page, as man takes it",
+     "wfctl manual edit", DefineManual},
 };
 // clang-format on
-
-// An option as the usage line says it: "-h, --help", "--wait S"; a positional's name alone.
-std::string OptionText(const CLI::Option& option)
-{
-    if (option.get_positional()) return option.get_name(true);
-    std::string text;
-    for (const std::string& name : option.get_snames()) text += (text.empty() ? "-" : ", -") + name;
-    for (const std::string& name : option.get_lnames()) text += (text.empty() ? "--" : ", --") + name;
-    if (option.get_items_expected_max() == 0) return text;
-    // What follows the type's name is the checks'.
-    std::string type = option.get_type_name();
-    const auto colon = type.find(':');
-    if (colon != std::string::npos && colon > 0 && type[colon - 1] != '[') type.erase(colon);
-    return text + " " + type;
-}
 
 // Of UTF-8 text.
 std::size_t LettersOf(std::string_view text)
@@ -198,27 +198,6 @@ std::string OptionLine(const std::string& name, const std::string& description)
     const std::size_t letters = LettersOf(line);
     line += letters < kColumn ? std::string(kColumn - letters, ' ') : "\n" + std::string(kColumn, ' ');
     return line + description + "\n";
-}
-
-// The words of a usage line, broken between arguments where it gets long.
-std::string UsageText(const Verb& verb)
-{
-    constexpr std::size_t kLongest = 100;
-    std::string text = "usage: wfctl " + std::string(verb.name);
-    std::size_t letters = text.size(), depth = 0, begin = 0;
-    const std::string_view arguments = verb.arguments;
-    for (std::size_t i = 0; i <= arguments.size() && !arguments.empty(); ++i) {
-        if (i < arguments.size() && arguments[i] == '[') ++depth;
-        if (i < arguments.size() && arguments[i] == ']') --depth;
-        if (i < arguments.size() && (arguments[i] != ' ' || depth > 0)) continue;
-        const std::string_view word = arguments.substr(begin, i - begin);
-        const bool breaks = letters + 1 + LettersOf(word) > kLongest;
-        text += breaks ? "\n           " : " ";
-        letters = (breaks ? 11 : letters + 1) + LettersOf(word);
-        text += word;
-        begin = i + 1;
-    }
-    return text + "\n";
 }
 
 constexpr char kExitStatuses[] =
@@ -245,6 +224,22 @@ int Complain(Exit status, const std::string& text)
 {
     if (!text.empty()) std::fprintf(stderr, "wfctl: %s\n", text.c_str());
     return static_cast<int>(status);
+}
+
+// "did you mean --language? " for an option that there is not; else empty.
+std::string OptionHint(const CLI::App& parser)
+{
+    std::vector<std::string> names;
+    for (const CLI::Option* option : parser.get_options()) {
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    }
+    for (const std::string& word : parser.remaining()) {
+        if (!word.starts_with("--")) continue;
+        const std::string_view nearest =
+            DataUtil::NearestName(word.substr(0, word.find('=')), {names.begin(), names.end()});
+        if (!nearest.empty()) return "did you mean " + std::string(nearest) + "? ";
+    }
+    return {};
 }
 
 int UnknownVerb(const std::vector<std::string>& arguments)
@@ -292,6 +287,46 @@ const Verb* FindVerb(std::span<const std::string> words, std::size_t* length)
         return &verb;
     }
     return nullptr;
+}
+
+std::string TypeOf(const CLI::Option& option)
+{
+    if (option.get_items_expected_max() == 0) return {};
+    // What follows the type's name is the checks'.
+    std::string type = option.get_type_name();
+    const auto colon = type.find(':');
+    if (colon != std::string::npos && colon > 0 && type[colon - 1] != '[') type.erase(colon);
+    return type;
+}
+
+std::string OptionText(const CLI::Option& option)
+{
+    if (option.get_positional()) return option.get_name(true);
+    std::string text;
+    for (const std::string& name : option.get_snames()) text += (text.empty() ? "-" : ", -") + name;
+    for (const std::string& name : option.get_lnames()) text += (text.empty() ? "--" : ", --") + name;
+    const std::string type = TypeOf(option);
+    return type.empty() ? text : text + " " + type;
+}
+
+std::string UsageText(const Verb& verb)
+{
+    constexpr std::size_t kLongest = 100;
+    std::string text = "usage: wfctl " + std::string(verb.name);
+    std::size_t letters = text.size(), depth = 0, begin = 0;
+    const std::string_view arguments = verb.arguments;
+    for (std::size_t i = 0; i <= arguments.size() && !arguments.empty(); ++i) {
+        if (i < arguments.size() && arguments[i] == '[') ++depth;
+        if (i < arguments.size() && arguments[i] == ']') --depth;
+        if (i < arguments.size() && (arguments[i] != ' ' || depth > 0)) continue;
+        const std::string_view word = arguments.substr(begin, i - begin);
+        const bool breaks = letters + 1 + LettersOf(word) > kLongest;
+        text += breaks ? "\n           " : " ";
+        letters = (breaks ? 11 : letters + 1) + LettersOf(word);
+        text += word;
+        begin = i + 1;
+    }
+    return text + "\n";
 }
 
 std::string OverviewText()
@@ -351,8 +386,8 @@ int RunCommandLine(std::vector<std::string> arguments)
         std::fputs(HelpText(*verb).c_str(), stdout);
         return static_cast<int>(Exit::kDone);
     } catch (const CLI::ParseError& error) {
-        return Complain(Exit::kUsage,
-                        std::string(error.what()) + "; type: wfctl " + std::string(verb->name) + " --help");
+        return Complain(Exit::kUsage, std::string(error.what()) + "; " + OptionHint(parser) + "type: wfctl " +
+                                          std::string(verb->name) + " --help");
     } catch (const Stop& stop) {
         return Complain(stop.Status(), stop.what());
     } catch (const std::exception& error) {

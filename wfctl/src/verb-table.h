@@ -36,6 +36,13 @@ std::span<const Verb> Verbs();
 // The row that the words begin with, and how many words name it; null when there is none.
 const Verb* FindVerb(std::span<const std::string> words, std::size_t* length);
 
+// An option as usage says it: "-h, --help", "--wait S"; a positional's name alone.
+std::string OptionText(const CLI::Option& option);
+// The name of what an option takes: "S"; empty for a flag.
+std::string TypeOf(const CLI::Option& option);
+// "usage: wfctl …", broken between arguments where it gets long.
+std::string UsageText(const Verb& verb);
+
 std::string OverviewText();
 std::string HelpText(const Verb& verb);
 
@@ -58,6 +65,7 @@ Action DefineUpdate(CLI::App&);
 Action DefineEdit(CLI::App&);
 Action DefinePreviewRequest(CLI::App&);
 Action DefinePreviewCheck(CLI::App&);
+Action DefinePreview(CLI::App&);
 Action DefineValidate(CLI::App&);
 Action DefineFlatten(CLI::App&);
 Action DefineRender(CLI::App&);
@@ -92,6 +100,10 @@ Action DefineSettingGet(CLI::App&);
 Action DefineSettingSet(CLI::App&);
 Action DefineSettingList(CLI::App&);
 Action DefineSettingWatch(CLI::App&);
+Action DefineMonitor(CLI::App&);
+Action DefineDoctor(CLI::App&);
+Action DefineCompletion(CLI::App&);
+Action DefineManual(CLI::App&);
 Action DefineSurveyList(CLI::App&);
 Action DefineSurveyQuery(CLI::App&);
 Action DefineTraceOn(CLI::App&);

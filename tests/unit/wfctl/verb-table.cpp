@@ -139,6 +139,13 @@ TEST(TheCommandLine, says_how_to_go_on)
     EXPECT_THAT(output.err, HasSubstr("wfctl send --help"));
 }
 
+TEST(TheCommandLine, knows_which_verb_or_option_is_meant)
+{
+    EXPECT_THAT(RunWfctl({"rendr"}).err, HasSubstr("did you mean render?"));
+    EXPECT_THAT(RunWfctl({"render", "x", "--langage", "de"}).err, HasSubstr("did you mean --language?"));
+    EXPECT_THAT(RunWfctl({"render", "x", "--langage=de"}).err, HasSubstr("did you mean --language?"));
+}
+
 TEST(TheCommandLine, takes_the_common_options_in_front_of_the_verb_too)
 {
     EXPECT_EQ(RunWfctl({"--root", "/nonexistent/watch", "status"}).status, 8);

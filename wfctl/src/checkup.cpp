@@ -1,0 +1,198 @@
+#include "checkup.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "application-table.h"
+#include "areas.h"
+#include "arguments.h"
+#include "exit-status.h"
+#include "face-document.h"
+#include "faces.h"
+#include "flat-checks.h"
+#include "preview-state.h"
+#include "private-watch.h"
+#include "writable-path-posix.h"
+
+namespace Wfctl {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kMarker[] = "without_result_xml";
+// The service's, with the face that the next update of a world clock is for.
+constexpr char kWorldClockTargetPref[] = "wfs-watch-name-world-clock-update";
+
+constexpr AilmentKind kKinds[] = {
+    {"preview-missing",  "lists show the face without a picture",                       Remedy::kPreview},
+    {"preview-no-png",   "lists show the face without a picture",                       Remedy::kPreview},
+    {"preview-blank",    "lists show one colour for the face",                          Remedy::kPreview},
+    {"preview-older",    "lists show the face as it was before it was changed",         Remedy::kPreview},
+    {"no-flat-document", "there is nothing to draw the face from",                      Remedy::kPreview},
+    {"no-document",      "the service sees no face there, and nobody ever looks at it", Remedy::kMove   },
+    {"bad-document",     "the face cannot be edited or drawn",                          Remedy::kAdvice },
+    {"left-over",        "a program was killed while it wrote, and nobody reads it",    Remedy::kMove   },
+    {"unknown-file",     "nobody reads it, and it takes room",                          Remedy::kMove   },
+    {"no-current-face",  "the watch has nothing to show",                               Remedy::kAdvice },
+    {"stale-preference", "it names a face that is gone",                                Remedy::kAdvice },
+};
+
+const AilmentKind* Kind(std::string_view code)
+{
+    return std::ranges::find(kKinds, code, &AilmentKind::code);
+}
+
+bool Exists(const std::string& path)
+{
+    std::error_code error;
+    return fs::exists(fs::symlink_status(path, error));
+}
+
+// What lies in a folder, by name.
+std::vector<fs::path> EntriesOf(const std::string& folder)
+{
+    std::error_code error;
+    std::vector<fs::path> entries;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
+        entries.push_back(entry.path());
+    std::ranges::sort(entries);
+    return entries;
+}
+
+bool IsLeftOver(const fs::path& path)
+{
+    return path.filename().string().starts_with(Platform::kUnfinishedPrefix);
+}
+
+class Checkup {
+public:
+    std::vector<Ailment> Run()
+    {
+        for (const Face& face : ListFaces()) LookAtFace(face);
+        LookAtWatchlist();
+        LookForLeftOvers();
+        LookAtNames();
+        return std::move(mFound);
+    }
+
+private:
+    void Add(const std::string& code, const std::string& path, const std::string& face, std::string what,
+             std::string advice)
+    {
+        mFound.push_back({Kind(code), path, face, std::move(what), std::move(advice)});
+    }
+
+    void LookAtFace(const Face& face)
+    {
+        const std::string redraw =
+            Exists(face.ResultXml()) ? "wfctl preview request " + face.name : "wfctl delete " + face.name;
+        const bool isBad = LookAtDocuments(face);
+        if (!isBad && !Exists(face.WatchfaceXml()))
+            Add("no-flat-document", face.WatchfaceXml(), face.name, "has no watchface.xml", redraw);
+        const PreviewReport preview = CheckPreview(face);
+        if (preview.state == PreviewState::kGood) return;
+        Add("preview-" + std::string(NameOf(preview.state)), face.Preview(), face.name,
+            "its preview is " + std::string(TextOf(preview.state)), redraw);
+    }
+
+    // Whether one of them is not accepted.
+    bool LookAtDocuments(const Face& face)
+    {
+        bool isBad = false;
+        for (const std::string& path : {face.ResultXml(), face.WatchfaceXml()}) {
+            if (!Exists(path) || IsGood(path, path == face.ResultXml())) continue;
+            isBad = true;
+            Add("bad-document", path, face.name, "its document is not accepted",
+                "wfctl validate " + ShellQuoted(path));
+        }
+        return isBad;
+    }
+
+    static bool IsGood(const std::string& path, bool isResultXml)
+    {
+        try {
+            const std::string text = ReadNamedFile(path);
+            if (isResultXml) return DataUtil::ParseFace(text).document.has_value();
+            return std::ranges::none_of(DataUtil::CheckFlat(text), [](const DataUtil::Finding& finding) {
+                return finding.severity == DataUtil::Severity::kError;
+            });
+        } catch (const Stop&) {
+            return false;
+        }
+    }
+
+    void LookAtWatchlist()
+    {
+        const std::string list = fs::path(WritableFace("x").folder).parent_path().parent_path().string();
+        for (const fs::path& path : EntriesOf(list)) {
+            if (IsLeftOver(path)) continue;
+            const Face face = WritableFace(path.filename().string());
+            std::error_code error;
+            if (!fs::is_directory(fs::symlink_status(path, error)))
+                AddMovable("unknown-file", path, "", "is no face's folder");
+            else if (!Exists(face.ResultXml()) && !Exists(face.folder + kMarker))
+                AddMovable("no-document", path, face.name, "has neither a result XML nor the marker");
+            else
+                LookAtFolder(face);
+        }
+    }
+
+    void LookAtFolder(const Face& face)
+    {
+        const std::string known[] = {face.ResultXml(), face.WatchfaceXml(), face.Preview(),
+                                     face.folder + kMarker};
+        for (const fs::path& path : EntriesOf(face.folder)) {
+            if (std::ranges::find(known, path.string()) == std::end(known) && !IsLeftOver(path))
+                AddMovable("unknown-file", path, face.name, "is no file of a face");
+        }
+    }
+
+    void LookForLeftOvers()
+    {
+        std::error_code error;
+        const std::string apps = Platform::CurrentAreas().root + "/apps";
+        for (fs::recursive_directory_iterator at(apps, error), end; !error && at != end;
+             at.increment(error)) {
+            if (IsLeftOver(at->path())) AddMovable("left-over", at->path(), "", "is an unfinished file");
+        }
+    }
+
+    void AddMovable(const std::string& code, const fs::path& path, const std::string& face,
+                    const std::string& what)
+    {
+        Add(code, path.string(), face, what, "wfctl doctor --fix");
+    }
+
+    void LookAtNames()
+    {
+        const Current current = CurrentFace();
+        if (current.app == Platform::kFacesId && !current.face.empty() && !FindFace(current.face))
+            Add("no-current-face", "", current.face, "is the current face and does not exist",
+                "wfctl list, then: wfctl set NAME");
+        const std::string service(Platform::kServiceId);
+        const std::string path = Platform::PreferencesPath(service);
+        if (!Exists(path)) return;
+        Platform::ValueStore preferences(path, 0600);
+        const auto target = Platform::GetAs<std::string>(preferences, kWorldClockTargetPref).value_or("");
+        if (!target.empty() && !FindFace(target))
+            Add("stale-preference", "", target, "is named by [" + std::string(kWorldClockTargetPref) + "]",
+                "wfctl pref unset " + service + " " + kWorldClockTargetPref);
+    }
+
+    std::vector<Ailment> mFound;
+};
+
+}  // namespace
+
+std::span<const AilmentKind> AilmentKinds()
+{
+    return kKinds;
+}
+
+std::vector<Ailment> Examine()
+{
+    return Checkup().Run();
+}
+
+}  // namespace Wfctl
