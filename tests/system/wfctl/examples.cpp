@@ -52,6 +52,10 @@ constexpr const char* kVerbs[] = {
     "trace off",
     "preview request",
     "preview check",
+    "preview",
+    "doctor",
+    "completion",
+    "manual",
     "delete",
 };
 

@@ -37,6 +37,13 @@ TEST_F(AWatch, has_no_key_that_was_unset)
     EXPECT_EQ(Run({"key", "unset", "a"}).status, 10);
 }
 
+TEST_F(AWatch, knows_which_key_is_meant)
+{
+    Run({"key", "set", "my/own-key", "1"});
+    EXPECT_THAT(Run({"key", "get", "my/onw-key"}).err,
+                HasSubstr("did you mean my/own-key? type: wfctl key list"));
+}
+
 TEST_F(AWatch, tells_of_keys_whenever_they_are_written)
 {
     const auto watcher = Start({"key", "watch", "a", "b", "--count", "4", "--json"});

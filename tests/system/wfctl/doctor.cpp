@@ -1,0 +1,209 @@
+// The doctor: each finding is planted, found, put right, and what was moved is put back.
+
+#include <filesystem>
+#include <fstream>
+
+#include "a-watch.h"
+
+namespace fs = std::filesystem;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+constexpr char kGone[] = "com.corvane.watchface-gone";
+
+class ADoctor : public AWatch {
+protected:
+    ADoctor()
+    {
+        // The read/write copy of a face, as an edit leaves it.
+        Run({"preview", "request", kClassic});
+        // The first start has every preview drawn.
+        EXPECT_TRUE(Eventually([this] { return Run({"doctor"}).status == 0; })) << Run({"doctor"}).out;
+    }
+
+    std::string ListFolder() const
+    {
+        return fs::path(ReadWriteFace(kClassic)).parent_path().parent_path().string() + "/";
+    }
+
+    void Plant(const std::string& path, const std::string& text = "x") const
+    {
+        fs::create_directories(fs::path(path).parent_path());
+        std::ofstream(path) << text;
+    }
+
+    Json Findings(const Arguments& more = {}) const
+    {
+        Arguments arguments = {"doctor", "--json"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return Run(arguments).AsJson();
+    }
+
+    static std::vector<std::string> Codes(const Json& report)
+    {
+        std::vector<std::string> codes;
+        for (const Json& finding : report["findings"]) codes.push_back(finding["code"]);
+        return codes;
+    }
+
+    // Nobody holds what was there before the service began.
+    void StartAnew()
+    {
+        ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+        ASSERT_EQ(Wfctl({"up", "--root", mRoot}).status, 0);
+        mEnvironment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + State("RUN_FOLDER") + "/bus";
+    }
+
+    void IsFoundMovedAndPutBack(const std::string& code, const std::string& path)
+    {
+        EXPECT_THAT(Codes(Findings()), ElementsAre(code));
+        EXPECT_EQ(Run({"doctor"}).status, 1);
+        StartAnew();
+        const Json fixed = Run({"doctor", "--fix", "--json"}).AsJson();
+        ASSERT_TRUE(fixed["time"].is_string()) << fixed;
+        EXPECT_FALSE(fs::exists(path));
+        EXPECT_THAT(Codes(Findings()), IsEmpty());
+        EXPECT_EQ(Run({"doctor", "--undo", fixed["time"]}).status, 0);
+        EXPECT_TRUE(fs::exists(path));
+        EXPECT_FALSE(fs::exists(mRoot + "/lost+found"));
+        EXPECT_THAT(Codes(Findings()), ElementsAre(code));
+    }
+};
+
+}  // namespace
+
+TEST_F(ADoctor, finds_nothing_on_a_healthy_watch)
+{
+    const Result done = Run({"doctor"});
+    EXPECT_EQ(done.status, 0) << done.out;
+    EXPECT_EQ(done.out, "healthy\n");
+}
+
+TEST_F(ADoctor, moves_unknown_files_away_and_puts_them_back)
+{
+    const std::string path = ReadWriteFace(kClassic) + "notes.txt";
+    Plant(path);
+    IsFoundMovedAndPutBack("unknown-file", path);
+}
+
+TEST_F(ADoctor, moves_files_that_are_no_face_away_and_puts_them_back)
+{
+    const std::string path = ListFolder() + "notes.txt";
+    Plant(path);
+    IsFoundMovedAndPutBack("unknown-file", path);
+}
+
+TEST_F(ADoctor, moves_unfinished_files_away_and_puts_them_back)
+{
+    const std::string path = ReadWriteFace(kClassic) + ".watch-new-0123456789abcdef";
+    Plant(path);
+    IsFoundMovedAndPutBack("left-over", path);
+}
+
+TEST_F(ADoctor, moves_folders_without_a_document_away_and_puts_them_back)
+{
+    const std::string path = ListFolder() + kGone;
+    Plant(path + "/watchface.xml");
+    IsFoundMovedAndPutBack("no-document", path);
+}
+
+TEST_F(ADoctor, leaves_what_changed_after_the_service_began)
+{
+    const std::string path = ReadWriteFace(kClassic) + "notes.txt";
+    Plant(path);
+    const Result fixed = Run({"doctor", "--fix"});
+    EXPECT_EQ(fixed.status, 1);
+    EXPECT_THAT(fixed.out, HasSubstr("end the service"));
+    EXPECT_TRUE(fs::exists(path));
+    EXPECT_FALSE(fs::exists(mRoot + "/lost+found"));
+}
+
+TEST_F(ADoctor, has_stale_previews_drawn_again)
+{
+    fs::last_write_time(ReadWriteFace(kClassic) + kClassic + ".png", fs::file_time_type::min());
+    EXPECT_THAT(Codes(Findings()), ElementsAre("preview-older"));
+    EXPECT_EQ(Run({"doctor", "--fix"}).status, 0);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, has_missing_previews_drawn_again)
+{
+    fs::remove(ReadWriteFace(kClassic) + kClassic + ".png");
+    EXPECT_THAT(Codes(Findings()), ElementsAre("preview-missing"));
+    EXPECT_EQ(Run({"doctor", "--fix"}).status, 0);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, has_pictures_that_are_none_drawn_again)
+{
+    Plant(ReadWriteFace(kClassic) + kClassic + ".png");
+    EXPECT_THAT(Codes(Findings()), ElementsAre("preview-no-png"));
+    EXPECT_EQ(Run({"doctor", "--fix"}).status, 0);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, has_flat_documents_made_again)
+{
+    fs::remove(ReadWriteFace(kClassic) + "watchface.xml");
+    EXPECT_THAT(Codes(Findings()), ElementsAre("no-flat-document"));
+    EXPECT_EQ(Run({"doctor", "--fix"}).status, 0);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, says_what_to_type_about_documents_that_are_not_accepted)
+{
+    const std::string path = ReadWriteFace(kClassic) + kClassic + "_result.xml";
+    Plant(path, "<face-result/>");
+    const Json report = Findings();
+    EXPECT_THAT(Codes(report), Contains("bad-document"));
+    EXPECT_THAT(report["findings"][0]["type"].get<std::string>(), StartsWith("wfctl validate "));
+    EXPECT_EQ(Run({"doctor", "--fix"}).status, 1);
+    EXPECT_EQ(ContentsOf(path), "<face-result/>");
+}
+
+TEST_F(ADoctor, says_what_to_type_about_a_current_face_that_is_gone)
+{
+    Run({"set", "c4"});
+    Run({"key", "set", "file/private/com.corvane.watchface/watchface_name", kGone});
+    const Json report = Findings({"--fix"});
+    EXPECT_THAT(Codes(report), ElementsAre("no-current-face"));
+    EXPECT_THAT(report["findings"][0]["type"].get<std::string>(), HasSubstr("wfctl set NAME"));
+    Run({"set", "c4"});
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, says_what_to_type_about_preferences_of_a_face_that_is_gone)
+{
+    Run({"pref", "set", kService, "wfs-watch-name-world-clock-update", kGone});
+    const Json report = Findings({"--fix"});
+    EXPECT_THAT(Codes(report), ElementsAre("stale-preference"));
+    Run({"pref", "unset", kService, "wfs-watch-name-world-clock-update"});
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, puts_nothing_back_over_what_is_there_by_now)
+{
+    const std::string path = ReadWriteFace(kClassic) + "notes.txt";
+    Plant(path, "old");
+    StartAnew();
+    const Json fixed = Findings({"--fix"});
+    Plant(path, "new");
+    const Result undone = Run({"doctor", "--undo", fixed["time"]});
+    EXPECT_EQ(undone.status, 1);
+    EXPECT_THAT(undone.err, HasSubstr("could not be put back"));
+    EXPECT_EQ(ContentsOf(path), "new");
+    EXPECT_EQ(ContentsOf(mRoot + "/lost+found/" + fixed["time"].get<std::string>() + "/0"), "old");
+}
+
+TEST_F(ADoctor, says_which_times_there_are)
+{
+    const Result undone = Run({"doctor", "--undo", "19700101T000000Z"});
+    EXPECT_EQ(undone.status, 10);
+    EXPECT_THAT(undone.err, HasSubstr("nothing was moved away"));
+}
