@@ -34,8 +34,8 @@ timespec StartOf(pid_t pid)
     const ProcessMark process = MarkOf(pid);
     if (process.pid == 0) return now;
     clock_gettime(CLOCK_BOOTTIME, &upTime);
-    const auto ticks = static_cast<uint64_t>(sysconf(_SC_CLK_TCK));
-    const long long start = static_cast<long long>(process.startTime * (kNanoseconds / ticks));
+    const long long ticks = sysconf(_SC_CLK_TCK);
+    const auto start = static_cast<long long>(process.startTime) * (kNanoseconds / ticks);
     const long long age = upTime.tv_sec * 1LL * kNanoseconds + upTime.tv_nsec - start;
     const long long at = now.tv_sec * 1LL * kNanoseconds + now.tv_nsec - age;
     return {at / kNanoseconds, at % kNanoseconds};
