@@ -8,7 +8,6 @@
 namespace fs = std::filesystem;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::Not;
 
 namespace {
 

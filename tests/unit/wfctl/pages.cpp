@@ -17,7 +17,6 @@ using namespace Wfctl;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 namespace {
 
