@@ -376,12 +376,22 @@ TEST_F(ABackup, with_a_damaged_manifest_is_refused)
     }
 }
 
-TEST_F(ABackup, that_has_an_item_twice_is_refused)
+TEST_F(ABackup, that_has_a_name_twice_is_refused)
 {
     BackupManifest manifest = ParseManifest(kManifest);
     manifest.items.push_back(manifest.items[1]);
+    manifest.items.back().file = "pictures/u1/b.png";
     EXPECT_THAT(EndOf([&] { ParseManifest(ManifestText(manifest)); }).text,
-                HasSubstr("is in the manifest twice"));
+                HasSubstr("the picture \"a.png\" is in the manifest twice"));
+}
+
+TEST_F(ABackup, that_has_a_file_twice_is_refused)
+{
+    BackupManifest manifest = ParseManifest(kManifest);
+    manifest.items.push_back(manifest.items[1]);
+    manifest.items.back().name = "b.png";
+    EXPECT_THAT(EndOf([&] { ParseManifest(ManifestText(manifest)); }).text,
+                HasSubstr("the picture \"b.png\" is in the manifest twice"));
 }
 
 TEST_F(ABackup, with_a_size_that_is_none_is_refused)
