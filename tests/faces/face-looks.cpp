@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <string_view>
 
 #include "covering-array.h"
@@ -17,7 +16,20 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::array<const char*, 5> kLanguages = {"en_GB", "de_DE", "ko_KR", "ja_JP", "ar_EG"};
-const std::regex kColor("#[0-9A-F]+");
+
+// The text with "#" for every colour.
+std::string WithoutColors(std::string_view text)
+{
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string result;
+    while (!text.empty()) {
+        const std::size_t behind = text.find('#') == text.npos ? text.size() : text.find('#') + 1;
+        result += text.substr(0, behind);
+        text.remove_prefix(behind);
+        text.remove_prefix(std::min(text.find_first_not_of(kDigits), text.size()));
+    }
+    return result;
+}
 
 struct Mode {
     bool hours24;
@@ -157,7 +169,7 @@ private:
              const std::string& what)
     {
         const std::string line = at.line > 0 ? LineOf(flat, at.line) : "";
-        if (!mKnown.insert(std::regex_replace(line, kColor, "#") + at.text + what).second) return;
+        if (!mKnown.insert(WithoutColors(line) + at.text + what).second) return;
         mFaults.push_back(where + "\n  watchface.xml:" + std::to_string(at.line) + ":" +
                           std::to_string(at.column) + ": " + at.text + what + "\n  " + line);
     }
