@@ -50,8 +50,12 @@ bool BackupAgent::IsTheSame()
     return Owner() == mService;
 }
 
+// The service sends all items at once, and only so many may wait until its user is known. So an answer to
+// something that changes nothing comes first: from then on he is.
 bool BackupAgent::AskForBackup(const std::function<void(const bundle&)>& onItem)
 {
+    mService = Owner();
+    if (!IsAcknowledged()) return false;
     bool isOver = false;
     std::size_t count = 0;
     mOnMessage = [&](const bundle& message) {
@@ -62,11 +66,13 @@ bool BackupAgent::AskForBackup(const std::function<void(const bundle&)>& onItem)
             onItem(message);
         }
     };
-    mService = Owner();
     const bool isTheSame = TellTheSame(NewMessage({
         {"operation", "corvane_cloud_backup"}
     }));
-    if (!isTheSame) return false;
+    if (!isTheSame) {
+        mOnMessage = nullptr;
+        return false;
+    }
     for (;;) {
         const std::size_t before = count;
         const auto hasMore = [&] { return isOver || count > before || !IsTheSame(); };
@@ -126,7 +132,7 @@ bool BackupAgent::GivePicture(const std::string& path, const std::string& bgType
     }));
 }
 
-bool BackupAgent::EndRestore()
+bool BackupAgent::IsAcknowledged()
 {
     bool isOver = false;
     mOnMessage = [&](const bundle& message) { isOver |= TextOf(message, "message") == "restore_finished"; };
@@ -138,9 +144,14 @@ bool BackupAgent::EndRestore()
     mOnMessage = nullptr;
     if (isTheSame && !isAnswered)
         throw Stop(Exit::kNoAnswer,
-                   "the service did not say that the restore is over; look for watchface-service in " +
+                   "the service did not answer the backup agent; look for watchface-service in " +
                        LogPlace("watchface-service"));
     return isOver;
+}
+
+bool BackupAgent::EndRestore()
+{
+    return IsAcknowledged();
 }
 
 }  // namespace Wfctl

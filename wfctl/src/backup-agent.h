@@ -33,6 +33,7 @@ public:
 private:
     void Tell(const bundle& message);
     bool TellTheSame(const bundle& message);
+    bool IsAcknowledged();  // "restore_finished", which has no other effect
     std::string Owner();
     bool IsTheSame();
 

@@ -143,13 +143,20 @@ public:
         if (IsFile(shipped)) Add(kGalleryFace, "", ReadNamedFile(shipped));
     }
 
-    // Faces that were not sent, since they fit into no message.
-    void NoteMissingFaces()
+    // What was not sent: a face that fits into no message.
+    void NoteMissing()
     {
+        mProgress.Clear();
         for (const Face& face : ListFaces()) {
             const bool isSent = Has(face.name) || mLeftOut.contains(face.name);
             if (face.writable && IsFile(face.ResultXml()) && !isSent)
-                mNotes.push_back("the face " + Quoted(face.name) + ": the service did not send it");
+                mNotes.push_back("the face " + Quoted(face.name) + kNotSent);
+        }
+        for (const char* bgType : {kThemePictures, kGalleryPictures}) {
+            for (const auto& picture : PicturesOf(bgType)) {
+                if (!Has(picture.first, bgType) && !mLeftOut.contains(picture.first))
+                    mNotes.push_back("the picture " + Quoted(picture.first) + kNotSent);
+            }
         }
     }
 
@@ -163,10 +170,11 @@ private:
                PicturesOf(kThemePictures).size() + PicturesOf(kGalleryPictures).size();
     }
 
-    bool Has(const std::string& name) const
+    bool Has(const std::string& name, const std::string& bgType = "") const
     {
-        return std::ranges::any_of(
-            mWriter.Items(), [&](const BackupItem& item) { return item.IsFace() && item.name == name; });
+        return std::ranges::any_of(mWriter.Items(), [&](const BackupItem& item) {
+            return item.bgType == bgType && item.name == name;
+        });
     }
 
     void Add(const std::string& name, const std::string& bgType, const std::string& bytes)
@@ -177,6 +185,8 @@ private:
                          (bgType.empty() ? ": its document is one that no watch takes"
                                          : ": it is neither a PNG nor a JPEG, or too large"));
     }
+
+    static constexpr char kNotSent[] = ": the service did not send it";
 
     BackupWriter& mWriter;
     const Progress mProgress;
@@ -223,7 +233,7 @@ Exit BackUp(const Options& options, const BackupArguments& arguments)
         backup.Begin();
     } while (!agent.AskForBackup([&](const bundle& item) { backup.Take(item); }));
     backup.AddGalleryFace();
-    backup.NoteMissingFaces();
+    backup.NoteMissing();
     std::vector<std::string> notes = backup.Notes();
     for (std::string& note : NotCarried()) notes.push_back(std::move(note));
     const Current current = CurrentFace();
@@ -329,6 +339,7 @@ public:
     // What of the backup the watch does not hold.
     std::vector<std::string> Missing() const
     {
+        mProgress.Clear();
         std::vector<std::string> missing;
         for (const BackupItem& item : mItems) {
             if (!(item.IsFace() ? HasFace(item) : HasPicture(item))) missing.push_back(item.Title());

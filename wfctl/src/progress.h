@@ -18,12 +18,15 @@ public:
         : mWhat(std::move(what)), mTotal(total), mShows(wanted && total > 1 && isatty(STDERR_FILENO))
     {
     }
-    ~Progress()
+    ~Progress() { Clear(); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    // Makes room for other text.
+    void Clear() const
     {
         if (mShows) std::fputs("\r\033[K", stderr);
     }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
 
     void Show(std::size_t done) const
     {

@@ -299,6 +299,21 @@ TEST_F(AWatch, backs_up_the_face_that_its_pictures_belong_to)
     EXPECT_EQ(made.AsJson()["pictures"], Json::array({"a.png"}));
 }
 
+TEST_F(AWatch, backs_up_more_pictures_than_messages_may_wait)
+{
+    const std::string folder =
+        mRoot + "/apps/com.corvane.watchface/shared/trusted/theme/GalleryBackgrounds/U1/";
+    const std::string png = ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png");
+    fs::create_directories(folder);
+    for (int i = 0; i < 300; ++i) std::ofstream(folder + std::to_string(i) + ".png") << png;
+    for (int i = 0; i < 3; ++i) {
+        const std::string name = mFolder + "/backup-" + std::to_string(i);
+        const Result made = Run({"backup", name});
+        EXPECT_EQ(made.status, 0) << made.err;
+        EXPECT_THAT(made.out, HasSubstr("1 face and 300 pictures"));
+    }
+}
+
 TEST_F(AWatch, says_what_a_backup_does_not_carry)
 {
     const std::string png = ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png");
