@@ -20,14 +20,18 @@ constexpr char kSetUp[] =
     "CREATE TABLE IF NOT EXISTS value"
     "(key BLOB PRIMARY KEY NOT NULL, type INTEGER NOT NULL, value NOT NULL) WITHOUT ROWID;";
 
+// Of the keys that end in a text.
+constexpr char kSizesByEnd[] =
+    "SELECT key, CASE typeof(value) WHEN 'blob' THEN length(value) ELSE 0 END FROM value "
+    "WHERE substr(key, -length(?1)) = ?1";
+
 enum Statement { kGet, kSet, kUnset, kList, kListSizes };
 constexpr const char* kStatements[] = {
     "SELECT type, value FROM value WHERE key = ?1",
     "INSERT OR REPLACE INTO value VALUES (?1, ?2, ?3)",
     "DELETE FROM value WHERE key = ?1",
     "SELECT key, type, value FROM value ORDER BY key",
-    "SELECT key, CASE typeof(value) WHEN 'blob' THEN length(value) ELSE 0 END FROM value"
-    " WHERE substr(key, -length(?1)) = ?1",
+    kSizesByEnd,
 };
 
 std::optional<StoredValue> ColumnValue(sqlite3_stmt* statement, int typeColumn, int valueColumn)
