@@ -132,6 +132,7 @@ class ARestore(BackupTest):
 
     def test_on_another_watch_ends_with_the_same_faces_selections_pictures_and_current_face(self):
         self.backed_up()
+        wait_for(self.preview(U1).exists)
         documents, pictures, shown = self.documents(), self.pictures(), self.shown()
         previews = {name: self.preview(name).read_bytes() for name in (C1, E1)}
         self.another_watch()
@@ -152,10 +153,10 @@ class ARestore(BackupTest):
               for bg_type, name in ((THEME, "two.png"), (GALLERY, "one.png"), (GALLERY, "two.png"))),
             {"type": "watch-idle-changed", "pkgid": U1})
         self.assert_nothing_more(agent, manager, editor)
-        self.assertEqual((self.documents(), self.pictures(), self.shown()), (documents, pictures, shown))
         for name, preview in previews.items():
             wait_for(lambda: self.preview(name).exists() and self.preview(name).read_bytes() == preview)
         wait_for(self.preview(U1).exists)
+        self.assertEqual((self.documents(), self.pictures(), self.shown()), (documents, pictures, shown))
         self.assertEqual(self.wfctl("pref", "get", SERVICE[0], "wfs-pref-idle-change-request-from").strip(),
                          BACKUP_AGENT[0])
 
