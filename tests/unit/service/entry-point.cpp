@@ -62,6 +62,15 @@ TEST_F(TheEntryPoint, logs_and_returns_what_the_loop_returns)
     EXPECT_EQ(platform.Logs().back().file, "main.cpp");
 }
 
+TEST_F(TheEntryPoint, tells_what_the_loop_returns_after_the_application_has_gone)
+{
+    platform.ScriptMain({.body = nullptr, .result = -4});
+    Run();
+    const auto timeline = platform.Timeline();
+    ASSERT_THAT(timeline, testing::Contains("port close watchface-service::localport"));
+    EXPECT_EQ(timeline.back(), "log E ui_app_main returns -4(fffffffc)");
+}
+
 TEST_F(TheEntryPoint, makes_no_application_where_the_loop_refuses_to_run)
 {
     platform.ScriptMain({.body = nullptr, .result = 7, .runs = false});

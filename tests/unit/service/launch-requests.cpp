@@ -157,6 +157,15 @@ TEST_F(ALaunchRequest, does_without_the_data_that_cannot_be_read)
     }
 }
 
+TEST_F(ALaunchRequest, has_every_code_but_0_logged)
+{
+    platform.Fail("app_control_get_extra_data", {.code = 26});
+    Ask({
+        {"operation", "x"}
+    });
+    EXPECT_EQ(platform.Infos().front(), "app_control_get_extra_data returns 26(1a)");
+}
+
 TEST_F(ALaunchRequest, ignores_lists_of_texts)
 {
     Ask({

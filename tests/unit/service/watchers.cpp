@@ -128,6 +128,14 @@ TEST_F(ASettingsWatcher, has_the_previews_captured_once_for_several_changes_befo
     EXPECT_THAT(Captured(), ElementsAre(kFirst, kSecond));
 }
 
+TEST_F(ASettingsWatcher, has_the_previews_captured_again_for_a_setting_and_nothing_reset)
+{
+    platform.SetLanguage("ko_KR");
+    platform.RunUntilIdle();
+    EXPECT_THAT(Captured(), ElementsAre(kFirst, kSecond));
+    EXPECT_THAT(platform.Calls({"recursive_rm", "key set", "pref set", "inner"}), IsEmpty());
+}
+
 TEST_F(ASettingsWatcher, leaves_the_previews_alone_when_the_time_zone_changes)
 {
     platform.SetTimezone("Asia/Seoul");
@@ -181,8 +189,10 @@ TEST_F(ASetupWatcher, checks_no_complications_without_the_agreement)
         platform.SetKey(kEula, agreed);
         platform.RunUntilIdle();
     }
-    EXPECT_THAT(platform.LogTexts(), Each("I key[db/wms/gm_setupwizard_eula_finished]"));
-    EXPECT_THAT(platform.Calls({"job start", "inner"}), IsEmpty());
+    EXPECT_THAT(
+        platform.Timeline(),
+        ElementsAre("log I key[db/wms/gm_setupwizard_eula_finished]", "key get db/wms/host_status/vendor",
+                    "log I key[db/wms/gm_setupwizard_eula_finished]", "key get db/wms/host_status/vendor"));
 }
 
 TEST_F(ASetupWatcher, checks_no_complications_of_a_watch_that_was_not_set_up_standalone)
