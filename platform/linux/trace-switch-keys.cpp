@@ -44,7 +44,7 @@ void TraceSwitch::Set(bool on)
     if (on && !Trace::Begin(TracePath(), mAppId)) return;
     SetKey(mKeys, mBus.Get(), kTraceKey, on);
     if (!on) Trace::Leave();
-    PLATFORM_NOTE(on ? "the trace [%s] begins" : "the trace [%s] ends", TracePath().c_str());
+    PLATFORM_NOTE("the trace [%s] %s", TracePath().c_str(), on ? "begins" : "ends");
 }
 
 }  // namespace Platform

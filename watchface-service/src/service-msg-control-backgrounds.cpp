@@ -51,7 +51,7 @@ std::string MsgControl::BgPrefixOf(const Request& request) const
     return GetBgTypePrefix(Get(request.message, MessageKey::kBgType));
 }
 
-MsgControl::BgChange MsgControl::ReadBgChange(const Request& request, const char* directLog) const
+MsgControl::BgChange MsgControl::ReadBgChange(const Request& request) const
 {
     const std::string bgType = Get(request.message, MessageKey::kBgType);
     BgChange change{BgTypeOf(bgType), BgPrefixOf(request), false, false};
@@ -60,13 +60,13 @@ MsgControl::BgChange MsgControl::ReadBgChange(const Request& request, const char
 
     change.keep = Get(request.message, MessageKey::kBgPending) == kTrue;
     change.direct = !change.keep && Get(request.message, MessageKey::kBgDirect) == kTrue;
-    if (change.direct) LOG_ERROR("%s", directLog);
     return change;
 }
 
 void MsgControl::OnBgAdd(const Request& request)
 {
-    const BgChange change = ReadBgChange(request, "already copied image!! pass to wms directly!!");
+    const BgChange change = ReadBgChange(request);
+    if (change.direct) LOG_ERROR("already copied image!! pass to wms directly!!");
     const std::string source = Get(request.message, MessageKey::kBgList);
     const bool added = change.direct || mBgManager.Add(source, change.type, change.prefix, change.keep);
     ReplyWithStatus(request, added);
@@ -83,7 +83,8 @@ void MsgControl::OnBgAdd(const Request& request)
 
 void MsgControl::OnBgDel(const Request& request)
 {
-    const BgChange change = ReadBgChange(request, "direct request received!!");
+    const BgChange change = ReadBgChange(request);
+    if (change.direct) LOG_ERROR("direct request received!!");
     const BgManager::BgList fileNames = FileNamesOf(request.message);
     const bool deleted = change.direct || mBgManager.Del(fileNames, change.type, change.prefix, change.keep);
     ReplyWithStatus(request, deleted);

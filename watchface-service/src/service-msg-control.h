@@ -103,15 +103,14 @@ private:
     void OnBgSave(const Request& request);
     void OnBgCancel(const Request& request);
 
-    // How a background message wants its change made. `directLog` is logged when only the phone is to be
-    // told.
+    // How a background message wants its change made.
     struct BgChange {
         int type;            // BgType
         std::string prefix;  // of the gallery folder
         bool keep;           // hold it until save or cancel
         bool direct;         // it has been made already
     };
-    BgChange ReadBgChange(const Request& request, const char* directLog) const;
+    BgChange ReadBgChange(const Request& request) const;
     std::string BgPrefixOf(const Request& request) const;
     static int BgTypeOf(const std::string& bgType);  // a BgType
     void SendBgDeletionToWms(const char* bgType, const BgManager::BgList& fileNames);
