@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <tuple>
 
 #include "a-msg-control.h"
@@ -25,6 +26,8 @@ struct Sender {
     std::string appId;
     std::string name;  // in a transcript
     std::string kind;
+
+    friend void PrintTo(const Sender& sender, std::ostream* out) { *out << sender.name; }
 };
 
 // A message, what was asked before, and for each kind of sender the transcript of all that leaves.
@@ -33,6 +36,8 @@ struct Row {
     std::vector<Message> before;
     Message message;
     std::map<std::string, Strings> told;
+
+    friend void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 };
 
 const json& Table()
