@@ -37,6 +37,7 @@ TEST_F(ABackup, of_a_watch_as_it_was_shipped_is_one_message)
     platform.WriteFile(platform.RO("watchlist/a/a_result.xml"), "<a/>");
     EXPECT_TRUE(BackUp());
     EXPECT_THAT(Sent(), ElementsAre(kEnd));
+    EXPECT_THAT(platform.LogTexts(), Not(Contains(HasSubstr("not editable"))));
 }
 
 TEST_F(ABackup, begins_with_a_line_about_the_message)

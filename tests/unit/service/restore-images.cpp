@@ -59,6 +59,17 @@ TEST_F(ARestore, takes_images_after_the_gallery_face)
     EXPECT_TRUE(ImagesAreTaken());
 }
 
+TEST_F(ARestore, takes_images_after_the_gallery_face_and_another)
+{
+    GiveFace(kGalleryFace);
+    GiveFace(kFace);
+    EXPECT_TRUE(ImagesAreTaken());
+    GiveFace("a");
+    GiveCurrent(kFace);
+    std::filesystem::remove(platform.Trusted("theme/Backgrounds/probe"));
+    EXPECT_TRUE(ImagesAreTaken());
+}
+
 TEST_F(ARestore, takes_images_after_the_face_that_takes_the_place_of_an_older_gallery_face)
 {
     GiveFace("com.corvane.watchface-kelp-u1");
