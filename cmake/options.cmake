@@ -12,6 +12,11 @@ option(WATCH_PREVIEWS "Draw the previews of the shipped faces" ${previews})
 set(WATCH_NATIVE_TOOLS "" CACHE PATH "Programs that run while building, of a build for this machine (cmake/build-tools.cmake)")
 set(WATCH_MEDIA_DIRS /srv/media CACHE STRING "What a device's programs may read beside the watch's files, with : between")
 
+# Times and file sizes have 64 bits on processors of 32 bits too: the watch goes on after 2038.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_TIME_BITS=64 _FILE_OFFSET_BITS=64)
+endif()
+
 # Warnings, hardening and sanitizers that every target of this project takes.
 add_library(watch-options INTERFACE)
 target_compile_options(watch-options INTERFACE

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "log-format.h"
+#include "utc-time.h"
 
 namespace {
 
@@ -41,12 +42,7 @@ std::string Now()
 {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    tm utc{};
-    gmtime_r(&now.tv_sec, &utc);
-    char text[40];
-    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
-    std::snprintf(text + length, sizeof text - length, ".%03ldZ ", now.tv_nsec / 1'000'000);
-    return text;
+    return Platform::UtcText(int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000) + " ";
 }
 
 // The service's lines begin "FILE: FUNCTION(LINE) > "; the journal has fields for these.

@@ -16,6 +16,7 @@
 #include "exit-status.h"
 #include "face-document.h"
 #include "unique-fd.h"
+#include "utc-time.h"
 
 namespace Wfctl {
 
@@ -90,16 +91,6 @@ void WriteSynced(const std::string& path, std::string_view bytes)
     Sync(file.Get(), path);
 }
 
-std::string Now()
-{
-    const std::time_t now = std::time(nullptr);
-    std::tm time{};
-    gmtime_r(&now, &time);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &time);
-    return text;
-}
-
 }  // namespace
 
 bool IsGalleryFace(const BackupItem& item)
@@ -159,7 +150,7 @@ bool BackupWriter::Add(const std::string& name, const std::string& bgType, const
 BackupManifest BackupWriter::Finish(const std::string& current)
 {
     mManifest.current = current;
-    mManifest.made = Now();
+    mManifest.made = Platform::UtcText("%Y-%m-%dT%H:%M:%SZ", std::time(nullptr));
     WriteSynced(mUnfinished + kManifestName, ManifestText(mManifest));
     for (const char* folder : {"/faces", "/pictures/theme", "/pictures/u1", "/pictures", ""})
         SyncFolder(mUnfinished + folder);

@@ -38,7 +38,7 @@ timespec StartOf(pid_t pid)
     const auto start = static_cast<long long>(process.startTime) * (kNanoseconds / ticks);
     const long long age = upTime.tv_sec * 1LL * kNanoseconds + upTime.tv_nsec - start;
     const long long at = now.tv_sec * 1LL * kNanoseconds + now.tv_nsec - age;
-    return {at / kNanoseconds, at % kNanoseconds};
+    return {static_cast<time_t>(at / kNanoseconds), static_cast<long>(at % kNanoseconds)};
 }
 
 // The service of the watch, where it can be asked.

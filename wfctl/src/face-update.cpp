@@ -13,6 +13,7 @@
 #include "documents.h"
 #include "event-loop-sdevent.h"
 #include "exit-status.h"
+#include "file-times.h"
 #include "private-watch.h"
 
 namespace Wfctl {
@@ -108,9 +109,9 @@ bool IsNotOlder(const std::string& path, const std::string& than)
     struct stat one {
     }, other{};
     if (stat(path.c_str(), &one) != 0 || stat(than.c_str(), &other) != 0) return false;
-    const bool sameSecond = one.st_mtim.tv_sec == other.st_mtim.tv_sec;
-    return sameSecond ? one.st_mtim.tv_nsec >= other.st_mtim.tv_nsec
-                      : one.st_mtim.tv_sec > other.st_mtim.tv_sec;
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return !IsEarlier(one.st_mtim, other.st_mtim) || IsEarlier(now, other.st_mtim);
 }
 
 FaceUpdate SameAgain(const Face& face, Seconds timeout)

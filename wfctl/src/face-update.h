@@ -47,7 +47,8 @@ private:
     ServicePeer mPeer;
 };
 
-// Whether the file at `path` is there and at least as new as the one at `than`.
+// Whether the file at `path` is there and at least as new as the one at `than`. One that is dated ahead of
+// the clock was written before the clock was put back; what came since is taken for newer.
 bool IsNotOlder(const std::string& path, const std::string& than);
 
 }  // namespace Wfctl

@@ -17,9 +17,11 @@
 #include "digest.h"
 #include "documents.h"
 #include "exit-status.h"
+#include "file-times.h"
 #include "files.h"
 #include "json-text.h"
 #include "unique-fd.h"
+#include "utc-time.h"
 
 namespace Wfctl {
 
@@ -34,17 +36,15 @@ std::string Below(const std::string& time)
     return Platform::CurrentAreas().root + "/lost+found" + (time.empty() ? "" : "/" + time);
 }
 
-bool IsEarlier(const timespec& one, const timespec& other)
-{
-    return std::pair(one.tv_sec, one.tv_nsec) < std::pair(other.tv_sec, other.tv_nsec);
-}
-
-// Whether the file, or all that the folder holds, was there like that before.
+// Whether the file, or all that the folder holds, was there like that before. What is dated ahead of the
+// clock was: the clock has been put back since.
 bool IsUnchangedSince(const fs::path& path, const timespec& before)
 {
     struct stat info {};
+    timespec now{};
     if (lstat(path.c_str(), &info) != 0) return false;
-    if (!IsEarlier(info.st_ctim, before)) return false;
+    clock_gettime(CLOCK_REALTIME, &now);
+    if (!IsEarlier(info.st_ctim, before) && !IsEarlier(now, info.st_ctim)) return false;
     if (!S_ISDIR(info.st_mode)) return true;
     std::error_code error;
     const fs::directory_iterator entries(path, error);
@@ -62,18 +62,14 @@ bool Move(const std::string& from, const std::string& to)
 // A new folder named by the time.
 std::string NewTime()
 {
-    const std::time_t now = std::time(nullptr);
-    std::tm parts{};
-    gmtime_r(&now, &parts);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &parts);
+    const std::string text = Platform::UtcText("%Y%m%dT%H%M%SZ", std::time(nullptr));
     std::error_code error;
     fs::create_directories(Below(""), error);
     std::string time = text;
     for (int again = 2; mkdir(Below(time).c_str(), 0700) != 0; ++again) {
         if (errno != EEXIST)
             throw Stop(Exit::kError, "[" + Below(time) + "] could not be made: " + std::strerror(errno));
-        time = text + std::string("-") + std::to_string(again);
+        time = text + "-" + std::to_string(again);
     }
     return time;
 }

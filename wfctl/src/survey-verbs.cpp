@@ -1,7 +1,5 @@
 // Usage records: survey.
 
-#include <cstdio>
-#include <ctime>
 #include <filesystem>
 
 #include "application-table.h"
@@ -11,6 +9,7 @@
 #include "log-format.h"
 #include "private-watch.h"
 #include "survey-store-sqlite.h"
+#include "utc-time.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -30,22 +29,10 @@ std::string Service()
     return std::string(Platform::kServiceId);
 }
 
-// "2026-03-01T12:30:00.250Z"
-std::string TimeText(int64_t milliseconds)
-{
-    const auto seconds = static_cast<time_t>(milliseconds / 1000);
-    tm utc{};
-    gmtime_r(&seconds, &utc);
-    char text[48];
-    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
-    std::snprintf(text + length, sizeof text - length, ".%03dZ", static_cast<int>(milliseconds % 1000));
-    return text;
-}
-
 Json RecordToJson(const SurveyRecord& record)
 {
     return Json::object({
-        {"time",        TimeText(record.time)                  },
+        {"time",        Platform::UtcText(record.time)         },
         {"application", BytesToJson(record.application)        },
         {"kind",        record.isFeature ? "feature" : "status"},
         {"feature",     BytesToJson(record.feature)            },
@@ -56,7 +43,7 @@ Json RecordToJson(const SurveyRecord& record)
 
 std::string RecordLine(const SurveyRecord& record)
 {
-    std::string line = TimeText(record.time) + "  " + record.application + "  " +
+    std::string line = Platform::UtcText(record.time) + "  " + record.application + "  " +
                        (record.isFeature ? "feature" : "status ") + "  " + record.feature + "  " +
                        record.value;
     if (!record.extra.empty()) line += "  " + record.extra;

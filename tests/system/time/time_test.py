@@ -193,6 +193,15 @@ class ARecordedTime(TurnedWatchTest):
         self.wfctl("doctor", "--undo", report["time"])
         self.assertTrue((self.rw(C1) / "notes.txt").exists())
 
+    def test_of_a_file_that_is_ahead_of_the_clock_does_not_keep_it_from_the_doctor(self):
+        self.wfctl("preview", "request", C1)
+        (self.rw(C1) / "notes.txt").write_text("x")
+        self.assertIn("changed after the service began", self.wfctl("doctor", "--fix", status=1))
+        self.turn(-YEAR)
+        report = json.loads(self.wfctl("doctor", "--fix", "--json"))
+        self.assertRegex(report["time"], r"^%d\d{4}T\d{6}Z$" % self.year_of(-YEAR))
+        self.assertFalse((self.rw(C1) / "notes.txt").exists())
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -171,6 +171,9 @@ TEST_F(AWatch, knows_what_is_wrong_with_a_preview)
     EXPECT_EQ(state(), "good");
     fs::last_write_time(preview, document - std::chrono::seconds(1));
     EXPECT_EQ(state(), "older");
+    fs::last_write_time(ReadWriteFace(kClassic) + "watchface.xml",
+                        fs::file_time_type::clock::now() + std::chrono::hours(1));
+    EXPECT_EQ(state(), "good");  // the clock was put back between the two
     fs::copy_file(BlankPicture(*this), preview, fs::copy_options::overwrite_existing);
     EXPECT_EQ(state(), "blank");
     fs::copy_file(ReadOnlyFace(kClassic) + "watchface.xml", preview, fs::copy_options::overwrite_existing);
