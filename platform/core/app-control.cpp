@@ -6,21 +6,8 @@
 #include <cstring>
 #include <new>
 
+#include "guarded.h"
 #include "launch-data.h"
-
-namespace {
-
-template <typename Body>
-int Guarded(Body&& body)
-{
-    try {
-        return body();
-    } catch (const std::bad_alloc&) {
-        return APP_CONTROL_ERROR_OUT_OF_MEMORY;
-    }
-}
-
-}  // namespace
 
 int app_control_create(app_control_h* handle)
 {
@@ -32,7 +19,7 @@ int app_control_create(app_control_h* handle)
 int app_control_clone(app_control_h* clone, app_control_h handle)
 {
     if (!clone || !handle) return APP_CONTROL_ERROR_INVALID_PARAMETER;
-    return Guarded([&] {
+    return Platform::Guarded<APP_CONTROL_ERROR_OUT_OF_MEMORY>([&] {
         *clone = new app_control_s(*handle);
         return APP_CONTROL_ERROR_NONE;
     });
@@ -48,7 +35,7 @@ int app_control_destroy(app_control_h handle)
 int app_control_set_app_id(app_control_h handle, const char* appId)
 {
     if (!handle || !appId) return APP_CONTROL_ERROR_INVALID_PARAMETER;
-    return Guarded([&] {
+    return Platform::Guarded<APP_CONTROL_ERROR_OUT_OF_MEMORY>([&] {
         handle->appId = appId;
         return APP_CONTROL_ERROR_NONE;
     });
@@ -57,7 +44,7 @@ int app_control_set_app_id(app_control_h handle, const char* appId)
 int app_control_add_extra_data(app_control_h handle, const char* key, const char* value)
 {
     if (!handle || !key || !*key || !value) return APP_CONTROL_ERROR_INVALID_PARAMETER;
-    return Guarded([&] {
+    return Platform::Guarded<APP_CONTROL_ERROR_OUT_OF_MEMORY>([&] {
         handle->extra[key] = std::string(value);
         return APP_CONTROL_ERROR_NONE;
     });

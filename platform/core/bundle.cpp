@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "bundle-data.h"
+#include "guarded.h"
 
 void bundle::Set(const std::string& key, std::string value)
 {
@@ -20,16 +21,6 @@ void bundle::Set(const std::string& key, Platform::StringArray strings)
 }
 
 namespace {
-
-template <typename Body>
-int Guarded(Body&& body)
-{
-    try {
-        return body();
-    } catch (const std::bad_alloc&) {
-        return BUNDLE_ERROR_OUT_OF_MEMORY;
-    }
-}
 
 const bundle::Value* Find(const bundle* b, const char* key)
 {
@@ -50,7 +41,7 @@ bundle* bundle_dup(bundle* original)
     if (!original) return nullptr;
     bundle* copy = bundle_create();
     if (!copy) return nullptr;
-    const int code = Guarded([&] {
+    const int code = Platform::Guarded<BUNDLE_ERROR_OUT_OF_MEMORY>([&] {
         for (const auto& [key, value] : original->values) {
             if (const auto* text = std::get_if<std::string>(&value)) {
                 copy->Set(key, *text);
@@ -75,7 +66,7 @@ int bundle_free(bundle* b)
 int bundle_add_str(bundle* b, const char* key, const char* value)
 {
     if (!b || !key || !value) return BUNDLE_ERROR_INVALID_PARAMETER;
-    return Guarded([&] {
+    return Platform::Guarded<BUNDLE_ERROR_OUT_OF_MEMORY>([&] {
         b->Set(key, std::string(value));
         return BUNDLE_ERROR_NONE;
     });
@@ -84,7 +75,7 @@ int bundle_add_str(bundle* b, const char* key, const char* value)
 int bundle_add_str_array(bundle* b, const char* key, const char** values, int count)
 {
     if (!b || !key || count < 0 || (count > 0 && !values)) return BUNDLE_ERROR_INVALID_PARAMETER;
-    return Guarded([&] {
+    return Platform::Guarded<BUNDLE_ERROR_OUT_OF_MEMORY>([&] {
         Platform::StringArray strings;
         for (int i = 0; i < count; ++i) strings.emplace_back(values[i] ? values[i] : "");
         b->Set(key, std::move(strings));
