@@ -12,6 +12,7 @@
 #include "late-icu.h"
 #include "platform-log.h"
 #include "recent.h"
+#include "zone-id.h"
 
 namespace Platform {
 
@@ -119,12 +120,10 @@ std::string LocaleOf(const std::string& language, UErrorCode* status)
 // The id of a time zone; fails for one that ICU does not know, which would be shown as UTC.
 std::u16string ZoneOf(std::string_view path, UErrorCode* status)
 {
-    constexpr std::string_view kFolder = "/zoneinfo/";
-    const auto folder = path.rfind(kFolder);
-    if (folder != std::string_view::npos) path.remove_prefix(folder + kFolder.size());
-    const std::u16string id = FromUtf8(path, status);
+    const std::u16string id = FromUtf8(ZoneIdOf(path), status);
     UChar canonical[kLongestName];
     Icu().canonicalZone(id.data(), Length(id), canonical, int32_t{kLongestName}, nullptr, status);
+    if (id == u"" UCAL_UNKNOWN_ZONE_ID) *status = U_ILLEGAL_ARGUMENT_ERROR;
     return id;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "twelve-hour-locales.h"  // generated
+#include "zone-id.h"
 
 namespace Platform {
 
@@ -65,10 +66,9 @@ std::string EnvironmentTimezone()
     if (!zone.empty() && zone != kLocalTime) return zone;
     char target[PATH_MAX];
     const ssize_t length = readlink(kLocalTime, target, sizeof target);
-    const std::string path(target, length > 0 ? static_cast<std::size_t>(length) : 0);
-    constexpr std::string_view kFolder = "zoneinfo/";
-    const auto at = path.find(kFolder);
-    return at == std::string::npos ? "UTC" : path.substr(at + kFolder.size());
+    const std::string path = "/" + std::string(target, length > 0 ? static_cast<std::size_t>(length) : 0);
+    const std::string_view id = ZoneIdOf(path);
+    return id == path ? "UTC" : std::string(id);
 }
 
 }  // namespace Platform

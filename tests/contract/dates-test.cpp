@@ -98,9 +98,46 @@ TEST_F(ADate, keeps_summer_time)
     EXPECT_EQ(In("Europe/Berlin", kWinter), "02 03:40");
 }
 
+TEST_F(ADate, leaves_out_the_hour_that_summer_time_skips)
+{
+    EXPECT_EQ(In("Europe/Berlin", 1'774'745'999'999), "29 01:59");
+    EXPECT_EQ(In("Europe/Berlin", 1'774'746'000'000), "29 03:00");
+    EXPECT_EQ(In("America/New_York", 1'772'953'199'999), "08 01:59");
+    EXPECT_EQ(In("America/New_York", 1'772'953'200'000), "08 03:00");
+}
+
+TEST_F(ADate, tells_the_hour_that_is_there_twice_apart_by_its_zone)
+{
+    const Request request{.skeleton = "dd HH:mm xxx", .timezone = "Europe/Berlin"};
+    EXPECT_EQ(Text(request, 1'792'888'200'000), "25 02:30 +02:00");
+    EXPECT_EQ(Text(request, 1'792'891'800'000), "25 02:30 +01:00");
+    EXPECT_EQ(Text(request, 1'792'891'799'999), "25 02:29 +01:00");
+}
+
+TEST_F(ADate, leaves_out_a_day_that_its_zone_has_not)
+{
+    EXPECT_EQ(In("Pacific/Apia", 1'325'239'199'999), "29 23:59");
+    EXPECT_EQ(In("Pacific/Apia", 1'325'239'200'000), "31 00:00");
+}
+
+TEST_F(ADate, has_the_rules_of_its_year)
+{
+    const auto berlin = [](int64_t instant) {
+        return Text({.skeleton = "yyyy-MM-dd HH:mm", .timezone = "Europe/Berlin"}, instant);
+    };
+    EXPECT_EQ(berlin(-2'208'988'800'000), "1900-01-01 01:00");
+    EXPECT_EQ(berlin(2'147'483'647'999), "2038-01-19 04:14");
+    EXPECT_EQ(berlin(2'147'483'648'000), "2038-01-19 04:14");
+    EXPECT_EQ(berlin(4'086'748'799'999), "2099-07-03 09:59");
+    EXPECT_EQ(berlin(4'102'441'199'999), "2099-12-31 23:59");
+    EXPECT_EQ(berlin(253'402'300'799'999), "10000-01-01 00:59");
+}
+
 TEST_F(ADate, takes_the_zone_from_a_zoneinfo_path)
 {
     EXPECT_EQ(In("/usr/share/zoneinfo/Asia/Seoul"), "14 17:09");
+    EXPECT_EQ(In("/usr/share/zoneinfo/posix/Asia/Seoul"), "14 17:09");
+    EXPECT_EQ(In("/usr/share/zoneinfo/right/Asia/Seoul"), "14 17:09");
     EXPECT_EQ(In("/opt/zoneinfo/2026/zoneinfo/America/Argentina/Ushuaia"), "14 05:09");
 }
 
@@ -109,7 +146,7 @@ TEST_F(ADate, of_an_unknown_zone_is_empty)
     for (const std::string& zone :
          {std::string(), std::string("Mars/Base"), std::string("/etc/localtime"),
           std::string("/usr/share/zoneinfo/"), std::string(100'000, 'x'), std::string("Asia/Seoul\xff"),
-          std::string("Asia/Seoul\n"), std::string("europe")}) {
+          std::string("Asia/Seoul\n"), std::string("europe"), std::string("Etc/Unknown")}) {
         EXPECT_EQ(In(zone), "") << zone.substr(0, 100);
     }
 }

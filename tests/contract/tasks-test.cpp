@@ -2,6 +2,7 @@
 
 #include "common-util-tasks.h"
 #include "contract-test.h"
+#include "files.h"
 
 namespace Contract {
 namespace {
@@ -264,6 +265,19 @@ TEST_F(ATimer, that_answers_again_runs_after_each_interval)
     timer.Start();
     ASSERT_TRUE(harness->RunUntil([&] { return runs == 3; }));
     EXPECT_GE(harness->Now() - start, 0.06 - kRounding);
+}
+
+TEST_F(ATimer, that_was_due_more_than_once_in_a_pause_runs_once_and_goes_on_from_then)
+{
+    std::vector<double> times;
+    CommonUtilTimer timer(0.02, [&] {
+        times.push_back(harness->Now());
+        return kCommonUtilTaskAgain;
+    });
+    timer.Start();
+    usleep(60'000);
+    ASSERT_TRUE(harness->RunUntil([&] { return times.size() == 2; }));
+    EXPECT_GE(times[1] - times[0], 0.02 - kRounding);
 }
 
 TEST_F(ATimer, that_answers_end_does_not_run_again)

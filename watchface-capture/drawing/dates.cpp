@@ -6,25 +6,31 @@
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
+#include <utility>
+
+#include "zone-id.h"
+
 namespace Drawing {
 namespace {
 
 constexpr size_t kMostFormatters = 64;
 constexpr char16_t kNoBreakSpace = 0xa0, kNarrowSpace = 0x202f;
 
-// "/usr/share/zoneinfo/Asia/Seoul" as "Asia/Seoul".
-std::string IdOf(std::string_view path)
+using ZonePtr = std::unique_ptr<icu::TimeZone>;
+
+// Null for a zone that is not known, which ICU would show as UTC.
+ZonePtr ZoneOf(const std::string& id)
 {
-    constexpr std::string_view kFolder = "/zoneinfo/";
-    const size_t folder = path.rfind(kFolder);
-    if (folder != std::string_view::npos) path.remove_prefix(folder + kFolder.size());
-    return std::string(path);
+    ZonePtr zone(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(id)));
+    icu::UnicodeString known;
+    if (zone->getID(known) == UNICODE_STRING_SIMPLE(UCAL_UNKNOWN_ZONE_ID)) zone.reset();
+    return zone;
 }
 
-// Never null; an unknown zone is UTC by another name.
-std::unique_ptr<icu::TimeZone> ZoneOf(const std::string& id)
+// What a watch that does not know its zone counts in.
+ZonePtr ZoneOrUtc(ZonePtr zone)
 {
-    return std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(id)));
+    return zone ? std::move(zone) : ZonePtr(icu::TimeZone::getGMT()->clone());
 }
 
 bool IsNumber(std::string_view skeleton)
@@ -100,7 +106,7 @@ struct Dates::Formatter {
         const icu::UnicodeString pattern = PatternOf(skeleton, settings, locale, status);
         if (U_FAILURE(status)) return;
         format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
-        format->adoptTimeZone(ZoneOf(zone).release());
+        format->adoptTimeZone(ZoneOrUtc(ZoneOf(zone)).release());
         if (U_FAILURE(status)) format.reset();
     }
 };
@@ -110,9 +116,11 @@ Dates::~Dates() = default;
 
 Moment Dates::At(std::string_view zone, const TimeOfDay& time) const
 {
-    Moment moment{0, IdOf(zone), time};
+    Moment moment{0, std::string(Platform::ZoneIdOf(zone)), time};
+    ZonePtr known = ZoneOf(moment.zone);
+    if (!known) moment.zone.clear();
     UErrorCode status = U_ZERO_ERROR;
-    icu::GregorianCalendar calendar(ZoneOf(moment.zone).release(), status);
+    icu::GregorianCalendar calendar(ZoneOrUtc(std::move(known)).release(), status);
     if (U_FAILURE(status)) return moment;
     calendar.clear();
     calendar.set(kPreviewYear, kPreviewMonth - 1, kPreviewDay, time.hour, time.minute, time.second);
@@ -122,12 +130,13 @@ Moment Dates::At(std::string_view zone, const TimeOfDay& time) const
 
 std::optional<Moment> Dates::SeenIn(const Moment& moment, std::string_view zone) const
 {
-    const std::string id = IdOf(zone);
-    const auto known = ZoneOf(id);
+    const std::string id(Platform::ZoneIdOf(zone));
+    const ZonePtr known = ZoneOf(id);
+    if (!known || moment.zone.empty()) return std::nullopt;
     int32_t offset = 0, saving = 0;
     UErrorCode status = U_ZERO_ERROR;
     known->getOffset(moment.instant, false, offset, saving, status);
-    if (U_FAILURE(status) || *known == icu::TimeZone::getUnknown()) return std::nullopt;
+    if (U_FAILURE(status)) return std::nullopt;
     constexpr int64_t kSecond = 1000, kMinute = 60, kHour = 60, kDay = 24;
     const int64_t seconds = (static_cast<int64_t>(moment.instant) + offset + saving) / kSecond;
     return Moment{

@@ -23,7 +23,7 @@ struct TimeOfDay {
 // A point in time as it is seen somewhere.
 struct Moment {
     double instant = 0;  // milliseconds since 1970 UTC
-    std::string zone;    // where it is seen: an id
+    std::string zone;    // where it is seen: an id; empty where nobody knows
     TimeOfDay time;      // there
 };
 
@@ -34,10 +34,9 @@ public:
     Dates(const Dates&) = delete;
     Dates& operator=(const Dates&) = delete;
 
-    // The preview's date at `time` in `zone`: an id, or a path with an id after "/zoneinfo/". UTC stands in
-    // for an unknown one.
+    // The preview's date at `time` in `zone`: an id, or a path with an id after "/zoneinfo/".
     Moment At(std::string_view zone, const TimeOfDay& time) const;
-    // The same instant elsewhere; nothing when the zone is not known.
+    // The same instant elsewhere; nothing when either zone is not known.
     std::optional<Moment> SeenIn(const Moment& moment, std::string_view zone) const;
 
     // UTF-8. Empty when the skeleton means nothing to the language.

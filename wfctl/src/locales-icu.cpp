@@ -13,6 +13,7 @@
 
 #include "late-icu.h"
 #include "nearest-name.h"
+#include "zone-id.h"
 
 namespace Wfctl {
 
@@ -51,13 +52,6 @@ std::vector<std::string_view> Languages()
     if (!count || !available) return languages;
     for (int32_t i = 0; i < count(); ++i) languages.emplace_back(available(i));
     return languages;
-}
-
-std::string_view WithoutFolder(std::string_view timezone)
-{
-    constexpr std::string_view kFolder = "zoneinfo/";
-    const auto folder = timezone.rfind(kFolder);
-    return folder == std::string_view::npos ? timezone : timezone.substr(folder + kFolder.size());
 }
 
 // The ids of all time zones, or of one country's.
@@ -125,7 +119,7 @@ std::string LanguageProblem(const std::string& language)
 
 std::string TimezoneProblem(const std::string& timezone)
 {
-    const std::string_view id = WithoutFolder(timezone);
+    const std::string_view id = Platform::ZoneIdOf(timezone);
     const std::vector<std::string> ids = Timezones();
     if (ids.empty() || std::find(ids.begin(), ids.end(), id) != ids.end()) return {};
     std::string_view meant = WithSameCity(id, ids);
@@ -138,7 +132,7 @@ std::string CountryOfTimezone(const std::string& timezone)
     static const auto countries = LATE_ICU_UC(uloc_getISOCountries);
     static const auto displayCountry = LATE_ICU_UC(uloc_getDisplayCountry);
     if (!countries || !displayCountry) return {};
-    const std::string id(WithoutFolder(timezone));
+    const std::string id(Platform::ZoneIdOf(timezone));
     for (const char* const* country = countries(); *country; ++country) {
         const std::vector<std::string> ids = Timezones(*country);
         if (std::find(ids.begin(), ids.end(), id) == ids.end()) continue;

@@ -10,7 +10,7 @@ namespace Wfctl {
 // names one, are known; else one line that names what may be meant. Without ICU everything is taken.
 std::string LanguageProblem(const std::string& language);
 
-// The same for a time zone: an id such as "Asia/Seoul", or a path that holds one behind "zoneinfo/".
+// The same for a time zone: an id such as "Asia/Seoul", or a path that holds one behind "/zoneinfo/".
 std::string TimezoneProblem(const std::string& timezone);
 
 // The country of a time zone's id, in English; empty for a zone of no country.

@@ -1,6 +1,10 @@
 // The time of other places, and hands that turn once a day.
 
+#include <fstream>
+#include <sstream>
+
 #include "a-drawing.h"
+#include "dates.h"
 
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -53,6 +57,8 @@ TEST_F(APlace, has_its_own_date)
 
 TEST_F(APlace, is_found_by_a_path_of_the_zone_files)
 {
+    EXPECT_EQ(PixelsOf(In(R"(timezone-path="/opt/share/zoneinfo/posix/Asia/Tokyo")", Time())),
+              PixelsOfText("17:08"));
     EXPECT_EQ(PixelsOf(In(R"(timezone-path="/opt/share/zoneinfo/Asia/Tokyo")", Time())),
               PixelsOfText("17:08"));
 }
@@ -91,8 +97,34 @@ TEST_F(APlace, counts_from_the_watchs_own_zone)
 {
     settings.timezone = "Asia/Tokyo";
     EXPECT_EQ(PixelsOf(In(R"(timezone-path="Europe/Berlin")", Time())), PixelsOfText("03:08"));
-    settings.timezone = "nonsense";  // stands for UTC
-    EXPECT_EQ(PixelsOf(In(R"(timezone-path="Europe/Berlin")", Time())), PixelsOfText("12:08"));
+    EXPECT_THAT(result.warnings, IsEmpty());
+}
+
+TEST_F(APlace, shows_the_watchs_time_with_a_warning_where_the_watch_does_not_know_its_zone)
+{
+    for (const char* zone : {"nonsense", "", "Etc/Unknown", "CET-1CEST,M3.5.0,M10.5.0/3"}) {
+        settings.timezone = zone;
+        Draw(In(R"(timezone-path="Europe/Berlin")", Time()));
+        EXPECT_THAT(Warning(), HasSubstr("<layer>: the watch's time zone is not known")) << zone;
+        const std::string shown = Pixels();
+        EXPECT_EQ(shown, PixelsOfText("10:08")) << zone;
+    }
+}
+
+// So a preview's time exists, and once, wherever the watch is.
+TEST(ThePreviewsDay, has_24_hours_in_every_zone)
+{
+    std::ifstream table("/usr/share/zoneinfo/zone1970.tab");
+    const Drawing::Dates dates;
+    int zones = 0;
+    for (std::string line, country, place, zone; std::getline(table, line);) {
+        if (line.starts_with('#') || !(std::istringstream(line) >> country >> place >> zone)) continue;
+        const Drawing::Moment first = dates.At(zone, {0, 0, 0}), last = dates.At(zone, {23, 59, 59});
+        if (first.zone.empty()) continue;  // newer than ICU
+        ++zones;
+        EXPECT_EQ(last.instant - first.instant, 86'399'000) << zone;
+    }
+    EXPECT_GT(zones, 300);
 }
 
 TEST_F(APlace, turns_the_hands_of_its_layer)
