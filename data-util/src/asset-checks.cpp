@@ -68,6 +68,12 @@ std::optional<Asset> Look(const std::string& folder, std::string_view path)
     return AssetOf(header);
 }
 
+void CollectImages(const Node& node, std::set<std::string>& paths)
+{
+    if (node.Is(Element::kImage)) paths.insert(node.Get("src"));
+    for (const Node& child : node.children) CollectImages(child, paths);
+}
+
 class AssetChecks {
 public:
     AssetChecks(const FaceDocument& document, const std::vector<std::string>& folders)
@@ -140,6 +146,14 @@ private:
 };
 
 }  // namespace
+
+std::set<std::string> AssetPaths(const FaceDocument& document)
+{
+    std::set<std::string> paths;
+    for (const Photos& photos : document.photos) paths.insert(photos.defaultImage);
+    CollectImages(document.root, paths);
+    return paths;
+}
 
 std::vector<Finding> CheckAssets(const FaceDocument& document, const std::vector<std::string>& folders)
 {

@@ -2,12 +2,17 @@
 
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
 #include "face-document.h"
 
 namespace DataUtil {
+
+// The paths of the images of the document and of the default images of its photos, as it names them; each
+// once.
+std::set<std::string> AssetPaths(const FaceDocument& document);
 
 // The findings about the images of the document and the default images of its photos, by place: those that
 // are not there, are no PNG of at most 4096 x 4096 pixels, or have more than twice the width or height of the

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
+#include <set>
 
 #include "application-table.h"
 #include "areas.h"
 #include "arguments.h"
+#include "asset-checks.h"
 #include "exit-status.h"
 #include "face-document.h"
 #include "faces.h"
@@ -140,11 +143,29 @@ private:
 
     void LookAtFolder(const Face& face)
     {
+        const auto assets = AssetEntriesOf(face);
+        if (!assets) return;
         const std::string known[] = {face.ResultXml(), face.WatchfaceXml(), face.Preview(),
                                      face.folder + kMarker};
         for (const fs::path& path : EntriesOf(face.folder)) {
-            if (std::ranges::find(known, path.string()) == std::end(known) && !IsLeftOver(path))
+            if (std::ranges::find(known, path.string()) == std::end(known) && !IsLeftOver(path) &&
+                !assets->contains(path.filename().string()))
                 AddMovable("unknown-file", path, face.name, "is no file of a face");
+        }
+    }
+
+    // What of its folder the face's document may name as images; nothing where that is not known.
+    static std::optional<std::set<std::string>> AssetEntriesOf(const Face& face)
+    {
+        try {
+            const auto document = DataUtil::ParseFace(ReadNamedFile(face.ResultXml())).document;
+            if (!document) return std::nullopt;
+            std::set<std::string> entries;
+            for (const std::string& path : DataUtil::AssetPaths(*document))
+                entries.insert(path.substr(0, path.find('/')));
+            return entries;
+        } catch (const Stop&) {
+            return std::nullopt;
         }
     }
 

@@ -2,7 +2,9 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 
+#include "asset-checks.h"
 #include "connection.h"
 #include "documents.h"
 #include "exit-status.h"
@@ -32,18 +34,20 @@ struct InstallArguments {
 
 struct Document {
     std::string xml, name, label;
+    std::set<std::string> assets;
     bool isGood = false;
 };
 
 // The face's name and label where the user gave none: the document's own.
 Document ReadDocument(const InstallArguments& arguments)
 {
-    Document document{ReadNamedFile(arguments.file), arguments.name, arguments.label, false};
+    Document document{ReadNamedFile(arguments.file), arguments.name, arguments.label, {}, false};
     const DataUtil::ParseResult parsed = DataUtil::ParseFace(document.xml);
     document.isGood = parsed.document.has_value();
     if (parsed.document) {
         if (document.name.empty()) document.name = parsed.document->id;
         if (document.label.empty()) document.label = FactsOf(document.xml).title;
+        document.assets = DataUtil::AssetPaths(*parsed.document);
     }
     std::string stem = fs::path(arguments.file).stem().string();
     if (document.name.empty() && stem.ends_with(kResultSuffix)) {
@@ -70,6 +74,20 @@ void KeepSelection(Document& document)
     document.xml = std::move(migrated.text);
 }
 
+// A message carries the document alone.
+void WarnOfMissingAssets(const Document& document)
+{
+    const std::string folder = WritableFace(document.name).folder;
+    for (const std::string& asset : document.assets) {
+        std::error_code error;
+        if (fs::exists(folder + asset, error) ||
+            fs::exists(ShippedFaces() + document.name + "/" + asset, error))
+            continue;
+        Warn("[" + asset + "] is not on the watch, so the face is shown without it; put it at [" + folder +
+             asset + "], then: wfctl preview request " + document.name);
+    }
+}
+
 Exit Install(const Options& options, const InstallArguments& arguments)
 {
     Document document = ReadDocument(arguments);
@@ -86,6 +104,7 @@ Exit Install(const Options& options, const InstallArguments& arguments)
                             !arguments.noWait,
                             Seconds(arguments.timeout)};
     updater.Store(update, [](const Json& reply) { PrintLine(JsonLine(reply)); });
+    WarnOfMissingAssets(document);
     return Exit::kDone;
 }
 

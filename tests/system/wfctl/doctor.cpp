@@ -10,6 +10,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -89,6 +90,21 @@ TEST_F(ADoctor, moves_unknown_files_away_and_puts_them_back)
     const std::string path = ReadWriteFace(kClassic) + "notes.txt";
     Plant(path);
     IsFoundMovedAndPutBack("unknown-file", path);
+}
+
+TEST_F(ADoctor, leaves_the_images_that_a_face_names)
+{
+    const std::string album = "com.corvane.watchface-mirel-u1";
+    ASSERT_EQ(Run({"preview", "request", album}).status, 0);
+    Plant(ReadWriteFace(album) + "backdrop/dusk.png");
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, leaves_files_of_a_face_whose_document_cannot_say_what_it_names)
+{
+    Plant(ReadWriteFace(kClassic) + kClassic + "_result.xml", "<face-result/>");
+    Plant(ReadWriteFace(kClassic) + "notes.txt");
+    EXPECT_THAT(Codes(Findings()), Not(Contains("unknown-file")));
 }
 
 TEST_F(ADoctor, moves_files_that_are_no_face_away_and_puts_them_back)

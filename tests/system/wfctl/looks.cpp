@@ -41,6 +41,17 @@ Json ById(const Json& items, const char* id)
 
 }  // namespace
 
+TEST_F(AWatch, says_which_images_of_an_installed_face_it_has_not)
+{
+    const std::string own = Holding("own_result.xml", OwnFace("1", "round"));
+    const Result installed = Run({"install", own});
+    EXPECT_EQ(installed.status, 0);
+    EXPECT_THAT(installed.err, HasSubstr("[none.png] is not on the watch"));
+    std::ofstream(ReadWriteFace(kOwn) + "none.png") << "x";
+    EXPECT_EQ(Run({"update", own}).err, "");
+    EXPECT_EQ(Run({"install", StagedResultXml("com.corvane.watchface-mirel-u1")}).err, "");
+}
+
 TEST_F(AWatch, shows_what_a_face_offers)
 {
     const Result shown = Run({"show", kClassic, "--json"});

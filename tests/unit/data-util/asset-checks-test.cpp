@@ -55,6 +55,12 @@ protected:
     std::string mFolder, mFirst, mSecond;
 };
 
+TEST_F(AnAsset, is_an_image_or_the_default_of_photos)
+{
+    EXPECT_THAT(DataUtil::AssetPaths(*DataUtil::ParseFace(mText).document),
+                ElementsAre("bg/face.png", "bg/plain.png", "dial/rim.png"));
+}
+
 TEST_F(AnAsset, is_found_in_the_second_folder_when_the_first_has_none)
 {
     EXPECT_THAT(Codes(), IsEmpty());
