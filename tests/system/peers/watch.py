@@ -46,6 +46,7 @@ class WatchTest(unittest.TestCase):
     """Each test has a watch of its own, taken down afterwards."""
 
     language = "en_GB.UTF-8"
+    under = ()  # the command that wfctl, and with it the watch, runs under
 
     def setUp(self):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="watch-system-"))
@@ -63,7 +64,7 @@ class WatchTest(unittest.TestCase):
                                 if line.startswith(("DBUS_SESSION_BUS_ADDRESS=", "WATCH_ROOT=", "WATCH_RESOURCES=")))
 
     def wfctl(self, *arguments, status=0):
-        done = subprocess.run([PREFIX / "bin/wfctl", *map(str, arguments)], env=self.environment, timeout=60,
+        done = subprocess.run([*self.under, PREFIX / "bin/wfctl", *map(str, arguments)], env=self.environment, timeout=60,
                               capture_output=True, text=True, stdin=subprocess.DEVNULL)
         self.assertEqual(done.returncode, status, done.stderr + done.stdout)
         return done.stdout

@@ -4,14 +4,15 @@ import datetime
 import json
 import os
 import signal
+import subprocess
 import time
 import unittest
 
 import retail_test
 from jeepney import DBusAddress, new_method_call
 from jeepney.bus_messages import message_bus
-from turned_clock import AHEAD_AND_BACK, HOUR, YEAR, TurnedWatchTest
-from watch import C1, CAPTURE, HOME, MANAGER, SERVICE, wait_for
+from turned_clock import AHEAD_AND_BACK, HOUR, YEAR, TurnedWatchTest, timers
+from watch import C1, CAPTURE, HOME, MANAGER, SERVICE, WatchTest, wait_for
 
 EXPIRED = " > update preview fallback timer expired!!\n"
 DONE = " > update preview done!!\n"
@@ -60,11 +61,34 @@ class AnAwaitedCapture(TurnedWatchTest):
         self.request()
         os.kill(pid, signal.SIGSTOP)
         self.addCleanup(os.kill, pid, signal.SIGCONT)
-        wait_for(lambda: any(ticks for _, ticks in self.timers(pid)) or EXPIRED in self.log())
+        wait_for(lambda: any(ticks for _, ticks in timers(pid)) or EXPIRED in self.log())
         os.kill(pid, signal.SIGCONT)
         self.wait_for_log(EXPIRED)
         self.assert_nothing_more()
         self.assertEqual(self.log().count(EXPIRED), 1)
+
+
+class ACaptureBeforeARest(WatchTest):
+    def test_is_drawn_after_it(self):
+        manager = self.peer(MANAGER)
+        self.wfctl("preview", "request", C1)
+        service, capture = self.pid_of(SERVICE[0]), self.pid_of(CAPTURE[0])
+        self.rest(capture)
+        self.preview(C1).unlink()
+        self.send(manager, {"type": "watch-setting-updated", "pkgid": C1, "data/label": "Mirel",
+                            "data/xml_data": self.result_xml(C1)})
+        wait_for(lambda: any("status" in message.bundle for message in manager.wait(2, timeout=1)))
+        self.rest(service)
+        wait_for(lambda: any(ticks for _, ticks in timers(service)) or EXPIRED in self.log())
+        os.kill(service, signal.SIGCONT)
+        os.kill(capture, signal.SIGCONT)
+        self.wait_for_captures(2)
+        self.assertEqual(self.preview(C1).read_bytes(), self.drawing(C1, "en_GB", 24))
+        self.assertEqual(self.starts_of(CAPTURE[0]), 1)
+
+    def rest(self, pid):
+        os.kill(pid, signal.SIGSTOP)
+        self.addCleanup(lambda: os.path.exists("/proc/%d" % pid) and os.kill(pid, signal.SIGCONT))
 
 
 class AHeldReply(retail_test.ARetailReset, TurnedWatchTest):
@@ -116,8 +140,50 @@ class ATimer(TurnedWatchTest):
     def test_counts_the_time_that_the_machine_is_awake(self):
         self.wfctl("preview", "request", C1)
         for app in (SERVICE[0], CAPTURE[0]):
-            clocks = {clock for clock, _ in self.timers(self.pid_of(app))}
+            clocks = {clock for clock, _ in timers(self.pid_of(app))}
             self.assertEqual(clocks, {self.MONOTONIC}, app)
+
+
+class AWatchUpForLong(WatchTest):
+    """Its machine started 144 years ago and slept through eight of them: seconds beyond 32 bits."""
+
+    under = ("unshare", "--time", "--monotonic", "4310000000", "--boottime", "4560000000", "--")
+
+    @classmethod
+    def setUpClass(cls):
+        done = subprocess.run([*cls.under, "true"], capture_output=True, text=True)
+        if done.returncode != 0:
+            raise unittest.SkipTest("no clocks of its own here: " + done.stderr)
+
+    def test_draws_and_gives_captures_up(self):
+        self.wfctl("preview", "request", C1)
+        wait_for(lambda: DONE in self.log() or EXPIRED in self.log())
+        self.kill(CAPTURE[0])
+        self.peer(CAPTURE)
+        given_up = self.log().count(EXPIRED)
+        begin = time.monotonic()
+        self.send(self.peer(HOME), {"type": "watch-setting-updated", "pkgid": C1, "data/label": "Mirel",
+                                    "data/xml_data": self.result_xml(C1)})
+        self.wait_for_log(EXPIRED, given_up + 1)
+        self.assertGreaterEqual(time.monotonic() - begin, 0.5)
+
+    def test_tells_what_came_after_its_service_began(self):
+        self.wfctl("preview", "request", C1)
+        (self.rw(C1) / "notes.txt").write_text("x")
+        self.assertIn("changed after the service began", self.wfctl("doctor", "--fix", status=1))
+        self.wfctl("down", "--root", self.root)
+        self.up()
+        self.wfctl("doctor", "--fix")
+        self.assertFalse((self.rw(C1) / "notes.txt").exists())
+
+    def test_traces_with_times_that_are_exact(self):
+        self.wfctl("trace", "on")
+        self.wfctl("date", "y")
+        self.wfctl("trace", "off", "-o", self.root / "trace.json")
+        times = [event["ts"] for event in json.loads((self.root / "trace.json").read_text()) if "ts" in event]
+        self.assertGreater(len(times), 1)
+        self.assertGreater(min(times), 4.31e15)
+        self.assertLess(max(times) - min(times), 60e6)
 
 
 class ATimeZone(TurnedWatchTest):

@@ -12,6 +12,19 @@ AHEAD_AND_BACK = {"an hour ahead": HOUR, "an hour back": -HOUR, "forty years ahe
                   "forty years back": -40 * YEAR}
 
 
+def timers(pid):
+    """What the kernel knows of the timers of a process: for each the clock and how often it has run out."""
+    found = []
+    for info in pathlib.Path("/proc/%d/fdinfo" % pid).iterdir():
+        try:
+            values = dict(re.findall(r"^(clockid|ticks): *(\d+)$", info.read_text(), re.MULTILINE))
+        except OSError:
+            continue  # closed meanwhile
+        if values:
+            found.append((int(values["clockid"]), int(values["ticks"])))
+    return found
+
+
 class TurnedWatchTest(WatchTest):
     def up(self):
         self.clock, self.localtime = self.root / "clock", self.root / "localtime"
@@ -33,15 +46,3 @@ class TurnedWatchTest(WatchTest):
         new = self.root / "localtime.new"
         new.symlink_to("/usr/share/zoneinfo/" + zone)
         new.rename(self.localtime)
-
-    def timers(self, pid):
-        """What the kernel knows of the timers of a process: for each the clock and how often it has run out."""
-        found = []
-        for info in pathlib.Path("/proc/%d/fdinfo" % pid).iterdir():
-            try:
-                values = dict(re.findall(r"^(clockid|ticks): *(\d+)$", info.read_text(), re.MULTILINE))
-            except OSError:
-                continue  # closed meanwhile
-            if values:
-                found.append((int(values["clockid"]), int(values["ticks"])))
-        return found
