@@ -7,7 +7,6 @@ using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 using testing::SizeIs;
 
 namespace {
@@ -109,6 +108,16 @@ TEST_F(ASettingsWatcher, compares_with_what_was_set_last)
                                      "SYSTEM_SETTINGS_KEY_LOCALE_TIMEFORMAT_24HOUR changed [1] -> [0]",
                                      "SYSTEM_SETTINGS_KEY_LOCALE_TIMEFORMAT_24HOUR changed [0] -> [1]"));
     EXPECT_THAT(Captured(), SizeIs(6 * 2));
+}
+
+TEST_F(ASettingsWatcher, keeps_language_and_country_apart)
+{
+    platform.SetLanguage("ko_KR");
+    platform.RunUntilIdle();
+    platform.SetCountry("ko_KR");
+    platform.RunUntilIdle();
+    EXPECT_THAT(platform.Infos(), Contains("SYSTEM_SETTINGS_KEY_LOCALE_LANGUAGE changed [en_GB] -> [ko_KR]"));
+    EXPECT_THAT(platform.Infos(), Contains("SYSTEM_SETTINGS_KEY_LOCALE_COUNTRY changed [en_GB] -> [ko_KR]"));
 }
 
 TEST_F(ASettingsWatcher, tells_languages_that_differ_in_case_apart)
