@@ -38,7 +38,11 @@ public:
     // The owner's unique name; empty when the name has none or it could not be told.
     using Then = std::function<void(const std::string& owner)>;
 
-    explicit OwnerLedger(Watcher& watcher, std::size_t mostNames = 256, std::size_t mostQuestions = 1024);
+    static constexpr std::size_t kMostNames = 256;
+    static constexpr std::size_t kMostQuestions = std::size_t{16} << 10;
+
+    explicit OwnerLedger(Watcher& watcher, std::size_t mostNames = kMostNames,
+                         std::size_t mostQuestions = kMostQuestions);
     OwnerLedger(const OwnerLedger&) = delete;
     OwnerLedger& operator=(const OwnerLedger&) = delete;
 

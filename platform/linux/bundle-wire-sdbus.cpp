@@ -191,7 +191,8 @@ bool ReadEntries(sd_bus_message* m, bool bytes, std::string* error, Put&& put)
 
 std::size_t BundleBytes(const bundle& values)
 {
-    return AmountOf(values).bytes;
+    const Amount sum = AmountOf(values);
+    return sum.bytes + sum.strings * kBytesBesideString;
 }
 
 int AppendBundle(sd_bus_message* message, const bundle& values)

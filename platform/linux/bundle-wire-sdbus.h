@@ -19,6 +19,9 @@ using BundlePtr = std::unique_ptr<bundle, BundleDeleter>;
 inline constexpr std::size_t kMostBundleBytes = std::size_t{8} << 20;
 // Most keys, values and elements of arrays together: empty strings count for no bytes, and yet each is held.
 inline constexpr std::size_t kMostBundleStrings = std::size_t{1} << 16;
+// What holding a string takes beside its bytes, and so at most holding a bundle.
+inline constexpr std::size_t kBytesBesideString = 64;
+inline constexpr std::size_t kMostBundleMemory = kMostBundleBytes + kMostBundleStrings * kBytesBesideString;
 // From this length on a string travels as bytes.
 inline constexpr std::size_t kBytesFrom = 4096;
 
@@ -33,7 +36,7 @@ BundlePtr ReadBundle(sd_bus_message* message, std::string* error);
 int AppendLaunchData(sd_bus_message* message, const LaunchData& extra);
 bool ReadLaunchData(sd_bus_message* message, LaunchData* extra, std::string* error);
 
-// Bytes that the message's bundle counts for.
+// What holding the bundle takes, in bytes.
 std::size_t BundleBytes(const bundle& values);
 
 }  // namespace Platform

@@ -22,9 +22,13 @@ constexpr char kNoSuchPort[] = "com.corvane.platform.Error.NoSuchPort";
 constexpr char kInvalidBundle[] = "com.corvane.platform.Error.InvalidBundle";
 constexpr char kQueueFull[] = "com.corvane.platform.Error.QueueFull";
 
-constexpr std::size_t kMostWaiting = 512;
-constexpr std::size_t kMostWaitingOfOne = 64;
+// What may wait for the check of its sender. A sender that is new to us asks nobody before it sends all it
+// has: a backup, say. It gets room for that, and leaves some to others.
 constexpr std::size_t kMostWaitingBytes = std::size_t{32} << 20;
+constexpr std::size_t kMostWaitingBytesOfOne = kMostWaitingBytes / 2;
+constexpr std::size_t kBytesBesideBundle = 2048;  // that a waiting message takes
+static_assert(kMostWaitingBytesOfOne >= kMostBundleMemory + kBytesBesideBundle);
+static_assert(kMostWaitingBytes / kBytesBesideBundle <= OwnerLedger::kMostQuestions);
 constexpr std::size_t kMostShown = 256;  // of a peer's text in a refusal
 
 std::string EncodeLabel(const std::string& label)
@@ -191,14 +195,13 @@ int MessagePorts::OnMessage(sd_bus_message* message, bool trusted)
 {
     const auto incoming = Parse(message, trusted);
     if (!incoming) return 1;
-    auto& queue = mWaiting[incoming->connection];
     if (!MayWait(*incoming)) {
         Refuse(message, incoming->senderApp, kQueueFull, "too many messages wait for their sender's check");
-        if (queue.empty()) mWaiting.erase(incoming->connection);
         return 1;
     }
-    queue.push_back(incoming);
-    ++mWaitingCount;
+    Queue& queue = mWaiting[incoming->connection];
+    queue.messages.push_back(incoming);
+    queue.bytes += incoming->bytes;
     mWaitingBytes += incoming->bytes;
     Check(incoming);
     return 1;
@@ -235,16 +238,15 @@ std::shared_ptr<MessagePorts::Incoming> MessagePorts::Parse(sd_bus_message* mess
     incoming->senderApp = app;
     incoming->senderPort = senderPort;
     incoming->trusted = trusted;
-    incoming->bytes = BundleBytes(*incoming->bundle);
+    incoming->bytes = kBytesBesideBundle + BundleBytes(*incoming->bundle);
     return incoming;
 }
 
 bool MessagePorts::MayWait(const Incoming& incoming) const
 {
     const auto it = mWaiting.find(incoming.connection);
-    const std::size_t ofOne = it == mWaiting.end() ? 0 : it->second.size();
-    // A single message may always wait, whatever its size: the largest one is below the limit.
-    return mWaitingCount < kMostWaiting && ofOne < kMostWaitingOfOne &&
+    const std::size_t ofOne = it == mWaiting.end() ? 0 : it->second.bytes;
+    return ofOne + incoming.bytes <= kMostWaitingBytesOfOne &&
            mWaitingBytes + incoming.bytes <= kMostWaitingBytes;
 }
 
@@ -276,12 +278,13 @@ void MessagePorts::Drain(const std::string& connection)
 {
     for (;;) {
         const auto it = mWaiting.find(connection);
-        if (it == mWaiting.end() || !it->second.front()->Checked()) return;
-        const std::shared_ptr<Incoming> incoming = it->second.front();
-        it->second.pop_front();
-        --mWaitingCount;
+        if (it == mWaiting.end() || !it->second.messages.front()->Checked()) return;
+        Queue& queue = it->second;
+        const std::shared_ptr<Incoming> incoming = queue.messages.front();
+        queue.messages.pop_front();
+        queue.bytes -= incoming->bytes;
         mWaitingBytes -= incoming->bytes;
-        if (it->second.empty()) mWaiting.erase(it);
+        if (queue.messages.empty()) mWaiting.erase(it);
         Finish(*incoming);
     }
 }

@@ -71,6 +71,10 @@ private:
         std::shared_ptr<Callback> callback;  // kept while it runs, should the port be closed inside
     };
     struct Incoming;
+    struct Queue {
+        std::deque<std::shared_ptr<Incoming>> messages;  // never empty between two events
+        std::size_t bytes = 0;                           // that they take
+    };
 
     static int OnSendTrusted(sd_bus_message* message, void* self, sd_bus_error*);
     static int OnSend(sd_bus_message* message, void* self, sd_bus_error*);
@@ -90,8 +94,7 @@ private:
     bool mAnnounced = false;
     int mNextId = 1;
     std::map<int, Port> mPorts;
-    std::map<std::string, std::deque<std::shared_ptr<Incoming>>> mWaiting;  // by connection
-    std::size_t mWaitingCount = 0;
+    std::map<std::string, Queue> mWaiting;  // by connection
     std::size_t mWaitingBytes = 0;
     RefusalLog mRefusals;
     CommonUtilTimer mRefusalSecond;

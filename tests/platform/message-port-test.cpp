@@ -307,21 +307,109 @@ TEST_F(ATrustedPort, answers_a_refused_message_whatever_it_holds)
     EXPECT_EQ(AnswerTo(home, kHome, "x" + port), kNoSuchPort);
 }
 
-TEST_F(ATrustedPort, bounds_what_waits_for_its_check)
+// A connection that has not been seen: all its messages wait for its user.
+class APortWithABurstOfAnUnknownSender : public ATrustedPort {
+protected:
+    static constexpr std::size_t kLarge = std::size_t{4} << 20;
+
+    // Calls with a text of this size, all of them before the port looks at any.
+    void Burst(Peer& peer, const std::string& name, std::size_t count, std::size_t size)
+    {
+        peer.Own(name);
+        const auto message = Bundle({
+            {"type", std::string(size, 'x')}
+        });
+        for (std::size_t i = 0; i < count; ++i) peer.Send(name, *message);
+        peer.WaitUntilRouted();
+    }
+
+    auto AnswersOf(const Peer& peer, const std::string& answer)
+    {
+        return std::count(peer.Answers().begin(), peer.Answers().end(), answer);
+    }
+};
+
+TEST_F(APortWithABurstOfAnUnknownSender, loses_none_of_thousands_of_messages)
 {
-    // A connection that has not been seen: all its messages wait for its user.
-    Peer flood(bus.Address());
-    flood.Own(kHome);
-    for (int i = 0; i < 100; ++i)
-        flood.Send(kHome, *Bundle({
-                              {"type", std::to_string(i)}
-        }));
-    flood.WaitUntilRouted();
-    ASSERT_TRUE(RunUntil([&] { return flood.Answers().size() == 100; }));
-    EXPECT_THAT(received, SizeIs(64));
-    EXPECT_EQ(std::count(flood.Answers().begin(), flood.Answers().end(), kQueueFull), 36);
+    constexpr std::size_t kCount = 5000;
+    home.Own(kHome);
+    for (std::size_t i = 0; i < kCount; ++i) {
+        int code = 0;
+        // Nobody would say that it was lost.
+        const auto message = Platform::NewPortMessage(home.Get(), kApp, kPort, true, kHome, "",
+                                                      *Bundle({
+                                                          {"type", std::to_string(i)}
+        }),
+                                                      false, &code);
+        ASSERT_GE(sd_bus_send(home.Get(), message.get(), nullptr), 0);
+    }
+    home.WaitUntilRouted();
+    ASSERT_TRUE(RunUntil([&] { return !received.empty(); }));
+    EXPECT_EQ(AnswerTo(home, kHome), "");
+    EXPECT_THAT(received, SizeIs(kCount + 1));
+}
+
+TEST_F(APortWithABurstOfAnUnknownSender, refuses_what_it_has_no_room_for_and_says_so)
+{
+    Burst(home, kHome, 5, kLarge);
+    ASSERT_TRUE(RunUntil([&] { return home.Answers().size() == 5; }));
+    EXPECT_THAT(received, SizeIs(3));
+    EXPECT_EQ(AnswersOf(home, kQueueFull), 2);
     // Later ones find it known.
-    EXPECT_EQ(AnswerTo(flood, kHome), "");
+    EXPECT_EQ(AnswerTo(home, kHome), "");
+}
+
+TEST_F(APortWithABurstOfAnUnknownSender, counts_what_each_string_takes)
+{
+    home.Own(kHome);
+    constexpr std::size_t kCount = 8;
+    for (std::size_t i = 0; i < kCount; ++i) {
+        sd_bus_message* raw = nullptr;
+        sd_bus_message_new_method_call(home.Get(), &raw, kApp, Platform::kPortPath, Platform::kPortInterface,
+                                       "SendTrusted");
+        sd_bus_message_append(raw, "sss", kPort, kHome, "");
+        std::vector<char*> empty(Platform::kMostBundleStrings, const_cast<char*>(""));
+        empty.back() = nullptr;
+        sd_bus_message_open_container(raw, 'a', "{sv}");
+        sd_bus_message_open_container(raw, 'e', "sv");
+        sd_bus_message_append(raw, "s", "k");
+        sd_bus_message_open_container(raw, 'v', "as");
+        sd_bus_message_append_strv(raw, empty.data());
+        for (int depth = 0; depth < 3; ++depth) sd_bus_message_close_container(raw);
+        home.SendRaw(Platform::MessagePtr(raw));
+    }
+    home.WaitUntilRouted();
+    ASSERT_TRUE(RunUntil([&] { return home.Answers().size() == kCount; }));
+    EXPECT_THAT(received, SizeIs(3));
+    EXPECT_EQ(AnswersOf(home, kQueueFull), 5);
+}
+
+TEST_F(APortWithABurstOfAnUnknownSender, keeps_room_for_another_one)
+{
+    Burst(home, kHome, 5, kLarge);
+    Peer other(bus.Address());
+    other.Own("com.example.second");
+    other.Send("com.example.second", *Bundle({
+                                         {"type", "hello"}
+    }));
+    other.WaitUntilRouted();
+    ASSERT_TRUE(RunUntil([&] { return !other.Answers().empty(); }));
+    EXPECT_THAT(other.Answers(), ElementsAre(""));
+}
+
+TEST_F(APortWithABurstOfAnUnknownSender, has_a_bound_for_all_of_them_together)
+{
+    std::vector<std::unique_ptr<Peer>> peers;
+    std::size_t taken = 0;
+    for (int i = 0; i < 4; ++i) {
+        peers.push_back(std::make_unique<Peer>(bus.Address()));
+        Burst(*peers.back(), "com.example.peer" + std::to_string(i), 3, kLarge);
+    }
+    for (const auto& peer : peers) {
+        ASSERT_TRUE(RunUntil([&] { return peer->Answers().size() == 3; }));
+        taken += static_cast<std::size_t>(AnswersOf(*peer, ""));
+    }
+    EXPECT_EQ(taken, 7u);
 }
 
 TEST_F(ATrustedPort, refuses_another_user)
