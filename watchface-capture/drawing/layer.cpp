@@ -40,9 +40,9 @@ Moment MomentOf(Painter& painter, const Element& e)
         if (!e.Has(zone)) continue;
         if (const auto moment = painter.dates.SeenIn(painter.watchMoment, e.Text(zone))) return *moment;
     }
-    painter.warnings.push_back(e.At(painter.watchMoment.zone.empty()
-                                        ? "the watch's time zone is not known; its own time is shown"
-                                        : "its time zone is not known; the watch's own is shown"));
+    painter.warnings.push_back(painter.watchMoment.zone.empty()
+                                   ? e.At("the watch's time zone is not known; its own time is shown")
+                                   : e.At("its time zone is not known; the watch's own is shown"));
     return painter.watchMoment;
 }
 
