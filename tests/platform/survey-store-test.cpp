@@ -95,6 +95,17 @@ TEST_F(ASurveyStore, keeps_its_records_when_the_clock_is_put_back)
     EXPECT_THAT(Kept(), ElementsAre("a", "b"));
 }
 
+TEST_F(ASurveyStore, keeps_a_record_that_is_ahead_of_those_behind_it_until_it_has_too_many)
+{
+    SurveyStore store(Path(), {.mostRecords = 3, .longestAge = 100});
+    store.Add(Record("ahead", 900'000));
+    store.Add(Record("b", 1000));
+    store.Add(Record("c", 1200));
+    EXPECT_THAT(Kept(), ElementsAre("ahead", "b", "c"));
+    store.Add(Record("d", 1201));
+    EXPECT_THAT(Kept(), ElementsAre("c", "d"));
+}
+
 TEST_F(ASurveyStore, holds_as_many_records_for_as_long_as_is_documented)
 {
     const SurveyLimits limits;
