@@ -11,7 +11,6 @@
 #include "a-face-document.h"
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 class AnAsset : public AFullFaceDocument {
