@@ -17,12 +17,24 @@ constexpr char kHowToStart[] = "type: wfctl up --root DIR && . DIR/watch.env";
 
 using Clock = std::chrono::steady_clock;
 
+// What every count of nanoseconds holds.
+Seconds Bounded(Seconds time)
+{
+    constexpr Seconds kLongest{1e9};
+    return time < kLongest ? time : kLongest;
+}
+
 uint64_t Microseconds(Seconds time)
 {
-    return static_cast<uint64_t>(time.count() * 1e6);
+    return static_cast<uint64_t>(Bounded(time).count() * 1e6);
 }
 
 }  // namespace
+
+Clock::time_point DeadlineIn(Seconds most)
+{
+    return Clock::now() + std::chrono::duration_cast<Clock::duration>(Bounded(most));
+}
 
 Connection::Connection() : mAddress(Platform::BusAddress())
 {
@@ -51,7 +63,7 @@ Connection::~Connection() = default;
 
 bool Connection::RunUntil(const std::function<bool()>& done, Seconds most)
 {
-    const auto deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(most);
+    const auto deadline = DeadlineIn(most);
     while (!done()) {
         uint64_t left = UINT64_MAX;
         if (most.count() >= 0) {

@@ -17,6 +17,9 @@ using Seconds = std::chrono::duration<double>;
 // A time that does not come.
 inline constexpr Seconds kForEver{-1};
 
+// When that time is over. What is longer than thirty years, as 1e300, and what is no number is thirty years.
+std::chrono::steady_clock::time_point DeadlineIn(Seconds most);
+
 // What a method call was answered.
 struct Answer {
     Platform::MessagePtr message;  // empty: no answer in time
