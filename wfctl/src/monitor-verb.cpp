@@ -120,7 +120,7 @@ private:
         if (deadline) {
             const auto time = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now()).count();
             if (time <= 0) return false;
-            left = static_cast<int>(std::min<long>(time, INT32_MAX));
+            left = static_cast<int>(std::min<int64_t>(time, INT32_MAX));
         }
         pollfd waits[] = {
             {sd_bus_get_fd(mBus.get()), static_cast<short>(sd_bus_get_events(mBus.get())), 0},
@@ -280,8 +280,7 @@ Exit Watch(const Options& options, const MonitorArguments& arguments)
     Monitor monitor;
     std::fputs("monitoring\n", stderr);
     std::optional<Clock::time_point> deadline;
-    if (arguments.timeout >= 0)
-        deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(Seconds(arguments.timeout));
+    if (arguments.timeout >= 0) deadline = DeadlineIn(Seconds(arguments.timeout));
     unsigned seen = 0;
     while (arguments.count == 0 || seen < arguments.count) {
         const Platform::MessagePtr message = monitor.Next(deadline);
