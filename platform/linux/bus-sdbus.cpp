@@ -1,5 +1,7 @@
 #include "bus-sdbus.h"
 
+#include <sys/ioctl.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -177,6 +179,21 @@ void Bus::AfterRouting(std::function<void()> then)
     const MessagePtr call = NewDriverCall(Get(), "NameHasOwner", kDriver);
     const auto answered = [then](sd_bus_message*) { then(); };
     if (!call || CallDetached(Get(), call.get(), kDriverTimeoutUsec, answered) < 0) then();
+}
+
+bool Bus::HasMoreToRead() const
+{
+    uint64_t messages = 0;
+    int bytes = 0;
+    return (sd_bus_get_n_queued_read(Get(), &messages) >= 0 && messages > 0) ||
+           (ioctl(sd_bus_get_fd(Get()), FIONREAD, &bytes) == 0 && bytes > 0);
+}
+
+void Bus::ReadAhead(std::chrono::microseconds longest)
+{
+    const auto end = std::chrono::steady_clock::now() + longest;
+    while (HasMoreToRead() && sd_bus_process(Get(), nullptr) > 0 && std::chrono::steady_clock::now() < end)
+        continue;
 }
 
 std::optional<std::string> Bus::OwnerNow(const std::string& name)

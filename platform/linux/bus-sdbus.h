@@ -8,6 +8,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -48,6 +49,12 @@ public:
 
     // Runs `then` once all has come in that the bus had routed to us when it read this.
     void AfterRouting(std::function<void()> then);
+
+    // Whether anything has come that was not looked at.
+    bool HasMoreToRead() const;
+
+    // Looks at what has come, for so long at most. Not while a message is looked at.
+    void ReadAhead(std::chrono::microseconds longest);
 
     // The owner of a name now: what the ledger knows, else one question to the bus. Nothing when the bus
     // does not tell.

@@ -3,6 +3,7 @@
 #include <pwd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -22,13 +23,15 @@ constexpr char kNoSuchPort[] = "com.corvane.platform.Error.NoSuchPort";
 constexpr char kInvalidBundle[] = "com.corvane.platform.Error.InvalidBundle";
 constexpr char kQueueFull[] = "com.corvane.platform.Error.QueueFull";
 
-// What may wait for the check of its sender. A sender that is new to us asks nobody before it sends all it
-// has: a backup, say. It gets room for that, and leaves some to others.
+// What may wait, for the check of its sender or for its turn. A sender gets room for thousands of messages at
+// once, as a backup may need; the more is taken by others, the less, and some always stays for new ones.
 constexpr std::size_t kMostWaitingBytes = std::size_t{32} << 20;
-constexpr std::size_t kMostWaitingBytesOfOne = kMostWaitingBytes / 2;
 constexpr std::size_t kBytesBesideBundle = 2048;  // that a waiting message takes
-static_assert(kMostWaitingBytesOfOne >= kMostBundleMemory + kBytesBesideBundle);
+static_assert(kMostWaitingBytes / 2 >= kMostBundleMemory + kBytesBesideBundle);
 static_assert(kMostWaitingBytes / kBytesBesideBundle <= OwnerLedger::kMostQuestions);
+// Reading comes first, or what others send piles up at the bus, which knows no turns.
+constexpr std::chrono::microseconds kReadingSlice{1000};
+constexpr std::chrono::microseconds kDeliverySlice{250};
 constexpr std::size_t kMostShown = 256;  // of a peer's text in a refusal
 
 std::string EncodeLabel(const std::string& label)
@@ -106,6 +109,10 @@ MessagePorts::MessagePorts(Bus& bus, std::string appId)
     const int code = sd_bus_add_object_vtable(mBus.Get(), &slot, kPortPath, kPortInterface, kTable, this);
     if (code < 0) PLATFORM_FAULT("could not offer [%s]: %s", kPortInterface, std::strerror(-code));
     mObject.reset(slot);
+    sd_event_source* source = nullptr;
+    sd_event_add_defer(sd_bus_get_event(mBus.Get()), &source, OnTurns, this);
+    mTurnSource.reset(source);
+    sd_event_source_set_enabled(source, SD_EVENT_OFF);
 }
 
 int MessagePorts::Open(const std::string& name, bool trusted, Callback callback)
@@ -196,7 +203,7 @@ int MessagePorts::OnMessage(sd_bus_message* message, bool trusted)
     const auto incoming = Parse(message, trusted);
     if (!incoming) return 1;
     if (!MayWait(*incoming)) {
-        Refuse(message, incoming->senderApp, kQueueFull, "too many messages wait for their sender's check");
+        Refuse(message, incoming->senderApp, kQueueFull, "too many messages wait");
         return 1;
     }
     Queue& queue = mWaiting[incoming->connection];
@@ -204,6 +211,8 @@ int MessagePorts::OnMessage(sd_bus_message* message, bool trusted)
     queue.bytes += incoming->bytes;
     mWaitingBytes += incoming->bytes;
     Check(incoming);
+    // Nothing that came together with it: its turn is now.
+    if (mTurns.size() == 1 && !mBus.HasMoreToRead()) TakeTurn();
     return 1;
 }
 
@@ -245,9 +254,9 @@ std::shared_ptr<MessagePorts::Incoming> MessagePorts::Parse(sd_bus_message* mess
 bool MessagePorts::MayWait(const Incoming& incoming) const
 {
     const auto it = mWaiting.find(incoming.connection);
-    const std::size_t ofOne = it == mWaiting.end() ? 0 : it->second.bytes;
-    return ofOne + incoming.bytes <= kMostWaitingBytesOfOne &&
-           mWaitingBytes + incoming.bytes <= kMostWaitingBytes;
+    const std::size_t ofOne = incoming.bytes + (it == mWaiting.end() ? 0 : it->second.bytes);
+    const std::size_t ofAll = incoming.bytes + mWaitingBytes;
+    return ofAll <= kMostWaitingBytes && ofOne <= kMostWaitingBytes - ofAll;
 }
 
 void MessagePorts::Check(const std::shared_ptr<Incoming>& incoming)
@@ -258,7 +267,7 @@ void MessagePorts::Check(const std::shared_ptr<Incoming>& incoming)
         const auto held = weak.lock();
         if (!held) return;
         held->owner = owner;
-        Drain(held->connection);
+        Advance(held->connection);
     });
     if (!asked) incoming->owner = "";  // no room to find out: refused like an unknown sender
     if (incoming->trusted) {
@@ -267,26 +276,49 @@ void MessagePorts::Check(const std::shared_ptr<Incoming>& incoming)
             if (!held) return;
             held->user = user;
             held->userKnown = true;
-            Drain(held->connection);
+            Advance(held->connection);
         });
     }
-    Drain(connection);
+    Advance(connection);
 }
 
-// Finishes what is checked at the front of a connection's queue.
-void MessagePorts::Drain(const std::string& connection)
+// Gives the connection a turn when the first of its messages has been checked.
+void MessagePorts::Advance(const std::string& connection)
 {
-    for (;;) {
-        const auto it = mWaiting.find(connection);
-        if (it == mWaiting.end() || !it->second.messages.front()->Checked()) return;
-        Queue& queue = it->second;
-        const std::shared_ptr<Incoming> incoming = queue.messages.front();
-        queue.messages.pop_front();
-        queue.bytes -= incoming->bytes;
-        mWaitingBytes -= incoming->bytes;
-        if (queue.messages.empty()) mWaiting.erase(it);
-        Finish(*incoming);
-    }
+    const auto it = mWaiting.find(connection);
+    if (it == mWaiting.end() || it->second.hasTurn || !it->second.messages.front()->Checked()) return;
+    it->second.hasTurn = true;
+    mTurns.push_back(connection);
+    sd_event_source_set_enabled(mTurnSource.get(), SD_EVENT_ONESHOT);
+}
+
+int MessagePorts::OnTurns(sd_event_source*, void* data)
+{
+    auto* self = static_cast<MessagePorts*>(data);
+    self->mBus.ReadAhead(kReadingSlice);
+    const auto end = std::chrono::steady_clock::now() + kDeliverySlice;
+    while (!self->mTurns.empty() && std::chrono::steady_clock::now() < end) self->TakeTurn();
+    if (!self->mTurns.empty()) sd_event_source_set_enabled(self->mTurnSource.get(), SD_EVENT_ONESHOT);
+    return 0;
+}
+
+// Finishes a message of the connection whose turn it is.
+void MessagePorts::TakeTurn()
+{
+    const std::string connection = std::move(mTurns.front());
+    mTurns.pop_front();
+    const auto it = mWaiting.find(connection);
+    Queue& queue = it->second;
+    const std::shared_ptr<Incoming> incoming = std::move(queue.messages.front());
+    queue.messages.pop_front();
+    queue.hasTurn = false;
+    queue.bytes -= incoming->bytes;
+    mWaitingBytes -= incoming->bytes;
+    if (queue.messages.empty())
+        mWaiting.erase(it);
+    else
+        Advance(connection);
+    Finish(*incoming);
 }
 
 void MessagePorts::Finish(Incoming& incoming)

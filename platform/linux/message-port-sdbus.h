@@ -37,6 +37,10 @@ MessagePtr NewPortMessage(sd_bus* bus, const std::string& toApp, const std::stri
                           bool expectReply, int* result);
 
 // The ports of one application on one connection.
+//
+// A message that comes alone is delivered at once. When more has come, all of it is read first, and
+// connections take turns, a message each: who sends much delays himself. The messages of a connection keep
+// their order.
 class MessagePorts {
 public:
     using Callback = std::function<void(int id, const std::string& senderApp, const std::string& senderPort,
@@ -74,6 +78,7 @@ private:
     struct Queue {
         std::deque<std::shared_ptr<Incoming>> messages;  // never empty between two events
         std::size_t bytes = 0;                           // that they take
+        bool hasTurn = false;                            // it stands in mTurns
     };
 
     static int OnSendTrusted(sd_bus_message* message, void* self, sd_bus_error*);
@@ -82,7 +87,9 @@ private:
     std::shared_ptr<Incoming> Parse(sd_bus_message* message, bool trusted);
     bool MayWait(const Incoming& incoming) const;
     void Check(const std::shared_ptr<Incoming>& incoming);
-    void Drain(const std::string& connection);
+    void Advance(const std::string& connection);
+    static int OnTurns(sd_event_source*, void* self);
+    void TakeTurn();
     void Finish(Incoming& incoming);
     void Deliver(Incoming& incoming);
     void Refuse(sd_bus_message* message, const std::string& sender, const char* error,
@@ -96,8 +103,10 @@ private:
     std::map<int, Port> mPorts;
     std::map<std::string, Queue> mWaiting;  // by connection
     std::size_t mWaitingBytes = 0;
+    std::deque<std::string> mTurns;  // connections whose first message has been checked
     RefusalLog mRefusals;
     CommonUtilTimer mRefusalSecond;
+    EventSourcePtr mTurnSource;
     SlotPtr mObject;  // last: no message arrives while the rest is destroyed
 };
 
