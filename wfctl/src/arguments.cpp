@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -94,6 +95,14 @@ PeerAddress ParsePeer(const std::string& text, bool trusted)
         peer.port = trusted ? app->trustedPorts[0] : app->openPorts[0];
     }
     return peer;
+}
+
+std::string SecondsProblem(const std::string& text)
+{
+    char* end = nullptr;
+    const double seconds = std::strtod(text.c_str(), &end);
+    const bool isTime = end != text.c_str() && *end == '\0' && seconds >= 0;
+    return isTime ? "" : "the time is a number of seconds, 0 or more, not [" + text + "]";
 }
 
 std::string ReadNamedFile(const std::string& path)

@@ -40,6 +40,9 @@ Platform::LaunchData ParseLaunchData(const std::vector<std::string>& assignments
 Platform::StoredValue ParseValue(const std::string& text, const std::string& type,
                                  const std::optional<Platform::StoredValue>& present);
 
+// A check of options that take a time: empty, or what is wrong with it.
+std::string SecondsProblem(const std::string& text);
+
 // The bytes of a file that the user named.
 std::string ReadNamedFile(const std::string& path);
 

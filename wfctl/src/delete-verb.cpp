@@ -56,7 +56,7 @@ Action DefineDelete(CLI::App& parser)
         ->type_name("APP");
     parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 20 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Delete(options, *arguments); };
 }
 

@@ -101,7 +101,8 @@ Action DefineRender(CLI::App& parser)
     parser
         .add_option("-o", arguments->out,
                     "the picture, an SVG where its name ends in .svg (default: the face's name with .png)")
-        ->type_name("OUT");
+        ->type_name("OUT")
+        ->check(PictureNameProblem);
     parser.add_option("--language", arguments->language, "of texts and dates (default: the watch's)")
         ->type_name("L");
     parser.add_option("--hours", arguments->hours, "12 or 24 (default: the watch's)")

@@ -109,7 +109,7 @@ void AddArguments(CLI::App& parser, EvaluateArguments& arguments)
         ->type_name("APP[:PORT]");
     parser.add_option("--timeout", arguments.timeout, "how long to wait (default: 20 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
 }
 
 void AddName(CLI::App& parser, EvaluateArguments& arguments)

@@ -128,7 +128,7 @@ Action DefineSend(CLI::App& parser)
         ->required();
     parser.add_option("--wait", arguments->wait, "print messages that come back within S seconds")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     parser.add_option("--count", arguments->count, "with --wait: stop after N messages")->type_name("N");
     parser.add_flag("--untrusted", arguments->untrusted, "to, and with, an untrusted port");
     return [arguments](const Options& options) { return Send(options, *arguments); };
@@ -143,7 +143,7 @@ Action DefineListen(CLI::App& parser)
     parser.add_option("--count", arguments->count, "end after N messages")->type_name("N");
     parser.add_option("--timeout", arguments->timeout, "end after S seconds, with status 3")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     parser.add_flag("--untrusted", arguments->untrusted, "an untrusted port");
     return [arguments](const Options& options) { return Listen(options, *arguments); };
 }
@@ -156,7 +156,7 @@ Action DefineLaunch(CLI::App& parser)
     parser.add_option("--as", arguments->as, "the caller's id (default: none)")->type_name("APP");
     parser.add_option("--wait", arguments->wait, "how long to wait for the answer (default: 30 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Launch(options, *arguments); };
 }
 

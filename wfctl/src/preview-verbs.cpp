@@ -108,7 +108,7 @@ Action DefinePreviewRequest(CLI::App& parser)
         ->type_name("APP");
     parser.add_option("--timeout", arguments->timeout, "how long to wait for each (default: 20 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Request(options, *arguments); };
 }
 

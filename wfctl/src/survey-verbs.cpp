@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "application-table.h"
+#include "arguments.h"
 #include "exit-status.h"
 #include "json-text.h"
 #include "launching.h"
@@ -108,7 +109,7 @@ Action DefineSurveyQuery(CLI::App& parser)
     const auto arguments = std::make_shared<QueryArguments>();
     parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 30 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Query(options, *arguments); };
 }
 

@@ -346,7 +346,7 @@ void AddEnd(CLI::App& parser, const Arguments& arguments)
     parser.add_option("--count", arguments->count, "end after N changes")->type_name("N");
     parser.add_option("--timeout", arguments->timeout, "end after S seconds, with status 3")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
 }
 
 }  // namespace

@@ -187,7 +187,7 @@ void AddAsking(CLI::App& parser, WorldClockArguments& arguments)
         ->type_name("APP");
     parser.add_option("--timeout", arguments.timeout, "how long to wait (default: 20 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
 }
 
 }  // namespace
@@ -227,7 +227,7 @@ Action DefineDate(CLI::App& parser)
     parser.add_flag("--pattern", arguments->isPattern, "the skeleton is the pattern, as it stands");
     parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 20 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Date(options, *arguments); };
 }
 

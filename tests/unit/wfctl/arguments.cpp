@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "exit-status.h"
+#include "picture-output.h"
 
 using namespace Wfctl;
 using testing::ElementsAre;
@@ -186,4 +187,19 @@ TEST(AValue, takes_the_type_that_is_said)
     EXPECT_EQ(ParseValue("true", "string", std::nullopt), Platform::StoredValue(std::string("true")));
     EXPECT_EQ(ParseValue("7", "int", Platform::StoredValue(true)), Platform::StoredValue(int64_t{7}));
     EXPECT_EQ(StatusOf([] { ParseValue("yes", "bool", std::nullopt); }), Exit::kUsage);
+}
+
+TEST(ATime, is_a_number_of_seconds_that_is_not_negative)
+{
+    for (const std::string text : {"0", "2", "0.5", "1e3"}) EXPECT_EQ(SecondsProblem(text), "") << text;
+    for (const std::string text : {"x", "-1", "", "2s", "nan"})
+        EXPECT_EQ(SecondsProblem(text), "the time is a number of seconds, 0 or more, not [" + text + "]");
+}
+
+TEST(APicture, is_written_under_a_name_that_is_true)
+{
+    for (const std::string name : {"a.png", "a.SVG", "a", "/dev/stdout", "a.b/c", "my.face"})
+        EXPECT_EQ(PictureNameProblem(name), "") << name;
+    for (const std::string name : {"a.jpg", "a.b/C.JPEG", "a.pdf"})
+        EXPECT_NE(PictureNameProblem(name), "") << name;
 }
