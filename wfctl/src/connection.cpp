@@ -7,6 +7,7 @@
 #include "application-table.h"
 #include "event-loop-sdevent.h"
 #include "exit-status.h"
+#include "private-watch.h"
 
 namespace Wfctl {
 
@@ -55,8 +56,7 @@ Connection::Connection() : mAddress(Platform::BusAddress())
     std::string error;
     mBus = Platform::Bus::Open(
         mAddress, Platform::MainLoop(), [this] { mLost = true; }, &error);
-    if (!mBus)
-        throw Stop(Exit::kNoWatch, "no watch is running: no bus answers at " + error + "; " + kHowToStart);
+    if (!mBus) throw Stop(Exit::kNoWatch, WhyNoWatch(mAddress, error));
 }
 
 Connection::~Connection() = default;

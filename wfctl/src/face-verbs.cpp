@@ -60,9 +60,7 @@ void PrintFaces(const std::vector<Face>& faces, const Current& current)
 Exit List(const Options& options)
 {
     SelectWatch(options.root);
-    Connection connection;
-    RequireService(connection);
-    const std::vector<Face> faces = ListFaces();
+    const std::vector<Face> faces = RequireFaces();
     const Current current = CurrentFace();
     if (options.json) {
         Json array = Json::array();
@@ -145,7 +143,7 @@ Action DefineSet(CLI::App& parser)
         ->type_name("APP");
     parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 10 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Set(options, *arguments); };
 }
 

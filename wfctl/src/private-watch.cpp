@@ -26,6 +26,8 @@ namespace fs = std::filesystem;
 constexpr char kRunFolderName[] = "/watch-XXXXXX";
 // A folder whose name leaves room for "/watch-XXXXXX/bus" in a socket's 107 bytes.
 constexpr std::size_t kLongestRunBase = 80;
+// Of a watch that is down: no file can be below it, so no bus ever answers there.
+constexpr char kNoRunFolder[] = "/dev/null";
 
 [[noreturn]] void Failed(const std::string& what, const std::string& path)
 {
@@ -94,6 +96,22 @@ std::string XmlEscaped(const std::string& text)
     return out;
 }
 
+std::optional<WatchState> ReadStateOfDown(const WatchPaths& paths)
+{
+    if (access(paths.Lock().c_str(), F_OK) != 0) return std::nullopt;
+    std::ifstream file(paths.Resources(), std::ios::binary);
+    WatchState state;
+    state.root = paths.root;
+    state.resources = {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    state.runFolder = kNoRunFolder;
+    return state;
+}
+
+std::string HowToComeUp(const std::string& root)
+{
+    return "type: wfctl up --root " + ShellQuoted(root);
+}
+
 bool IsOwnFolder(const std::string& path)
 {
     struct stat info {};
@@ -149,9 +167,7 @@ WatchPaths PathsOf(const std::string& dir)
 {
     std::error_code error;
     const fs::path root = fs::canonical(dir, error);
-    if (error)
-        throw Stop(Exit::kNoWatch,
-                   "no watch is up at [" + dir + "]; type: wfctl up --root " + ShellQuoted(dir));
+    if (error) throw Stop(Exit::kNoWatch, "no watch is up at [" + dir + "]; " + HowToComeUp(dir));
     return {root.string()};
 }
 
@@ -177,6 +193,7 @@ void WriteState(const WatchState& state)
               Exports(state) + "RUN_FOLDER=" + ShellQuoted(state.runFolder) +
                   "\nSUPERVISOR=" + ShellQuoted(ProcessText(state.supervisor)) +
                   "\nBUS=" + ShellQuoted(ProcessText(state.bus)) + "\n");
+    WriteFile(WatchPaths{state.root}.Resources(), state.resources);
 }
 
 void WriteEnv(const WatchState& state)
@@ -278,22 +295,41 @@ std::string LogPlace(const std::string& tag)
     return access(path.c_str(), F_OK) == 0 ? "[" + path + "]" : "the journal (journalctl -t " + tag + ")";
 }
 
+bool IsPrivateWatch()
+{
+    return access(WatchPaths{Platform::CurrentAreas().root}.Lock().c_str(), F_OK) == 0;
+}
+
 void SelectWatch(const std::string& dir)
 {
     if (!dir.empty()) {
         const WatchPaths paths = PathsOf(dir);
         RequireOwnWatch(paths);
-        const auto state = ReadState(paths);
-        if (!state) {
-            throw Stop(Exit::kNoWatch,
-                       "no watch is up at [" + dir + "]; type: wfctl up --root " + ShellQuoted(dir));
-        }
+        auto state = ReadState(paths);
+        if (!state) state = ReadStateOfDown(paths);
+        if (!state) throw Stop(Exit::kNoWatch, "no watch is up at [" + dir + "]; " + HowToComeUp(dir));
         setenv("DBUS_SESSION_BUS_ADDRESS", state->Address().c_str(), 1);
         setenv("WATCH_ROOT", state->root.c_str(), 1);
         setenv("WATCH_RESOURCES", state->resources.c_str(), 1);
         unsetenv("DBUS_STARTER_ADDRESS");
     }
     Platform::SetAreasFromEnvironment();
+}
+
+std::string WhyNoWatch(const std::string& address, const std::string& error)
+{
+    const WatchPaths paths{Platform::CurrentAreas().root};
+    const auto state = ReadState(paths);
+    const bool isUp = state && OpenProcess(state->supervisor);
+    if (isUp && state->Address() != address) {
+        return "the watch at [" + paths.root + "] came up again, with another bus than [" + address +
+               "]; type: . " + ShellQuoted(paths.Env());
+    }
+    if (IsPrivateWatch() && !isUp)
+        return "no watch is up at [" + paths.root + "]; " + HowToComeUp(paths.root) + " && . " +
+               ShellQuoted(paths.Env());
+    return "no watch is running: no bus answers at " + error +
+           "; type: wfctl up --root DIR && . DIR/watch.env";
 }
 
 }  // namespace Wfctl

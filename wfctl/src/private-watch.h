@@ -1,9 +1,10 @@
 // A private watch: a folder DIR with the watch's data, and a bus of its own.
 //
 // What lies in DIR: watch.env (for people: sourced by a shell), watch.state (for wfctl: the same and the
-// processes), watch.log (every program's log), watch.lock (held while `up` or `down` works), and the data.
-// The bus's socket and its generated files lie in a *run folder* with a short name, because a socket's path
-// may have 107 bytes only.
+// processes), watch.log (every program's log), watch.lock (held while `up` or `down` works), watch.resources
+// (where the shipped faces are), and the data. The first two are there while the watch is up. The bus's
+// socket and its generated files lie in a *run folder* with a short name, because a socket's path may have
+// 107 bytes only.
 
 #pragma once
 
@@ -22,6 +23,7 @@ struct WatchPaths {
     std::string State() const { return root + "/watch.state"; }
     std::string Log() const { return root + "/watch.log"; }
     std::string Lock() const { return root + "/watch.lock"; }
+    std::string Resources() const { return root + "/watch.resources"; }
 };
 
 struct WatchState {
@@ -69,8 +71,15 @@ void RequireOwnWatch(const WatchPaths& paths);
 // Where this process's watch logs: the file's name, or how to read the journal's lines with that tag.
 std::string LogPlace(const std::string& tag);
 
-// Takes the watch below DIR for this process; without DIR it is that of the environment. Stops with
-// Exit::kNoWatch when none is up below DIR.
+// Whether the selected watch is one that `up` made.
+bool IsPrivateWatch();
+
+// Takes the watch below DIR for this process; without DIR it is that of the environment. One that is down has
+// its files, and an address at which no bus answers. Stops with Exit::kNoWatch when there is none below DIR.
 void SelectWatch(const std::string& dir);
+
+// Of the selected watch, at whose `address` no bus answers: what is wrong, and what to type. `error` has the
+// address and the reason.
+std::string WhyNoWatch(const std::string& address, const std::string& error);
 
 }  // namespace Wfctl

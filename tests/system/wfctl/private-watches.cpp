@@ -130,6 +130,49 @@ TEST_F(AWatch, without_its_supervisor_goes_down_and_up_again)
     EXPECT_EQ(Wfctl({"status", "--root", mRoot}).status, 0);
 }
 
+TEST_F(AWatch, that_is_down_is_looked_at_by_verbs_that_read_files)
+{
+    // Not those beside the programs: faces are found where the watch had them.
+    const std::string faces = mFolder + "/faces";
+    fs::copy(STAGED_FACES, faces, fs::copy_options::recursive);
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    ASSERT_EQ(Wfctl({"up", "--root", mRoot, "--resources", faces}).status, 0);
+    ASSERT_EQ(Wfctl({"edit", "c1", "--pick", "dial=roman", "--root", mRoot}).status, 0);
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    const std::string picture = mFolder + "/c1.png";
+    EXPECT_EQ(Wfctl({"render", "c1", "-o", picture, "--root", mRoot}).status, 0);
+    for (const char* verb : {"list", "doctor"}) EXPECT_EQ(Wfctl({verb, "--root", mRoot}).status, 0) << verb;
+    EXPECT_EQ(Wfctl({"validate", "c1", "--root", mRoot}).status, 0);
+    EXPECT_EQ(Wfctl({"preview", "check", "--root", mRoot}).status, 0);
+    EXPECT_THAT(Wfctl({"show", "c1", "--root", mRoot}).out, HasSubstr("* roman"));
+    EXPECT_THAT(Wfctl({"show", "c4", "--root", mRoot}).out, HasSubstr(faces));
+}
+
+TEST_F(AWatch, that_is_down_is_not_taken_for_the_one_of_the_environment)
+{
+    const std::string other = mFolder + "/other";
+    ASSERT_EQ(Wfctl({"up", "--root", other}).status, 0);
+    ASSERT_EQ(Wfctl({"down", "--root", other}).status, 0);
+    const Result set = Run({"set", "c4", "--root", other});
+    EXPECT_EQ(set.status, 8);
+    EXPECT_THAT(set.err,
+                HasSubstr("no watch is up at [" + other + "]; type: wfctl up --root '" + other + "'"));
+    EXPECT_EQ(Run({"current"}).status, 10) << "nothing was set here";
+}
+
+TEST_F(AWatch, that_came_up_again_is_found_by_a_shell_with_the_old_environment)
+{
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    EXPECT_THAT(Run({"status"}).err, HasSubstr("type: wfctl up --root "));
+    ASSERT_EQ(Wfctl({"up", "--root", mRoot}).status, 0);
+    const Result status = Run({"status"});
+    EXPECT_EQ(status.status, 8);
+    const auto at = status.err.find("type: . ");
+    ASSERT_NE(at, std::string::npos) << status.err;
+    const std::string command = status.err.substr(at + 6, status.err.size() - at - 7) + " && \"$1\" status";
+    EXPECT_EQ(RunProgram({"sh", "-c", command, "sh", WFCTL}, mEnvironment).status, 0) << command;
+}
+
 TEST_F(AWatch, is_brought_up_once_when_two_try)
 {
     ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
