@@ -246,10 +246,19 @@ Exit BackUp(const Options& options, const BackupArguments& arguments)
 
 // Restore
 
-// The faces and pictures of this watch that the backup has otherwise, and the pictures that it has not.
+// What of this watch is the user's and does not stay: by name, by path.
 struct Lost {
-    std::vector<std::string> faces, pictures;  // by name, by path
+    std::vector<std::string> faces, pictures;  // that the backup has otherwise
+    std::vector<std::string> removed;          // pictures that it has not
 };
+
+// Whether the user made something of the face: the service copies shipped ones as they are.
+bool IsChanged(const Face& face)
+{
+    if (!IsFile(face.ResultXml())) return false;
+    const std::string shipped = ShippedFaces() + face.name + "/" + face.name + "_result.xml";
+    return !IsFile(shipped) || ReadNamedFile(shipped) != ReadNamedFile(face.ResultXml());
+}
 
 Lost LostTo(const Backup& backup)
 {
@@ -257,7 +266,7 @@ Lost LostTo(const Backup& backup)
     const std::vector<BackupItem>& items = backup.Manifest().items;
     for (const BackupItem& item : items) {
         const Face face = WritableFace(item.name);
-        if (item.IsFace() && IsFile(face.ResultXml()) && ReadNamedFile(face.ResultXml()) != backup.Read(item))
+        if (item.IsFace() && IsChanged(face) && ReadNamedFile(face.ResultXml()) != backup.Read(item))
             lost.faces.push_back(item.name);
     }
     if (std::ranges::none_of(items, IsGalleryFace)) return lost;
@@ -267,7 +276,9 @@ Lost LostTo(const Backup& backup)
                 return item.bgType == bgType && item.name == name;
             };
             const auto item = std::ranges::find_if(items, isIt);
-            if (item == items.end() || backup.Read(*item) != ReadNamedFile(path))
+            if (item == items.end())
+                lost.removed.push_back(path);
+            else if (backup.Read(*item) != ReadNamedFile(path))
                 lost.pictures.push_back(path);
         }
     }
@@ -281,13 +292,34 @@ std::string RestoreCommand(const Options& options, const BackupArguments& argume
            ShellQuoted(arguments.folder);
 }
 
+std::string TitleAndNames(const std::string& title, const std::vector<std::string>& names)
+{
+    std::string text = title + ":\n";
+    for (const std::string& name : names) text += "  " + Quoted(name) + "\n";
+    return text;
+}
+
+// What is lost, for people; empty when nothing is.
+std::string TextOf(const Lost& lost)
+{
+    std::string text;
+    std::vector<std::string> replaced = lost.faces;
+    replaced.insert(replaced.end(), lost.pictures.begin(), lost.pictures.end());
+    if (!replaced.empty())
+        text += TitleAndNames(CountedItems(lost.faces.size(), lost.pictures.size()) +
+                                  " of this watch will be replaced by what the backup holds",
+                              replaced);
+    if (!lost.removed.empty())
+        text += TitleAndNames(CountedItems(0, lost.removed.size()) +
+                                  " of this watch will be removed, which the backup does not hold",
+                              lost.removed);
+    return text;
+}
+
 void AskForConsent(const Lost& lost, const Options& options, const BackupArguments& arguments)
 {
-    if ((lost.faces.empty() && lost.pictures.empty()) || arguments.yes) return;
-    std::string text = CountedItems(lost.faces.size(), lost.pictures.size()) +
-                       " of this watch will be replaced by what the backup holds:\n";
-    for (const auto* names : {&lost.faces, &lost.pictures})
-        for (const std::string& name : *names) text += "  " + Quoted(name) + "\n";
+    const std::string text = TextOf(lost);
+    if (text.empty() || arguments.yes) return;
     if (!isatty(STDIN_FILENO))
         throw Stop(Exit::kUsage, text + "nothing was changed; type: " + RestoreCommand(options, arguments));
     std::cerr << text << "Go on? [y/N] " << std::flush;
@@ -427,9 +459,9 @@ Exit Restore(const Options& options, const BackupArguments& arguments)
         throw Stop(Exit::kNothingToDo,
                    "[" + arguments.folder + "] is the backup of a watch that nobody had changed");
     SelectWatch(options.root);
-    AskForConsent(LostTo(backup), options, arguments);
     Connection connection;
     RequireService(connection);
+    AskForConsent(LostTo(backup), options, arguments);
     BackupAgent agent(connection);
     Restoring restoring(agent, backup);
     RunToTheEnd(restoring, manifest.items.size());
