@@ -66,7 +66,8 @@ class ADevice(unittest.TestCase):
         return subprocess.run(command).returncode == 0
 
     def test_stores_a_face_as_one_user_and_draws_it_as_another(self):
-        reply = self.wfctl("install", self.result, "--as", "com.corvane.w-manager-service", user="watch-manager")
+        reply = self.wfctl("install", self.result, "--json", "--as", "com.corvane.w-manager-service",
+                           user="watch-manager")
         self.assertEqual(json.loads(reply)["bundle"]["status"], "success")
         face = self.root / FACES / "data/watchlist" / C1
         self.assertEqual(self.user_of(face / "watchface.xml"), "watchface")

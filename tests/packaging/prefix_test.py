@@ -68,7 +68,7 @@ class APrefix(unittest.TestCase):
         run(wfctl, "up", "--root", root, env=environment)
         self.addCleanup(run, wfctl, "down", "--root", root, env=environment)
         result = moved / "share/watch/com.corvane.watchface/shared/res/watchlist" / C1 / (C1 + "_result.xml")
-        self.assertIn('"status": "success"', run(wfctl, "install", result, "--root", root, env=environment))
+        self.assertIn('"status": "success"', run(wfctl, "install", result, "--json", "--root", root, env=environment))
         status = json.loads(run(wfctl, "status", "--json", "--root", root, env=environment))
         service = pathlib.Path("/proc/%d/exe" % status["service"]["pid"])
         self.assertEqual(service.readlink(), moved / "libexec/watch" / PROGRAMS[SERVICE])
@@ -89,7 +89,7 @@ class APrefix(unittest.TestCase):
         self.addCleanup(bus.terminate)
         self.assertTrue(bus.stdout.readline())
         result = PREFIX / "share/watch/com.corvane.watchface/shared/res/watchlist" / C1 / (C1 + "_result.xml")
-        self.assertIn('"status": "success"', run(PREFIX / "bin/wfctl", "install", result, env=environment))
+        self.assertIn('"status": "success"', run(PREFIX / "bin/wfctl", "install", result, "--json", env=environment))
 
 
 if __name__ == "__main__":

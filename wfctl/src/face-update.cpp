@@ -97,9 +97,10 @@ bool AwaitPreview(Connection& connection, const Face& face, const FileMark& befo
 [[noreturn]] void Refused(const FaceUpdate& update, const LogTail& log)
 {
     const std::string reasons = log.Reasons();
-    throw Stop(Exit::kError, "the service refused [" + update.name + "]; " +
-                                 (reasons.empty() ? "look for data-util in " + LogPlace("data-util")
-                                                  : "its log says:" + reasons));
+    throw Stop(
+        Exit::kError,
+        "the service refused [" + update.name + "]; type: wfctl validate " + ShellQuoted(update.file) + "; " +
+            (reasons.empty() ? "look for data-util in " + LogPlace("data-util") : "its log says:" + reasons));
 }
 
 }  // namespace
@@ -124,7 +125,7 @@ FaceUpdate SameAgain(const Face& face, Seconds timeout)
                                      face.name);
     }
     const std::string xml = ReadNamedFile(face.ResultXml());
-    return {kUpdated, face.name, xml, FactsOf(xml).title, "", true, timeout};
+    return {kUpdated, face.name, xml, FactsOf(xml).title, "", true, timeout, face.ResultXml()};
 }
 
 FaceUpdater::FaceUpdater(Connection& connection, const std::string& as)

@@ -23,6 +23,7 @@ struct FaceUpdate {
     std::string icon;   // a PNG to start with; empty: none
     bool awaitsPreview = true;
     Seconds timeout{kPatience};  // for the answer, and for the preview
+    std::string file{};          // that the document is from, for errors
 };
 
 // The face's own document, stored once more: after that the service has the preview drawn again. Stops with

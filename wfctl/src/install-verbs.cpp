@@ -12,6 +12,7 @@
 #include "face-update.h"
 #include "faces.h"
 #include "json-text.h"
+#include "picture-output.h"
 #include "private-watch.h"
 #include "verb-table.h"
 
@@ -88,6 +89,20 @@ void WarnOfMissingAssets(const Document& document)
     }
 }
 
+void PrintReply(const Options& options, const FaceUpdate& update, const Json& reply)
+{
+    if (options.json) return PrintLine(JsonLine(reply));
+    if (!IsSuccess(reply)) return;
+    PrintLine((update.type == kCreated ? "installed " : "updated ") + update.name +
+              (update.label.empty() ? "" : " (" + update.label + ")"));
+}
+
+void PrintPreview(const Face& face)
+{
+    ShowPicture(face.Preview());
+    PrintLine(face.Preview());
+}
+
 Exit Install(const Options& options, const InstallArguments& arguments)
 {
     Document document = ReadDocument(arguments);
@@ -102,8 +117,10 @@ Exit Install(const Options& options, const InstallArguments& arguments)
                             document.label,
                             arguments.icon,
                             !arguments.noWait,
-                            Seconds(arguments.timeout)};
-    updater.Store(update, [](const Json& reply) { PrintLine(JsonLine(reply)); });
+                            Seconds(arguments.timeout),
+                            arguments.file};
+    updater.Store(update, [&](const Json& reply) { PrintReply(options, update, reply); });
+    if (update.awaitsPreview && !options.json) PrintPreview(WritableFace(update.name));
     WarnOfMissingAssets(document);
     return Exit::kDone;
 }
@@ -113,7 +130,10 @@ Action Define(CLI::App& parser, const char* type)
     const auto arguments = std::make_shared<InstallArguments>();
     arguments->type = type;
     parser.add_option("RESULT.xml", arguments->file, "the face's result XML")->required();
-    parser.add_option("--name", arguments->name, "the watch face's name (default: the document's id)")
+    parser
+        .add_option(
+            "--name", arguments->name,
+            "the watch face's name (default: the document's id, or the file's where that cannot be read)")
         ->type_name("NAME");
     parser.add_option("--icon", arguments->icon, "a preview to start with")->type_name("PNG");
     parser.add_option("--label", arguments->label, "the name to display (default: the document's title)")
@@ -125,7 +145,7 @@ Action Define(CLI::App& parser, const char* type)
     parser.add_flag("--no-wait", arguments->noWait, "do not wait for the preview");
     parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 20 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Install(options, *arguments); };
 }
 

@@ -72,8 +72,8 @@ TEST_F(AWatch, installs_a_face_and_draws_its_preview)
 {
     const Result installed = Run({"install", StagedResultXml(kClassic)});
     ASSERT_EQ(installed.status, 0) << installed.err;
-    EXPECT_EQ(installed.AsJson()["bundle"]["status"], "success");
-    EXPECT_EQ(installed.AsJson()["bundle"]["data/label"], "Mirel Classic");
+    EXPECT_EQ(installed.out, "installed " + std::string(kClassic) + " (Mirel Classic)\n" +
+                                 ReadWriteFace(kClassic) + kClassic + ".png\n");
     EXPECT_THAT(ContentsOf(ReadWriteFace(kClassic) + kClassic + ".png"), StartsWith(kPngSignature));
     EXPECT_EQ(Listed(*this, kClassic)["area"], "read-write");
 }
@@ -86,16 +86,27 @@ TEST_F(AWatch, updates_a_face_with_another_selection)
                                         "<selection><pick group=\"accent\" option=\"azure\"/></selection>");
     const Result updated = Run({"update", Holding("edited.xml", edited), "--as", kEditor});
     ASSERT_EQ(updated.status, 0) << updated.err;
+    EXPECT_THAT(updated.out, StartsWith("updated " + std::string(kClassic) + " (Mirel Classic)\n"));
     EXPECT_NE(ContentsOf(ReadWriteFace(kClassic) + kClassic + ".png"), before);
     EXPECT_EQ(ContentsOf(ReadWriteFace(kClassic) + kClassic + "_result.xml"), edited);
+}
+
+TEST_F(AWatch, names_no_preview_that_was_not_waited_for)
+{
+    EXPECT_EQ(Run({"install", StagedResultXml(kClassic), "--no-wait"}).out,
+              "installed " + std::string(kClassic) + " (Mirel Classic)\n");
 }
 
 TEST_F(AWatch, says_why_a_face_was_refused_and_changes_nothing)
 {
     const std::string bad = Replaced(ContentsOf(StagedResultXml(kClassic)), "format=\"1\"", "format=\"99\"");
-    const Result refused = Run({"install", Holding("bad.xml", bad), "--name", kClassic});
+    const std::string file = Holding("bad_result.xml", bad);
+    const Result refused = Run({"install", file, "--name", kClassic});
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.AsJson()["bundle"]["status"], "fail");
+    EXPECT_EQ(refused.out, "");
+    EXPECT_THAT(refused.err,
+                HasSubstr("refused [" + std::string(kClassic) + "]; type: wfctl validate '" + file + "'; "));
+    EXPECT_EQ(Run({"install", file, "--json"}).AsJson()["bundle"]["status"], "fail");
     EXPECT_THAT(refused.err, HasSubstr("E-FORMAT-VERSION"));
     EXPECT_FALSE(fs::exists(ReadWriteFace(kClassic) + kClassic + "_result.xml"));
 }
@@ -103,8 +114,8 @@ TEST_F(AWatch, says_why_a_face_was_refused_and_changes_nothing)
 TEST_F(AWatch, takes_an_icon_from_anywhere)
 {
     const std::string icon = Holding("icon.png", ContentsOf(ReadOnlyFace(kDigital) + kDigital + ".png"));
-    const Result updated =
-        Run({"update", StagedResultXml(kClassic), "--icon", icon, "--as", kEditor, "--label", "Mine"});
+    const Result updated = Run(
+        {"update", StagedResultXml(kClassic), "--icon", icon, "--as", kEditor, "--label", "Mine", "--json"});
     ASSERT_EQ(updated.status, 0) << updated.err;
     EXPECT_EQ(ContentsOf(ReadWriteFace(kClassic) + kClassic + ".png"), ContentsOf(icon));
     EXPECT_EQ(updated.AsJson()["bundle"]["data/label"], "Mine");
@@ -129,7 +140,7 @@ TEST_F(AWatch, says_at_once_that_an_application_would_get_no_answer)
 TEST_F(AWatch, installs_while_a_listener_is_the_application)
 {
     const auto listener = Listen({"--as", kManager, "--count", "1"});
-    const Result installed = Run({"install", StagedResultXml(kClassic)});
+    const Result installed = Run({"install", StagedResultXml(kClassic), "--json"});
     ASSERT_EQ(installed.status, 0) << installed.err;
     EXPECT_EQ(installed.AsJson()["bundle"]["status"], "success");
     EXPECT_EQ(Json::parse(listener->NextLine().value_or("null")), installed.AsJson());
@@ -222,6 +233,7 @@ TEST_F(AFolder, is_enough_to_draw_a_document)
     }
     EXPECT_EQ(Wfctl({"render", source + "watchface.xml", "-o", mFolder + "/out.svg"}).status, 0);
     EXPECT_THAT(ContentsOf(mFolder + "/out.svg"), HasSubstr("<svg"));
+    EXPECT_EQ(Wfctl({"render", source + "watchface.xml", "-o", mFolder + "/out.jpg"}).status, 2);
     EXPECT_EQ(Wfctl({"render", Holding("bad.xml", "<face-result/>"), "-o", mFolder + "/out.png"}).status, 1);
     EXPECT_EQ(Wfctl({"render", "com.example.none"}).status, 10);
     EXPECT_FALSE(fs::exists(mFolder + "/out.png"));
