@@ -4,11 +4,10 @@
 #include <filesystem>
 #include <memory>
 
-#include "application-table.h"
 #include "area-copy.h"
-#include "areas.h"
 #include "bundle-data.h"
 #include "exit-status.h"
+#include "photo-files.h"
 #include "private-watch.h"
 #include "service-peer.h"
 #include "verb-table.h"
@@ -19,11 +18,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kGallery[] = "watch-bg-gallery";
-
 struct BackgroundArguments {
     std::vector<std::string> names;  // files to add, names to delete
-    std::string kind = "gallery-u1";
+    std::string kind = kUsualPictures;
     std::string as = kEditorId;
     bool isPending = false;
     bool isDirect = false;
@@ -34,20 +31,6 @@ struct BackgroundArguments {
 std::string TypeOf(const BackgroundArguments& arguments)
 {
     return "watch-bg-" + arguments.kind;
-}
-
-// Where the pictures of this kind lie, with "/" at the end.
-std::string FolderOf(const BackgroundArguments& arguments)
-{
-    const std::string theme = Platform::CurrentAreas().TrustedOf(std::string(Platform::kFacesId)) + "theme/";
-    const std::string type = TypeOf(arguments);
-    if (!type.starts_with(kGallery)) return theme + "Backgrounds/";
-    constexpr std::size_t kPrefixAt = sizeof kGallery;  // behind the "-"
-    std::string prefix = type.size() > kPrefixAt ? type.substr(kPrefixAt) : "";
-    std::ranges::transform(prefix, prefix.begin(), [](char c) {
-        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    });
-    return theme + "GalleryBackgrounds/" + (prefix.empty() ? "" : prefix + "/");
 }
 
 bundle NewMessage(const char* type, const BackgroundArguments& arguments)
@@ -85,30 +68,20 @@ Exit Add(const Options& options, const BackgroundArguments& arguments)
         bundle message = NewMessage("watch-bg-add", arguments);
         message.Set("bg_list", copy.Path());
         Ask(peer, message, options, arguments, "add [" + file + "]");
-        if (!options.json) PrintLine(FolderOf(arguments) + name);
+        if (!options.json) PrintLine(PicturesFolder(arguments.kind) + name);
     }
     return Exit::kDone;
-}
-
-std::vector<std::string> NamesIn(const std::string& folder)
-{
-    std::vector<std::string> names;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-        if (!entry.is_directory(error)) names.push_back(entry.path().filename());
-    }
-    std::ranges::sort(names);
-    return names;
 }
 
 Exit Del(const Options& options, const BackgroundArguments& arguments)
 {
     SelectWatch(options.root);
-    const std::vector<std::string> present = NamesIn(FolderOf(arguments));
+    const std::vector<std::string> present = PicturesIn(PicturesFolder(arguments.kind));
     for (const std::string& name : arguments.names) {
         if (std::ranges::find(present, name) != present.end()) continue;
-        throw Stop(Exit::kNotFound, "there is no picture [" + name + "] in [" + FolderOf(arguments) +
-                                        "]; type: wfctl bg list --type " + arguments.kind);
+        throw Stop(Exit::kNotFound, "there is no picture [" + name + "] in [" +
+                                        PicturesFolder(arguments.kind) + "]; type: wfctl bg list --type " +
+                                        arguments.kind);
     }
     Connection connection;
     RequireService(connection);
@@ -132,13 +105,13 @@ Exit EndPending(const Options& options, const BackgroundArguments& arguments, co
 Exit List(const Options& options, const BackgroundArguments& arguments)
 {
     SelectWatch(options.root);
-    const std::vector<std::string> names = NamesIn(FolderOf(arguments));
+    const std::vector<std::string> names = PicturesIn(PicturesFolder(arguments.kind));
     if (options.json) {
         Json list = Json::array();
         for (const std::string& name : names) list.push_back(BytesToJson(name));
         PrintLine(JsonLine(Json::object({
-            {"folder",   BytesToJson(FolderOf(arguments))},
-            {"pictures", list                            }
+            {"folder",   BytesToJson(PicturesFolder(arguments.kind))},
+            {"pictures", list                                       }
         })));
         return Exit::kDone;
     }
@@ -162,7 +135,7 @@ void AddAsking(CLI::App& parser, BackgroundArguments& arguments)
         ->type_name("APP");
     parser.add_option("--timeout", arguments.timeout, "how long to wait (default: 20 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
 }
 
 Action DefineEndPending(CLI::App& parser, const char* type)

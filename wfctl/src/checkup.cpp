@@ -13,6 +13,7 @@
 #include "face-document.h"
 #include "faces.h"
 #include "flat-checks.h"
+#include "photo-files.h"
 #include "preview-state.h"
 #include "private-watch.h"
 #include "writable-path-posix.h"
@@ -28,17 +29,19 @@ constexpr char kMarker[] = "without_result_xml";
 constexpr char kWorldClockTargetPref[] = "wfs-watch-name-world-clock-update";
 
 constexpr AilmentKind kKinds[] = {
-    {"preview-missing",  "lists show the face without a picture",                       Remedy::kPreview},
-    {"preview-no-png",   "lists show the face without a picture",                       Remedy::kPreview},
-    {"preview-blank",    "lists show one colour for the face",                          Remedy::kPreview},
-    {"preview-older",    "lists show the face as it was before it was changed",         Remedy::kPreview},
-    {"no-flat-document", "there is nothing to draw the face from",                      Remedy::kPreview},
-    {"no-document",      "the service sees no face there, and nobody ever looks at it", Remedy::kMove   },
-    {"bad-document",     "the face cannot be edited or drawn",                          Remedy::kAdvice },
-    {"left-over",        "a program was killed while it wrote, and nobody reads it",    Remedy::kMove   },
-    {"unknown-file",     "nobody reads it, and it takes room",                          Remedy::kMove   },
-    {"no-current-face",  "the watch has nothing to show",                               Remedy::kAdvice },
-    {"stale-preference", "it names a face that is gone",                                Remedy::kAdvice },
+    {"preview-missing",   "lists show the face without a picture",                         Remedy::kPreview},
+    {"preview-no-png",    "lists show the face without a picture",                         Remedy::kPreview},
+    {"preview-blank",     "lists show one colour for the face",                            Remedy::kPreview},
+    {"preview-older",     "lists show the face as it was before it was changed",           Remedy::kPreview},
+    {"no-flat-document",  "there is nothing to draw the face from",                        Remedy::kPreview},
+    {"no-document",       "the service sees no face there, and nobody ever looks at it",   Remedy::kMove   },
+    {"bad-document",      "the face cannot be edited or drawn",                            Remedy::kAdvice },
+    {"bad-flat-document", "the face cannot be drawn",                                      Remedy::kPreview},
+    {"photo-missing",     "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
+    {"left-over",         "a program was killed while it wrote, and nobody reads it",      Remedy::kMove   },
+    {"unknown-file",      "nobody reads it, and it takes room",                            Remedy::kMove   },
+    {"no-current-face",   "the watch has nothing to show",                                 Remedy::kAdvice },
+    {"stale-preference",  "it names a face that is gone",                                  Remedy::kAdvice },
 };
 
 const AilmentKind* Kind(std::string_view code)
@@ -93,6 +96,8 @@ private:
         const bool isBad = LookAtDocuments(face);
         if (!isBad && !Exists(face.WatchfaceXml()))
             Add("no-flat-document", face.WatchfaceXml(), face.name, "has no watchface.xml", redraw);
+        LookAtPhotos(face);
+        if (isBad) return;
         const PreviewReport preview = CheckPreview(face);
         if (preview.state == PreviewState::kGood) return;
         Add("preview-" + std::string(NameOf(preview.state)), face.Preview(), face.name,
@@ -102,14 +107,44 @@ private:
     // Whether one of them is not accepted.
     bool LookAtDocuments(const Face& face)
     {
-        bool isBad = false;
-        for (const std::string& path : {face.ResultXml(), face.WatchfaceXml()}) {
-            if (!Exists(path) || IsGood(path, path == face.ResultXml())) continue;
-            isBad = true;
-            Add("bad-document", path, face.name, "its document is not accepted",
-                "wfctl validate " + ShellQuoted(path));
+        const bool hasResult = Exists(face.ResultXml());
+        if (hasResult && !IsGood(face.ResultXml(), true)) {
+            AddBadDocument(face, face.ResultXml());
+            return true;
         }
-        return isBad;
+        if (!Exists(face.WatchfaceXml()) || IsGood(face.WatchfaceXml(), false)) return false;
+        if (hasResult)
+            Add("bad-flat-document", face.WatchfaceXml(), face.name, "is not accepted",
+                "wfctl preview request " + face.name);
+        else
+            AddBadDocument(face, face.WatchfaceXml());
+        return true;
+    }
+
+    // What nobody can make anew: a shipped face has another, of one's own the user has.
+    void AddBadDocument(const Face& face, const std::string& path)
+    {
+        const std::string quoted = ShellQuoted(path);
+        Add("bad-document", path, face.name, "is not accepted",
+            face.writable && face.shipped
+                ? "wfctl delete " + face.name
+                : "wfctl validate " + quoted + ", mend it, then: wfctl install " + quoted);
+    }
+
+    void LookAtPhotos(const Face& face)
+    {
+        const auto document = DocumentOf(face);
+        if (!document) return;
+        for (const DataUtil::Photos& photos : document->photos) {
+            const auto chosen = document->selection.photos.find(photos.id);
+            if (chosen == document->selection.photos.end()) continue;
+            const std::string path = PhotoPath(photos, chosen->second);
+            if (Exists(path)) continue;
+            Add("photo-missing", path, face.name,
+                "is gone, and is chosen for [" + photos.id + "] of [" + face.name + "]",
+                "wfctl edit " + face.name + " --photo " + ShellQuoted(photos.id + "=") +
+                    ", or: " + AddCommand(photos, chosen->second));
+        }
     }
 
     static bool IsGood(const std::string& path, bool isResultXml)
@@ -135,7 +170,10 @@ private:
             if (!fs::is_directory(fs::symlink_status(path, error)))
                 AddMovable("unknown-file", path, "", "is no face's folder");
             else if (!Exists(face.ResultXml()) && !Exists(face.folder + kMarker))
-                AddMovable("no-document", path, face.name, "has neither a result XML nor the marker");
+                AddMovable("no-document", path, face.name,
+                           EntriesOf(face.folder).empty()
+                               ? "is empty, as a face that was refused leaves it"
+                               : "has neither " + face.name + "_result.xml nor " + kMarker);
             else
                 LookAtFolder(face);
         }
@@ -157,13 +195,19 @@ private:
     // What of its folder the face's document may name as images; nothing where that is not known.
     static std::optional<std::set<std::string>> AssetEntriesOf(const Face& face)
     {
+        const auto document = DocumentOf(face);
+        if (!document) return std::nullopt;
+        std::set<std::string> entries;
+        for (const std::string& path : DataUtil::AssetPaths(*document))
+            entries.insert(path.substr(0, path.find('/')));
+        return entries;
+    }
+
+    // Nothing where it is missing or not accepted.
+    static std::optional<DataUtil::FaceDocument> DocumentOf(const Face& face)
+    {
         try {
-            const auto document = DataUtil::ParseFace(ReadNamedFile(face.ResultXml())).document;
-            if (!document) return std::nullopt;
-            std::set<std::string> entries;
-            for (const std::string& path : DataUtil::AssetPaths(*document))
-                entries.insert(path.substr(0, path.find('/')));
-            return entries;
+            return DataUtil::ParseFace(ReadNamedFile(face.ResultXml())).document;
         } catch (const Stop&) {
             return std::nullopt;
         }

@@ -3,10 +3,12 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <filesystem>
 #include <memory>
 #include <set>
 
 #include "application-table.h"
+#include "areas.h"
 #include "checkup.h"
 #include "exit-status.h"
 #include "face-update.h"
@@ -95,9 +97,8 @@ std::string LockOf(const Ailment& ailment)
     return ailment.face.empty() ? std::string() : WritableFace(ailment.face).WatchfaceXml();
 }
 
-Treatment Treat(const std::vector<Ailment>& ailments)
+Treatment Treat(const std::vector<Ailment>& ailments, Service& service)
 {
-    Service service;
     std::vector<LostItem> items;
     for (const Ailment& ailment : ailments) {
         if (ailment.kind->remedy == Remedy::kMove)
@@ -125,18 +126,29 @@ std::string DoneAbout(const Ailment& ailment, const Treatment& treatment)
     return {};
 }
 
-void Print(const Ailment& ailment, const std::string& done, bool isFix)
+// Whether it stays: a running service may hold what came after it began.
+bool IsHeld(const Ailment& ailment, const timespec& beginning)
+{
+    return ailment.kind->remedy == Remedy::kMove && !IsUnchangedSince(ailment.path, beginning);
+}
+
+// Moves away what the service may hold: it ends first.
+std::string FixWithoutService()
+{
+    const std::string root = " --root " + ShellQuoted(Platform::CurrentAreas().root);
+    if (IsPrivateWatch()) return "wfctl down" + root + " && wfctl doctor" + root + " --fix";
+    return "wfctl doctor --fix, once " + std::string(Platform::kServiceId) + " has ended";
+}
+
+void Print(const Ailment& ailment, const std::string& done, bool isHeld)
 {
     const std::string& subject = ailment.path.empty() ? ailment.face : ailment.path;
     PrintLine(std::string(ailment.kind->code) + ": [" + subject + "] " + ailment.what);
     PrintLine("    " + std::string(ailment.kind->why));
-    const bool isNew = isFix && ailment.kind->remedy == Remedy::kMove && done.empty();
-    if (!done.empty())
-        PrintLine("    " + done);
-    else if (isNew)
-        PrintLine("    it changed after the service began, so it stays; end the service, and type it again");
-    else
-        PrintLine("    type: " + ailment.advice);
+    if (!done.empty()) return PrintLine("    " + done);
+    if (isHeld)
+        PrintLine("    it changed after the service began, which may hold it, so it stays until that ends");
+    PrintLine("    type: " + ailment.advice);
 }
 
 Json ToJson(const Ailment& ailment, const std::string& done)
@@ -169,29 +181,44 @@ Exit Undo(const Options& options, const std::string& time)
     return result.kept == 0 ? Exit::kDone : Exit::kError;
 }
 
+// The root of the watch that is looked at.
+std::string RequiredWatch()
+{
+    const std::string& root = Platform::CurrentAreas().root;
+    std::error_code error;
+    if (std::filesystem::is_directory(root, error)) return root;
+    throw Stop(Exit::kNoWatch,
+               "there is no watch at [" + root + "]; type: wfctl up --root DIR && . DIR/watch.env");
+}
+
 Exit Doctor(const Options& options, const DoctorArguments& arguments)
 {
     SelectWatch(options.root);
+    const std::string root = RequiredWatch();
     if (!arguments.undo.empty()) return Undo(options, arguments.undo);
-    const std::vector<Ailment> ailments = Examine();
-    const Treatment treatment = arguments.isFix ? Treat(ailments) : Treatment{};
+    std::vector<Ailment> ailments = Examine();
+    Service service;
+    const Treatment treatment = arguments.isFix ? Treat(ailments, service) : Treatment{};
+    const timespec beginning = service.Beginning();
     std::size_t left = 0;
     Json findings = Json::array();
-    for (const Ailment& ailment : ailments) {
+    if (!options.json) PrintLine("the watch at [" + root + "]" + (ailments.empty() ? " is healthy" : ":"));
+    for (Ailment& ailment : ailments) {
         const std::string done = DoneAbout(ailment, treatment);
+        const bool isHeld = done.empty() && IsHeld(ailment, beginning);
+        if (isHeld) ailment.advice = FixWithoutService();
         if (done.empty()) ++left;
         findings.push_back(ToJson(ailment, done));
-        if (!options.json) Print(ailment, done, arguments.isFix);
+        if (!options.json) Print(ailment, done, isHeld);
     }
     if (options.json) {
         PrintLine(JsonLine(Json::object({
+            {"root",     BytesToJson(root)                                            },
             {"findings", findings                                                     },
             {"time",     treatment.time.empty() ? Json(nullptr) : Json(treatment.time)}
         })));
-    } else {
-        if (ailments.empty()) PrintLine("healthy");
-        if (!treatment.time.empty())
-            PrintLine("to put back what was moved, type: wfctl doctor --undo " + treatment.time);
+    } else if (!treatment.time.empty()) {
+        PrintLine("to put back what was moved, type: wfctl doctor --undo " + treatment.time);
     }
     return left == 0 ? Exit::kDone : Exit::kError;
 }

@@ -1,11 +1,10 @@
 // Changing what a face shows: edit.
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <sstream>
 
-#include "application-table.h"
-#include "areas.h"
 #include "connection.h"
 #include "documents.h"
 #include "exit-status.h"
@@ -13,6 +12,7 @@
 #include "face-update.h"
 #include "faces.h"
 #include "json-text.h"
+#include "photo-files.h"
 #include "picture-output.h"
 #include "private-watch.h"
 #include "selection-edit.h"
@@ -69,23 +69,19 @@ std::string SelectionText(const std::string& xml)
     return selection ? text.str() : "<selection/>\n";
 }
 
-// The folder that photos are looked for in; see the format's page.
-std::string PhotoFolder(const DataUtil::Photos& photos)
-{
-    const std::string theme = Platform::CurrentAreas().TrustedOf(std::string(Platform::kFacesId)) + "theme/";
-    if (photos.background == "theme") return theme + "Backgrounds/";
-    return theme + "GalleryBackgrounds/" + (photos.prefix.empty() ? "" : photos.prefix + "/");
-}
-
-void WarnOfMissingPhotos(const DataUtil::FaceDocument& document, const DataUtil::Selection& old)
+// Of pictures that are named now, or that the face begins to show.
+void WarnOfMissingPhotos(const DataUtil::FaceDocument& document, const DataUtil::Selection& old,
+                         const SelectionChanges& changes)
 {
     std::error_code error;
     for (const DataUtil::Photos& photos : document.photos) {
         const auto file = document.selection.photos.find(photos.id);
-        const auto before = old.photos.find(photos.id);
         if (file == document.selection.photos.end()) continue;
-        if (before != old.photos.end() && before->second == file->second) continue;
-        const std::string path = PhotoFolder(photos) + file->second;
+        const auto before = old.photos.find(photos.id);
+        const bool isSame = before != old.photos.end() && before->second == file->second;
+        const std::string named = photos.id + "=" + file->second;
+        if (isSame && std::ranges::find(changes.photos, named) == changes.photos.end()) continue;
+        const std::string path = PhotoPath(photos, file->second);
         if (!fs::is_regular_file(path, error))
             Warn("there is no picture [" + path + "] yet; until there is, [" + photos.id +
                  "] shows its default");
@@ -153,7 +149,7 @@ Exit Edit(const Options& options, const EditArguments& arguments)
     const std::string xml = DataUtil::WithSelection(old.xml, selection);
     const DataUtil::FaceDocument document = ParsedOrRefused(old.face.ResultXml(), xml);
     const std::vector<Difference> differences = DifferencesOf(old.document, document);
-    WarnOfMissingPhotos(document, old.document.selection);
+    WarnOfMissingPhotos(document, old.document.selection, arguments.changes);
     if (arguments.dryRun) {
         PrintDryRun(options, differences, xml);
         return Exit::kDone;
@@ -163,7 +159,8 @@ Exit Edit(const Options& options, const EditArguments& arguments)
     Connection connection;
     RequireService(connection);
     FaceUpdater updater(connection, arguments.as);
-    updater.Store({kUpdated, old.face.name, xml, FactsOf(xml).title, "", true, Seconds(arguments.timeout)});
+    updater.Store({kUpdated, old.face.name, xml, FactsOf(xml).title, "", true, Seconds(arguments.timeout),
+                   old.face.ResultXml()});
     PrintEdited(options, WritableFace(old.face.name), differences);
     return Exit::kDone;
 }
@@ -197,7 +194,7 @@ Action DefineEdit(CLI::App& parser)
         ->type_name("APP");
     parser.add_option("--timeout", arguments->timeout, "how long to wait (default: 20 s)")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Edit(options, *arguments); };
 }
 

@@ -101,6 +101,7 @@ Json SlotJson(const DataUtil::Slot& slot, const Resolution& now, const Label& la
         {"name",   slot.name              },
         {"label",  label(slot.labelKey)   },
         {"role",   slot.role              },
+        {"group",  slot.group             },
         {"shown",  now.shown.at(slot.name)},
         {"source", placement.source       },
         {"offers", std::move(offers)      }
@@ -164,23 +165,20 @@ std::size_t Widest(const Json& items, const char* key)
     return width;
 }
 
-// Each colour of a palette once: a patch where the terminal has colours, and its number.
+// Each colour of a palette with its role: a patch where the terminal has colours, and its number.
 std::string ColorsText(const Json& option)
 {
     std::string text;
     if (!option.contains("colors")) return text;
-    std::vector<std::string> seen;
     for (const auto& [role, value] : option["colors"].items()) {
         const auto color = value.get<std::string>();
-        if (std::find(seen.begin(), seen.end(), color) != seen.end()) continue;
-        seen.push_back(color);
         const bool hasPatch = WantsColor() && color.size() >= 7;
         const auto part = [&color](std::size_t at) {
             return std::to_string(std::stoi(color.substr(at, 2), nullptr, 16));
         };
         if (!text.empty()) text += " ";
         if (hasPatch) text += "\033[48;2;" + part(1) + ";" + part(3) + ";" + part(5) + "m  \033[0m ";
-        text += color;
+        text += role + "=" + color;
     }
     return text;
 }
@@ -201,6 +199,11 @@ void PrintGroups(const Json& groups)
     }
 }
 
+bool Has(const Json& texts, std::string_view text)
+{
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
 void PrintSlots(const Json& slots)
 {
     const std::size_t width = Widest(slots, "name");
@@ -212,7 +215,9 @@ void PrintSlots(const Json& slots)
             source += " of " + TextIn(clock, "city") + " (" +
                       (path.empty() ? TextIn(clock, "timezone") : path) + ")";
         }
-        PrintLine("  " + Row(slot, "name", width));
+        const bool hasGroup = slot.contains("offers") && Has(slot["offers"], DataUtil::kWorldClockSource);
+        PrintLine("  " +
+                  Row(slot, "name", width, hasGroup ? "world-clock group " + TextIn(slot, "group") : ""));
         PrintLine("    * " + source);
         if (slot.contains("offers")) PrintLine("      of " + Joined(slot["offers"]) + ", empty");
     }

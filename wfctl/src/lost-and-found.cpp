@@ -36,23 +36,6 @@ std::string Below(const std::string& time)
     return Platform::CurrentAreas().root + "/lost+found" + (time.empty() ? "" : "/" + time);
 }
 
-// Whether the file, or all that the folder holds, was there like that before. What is dated ahead of the
-// clock was: the clock has been put back since.
-bool IsUnchangedSince(const fs::path& path, const timespec& before)
-{
-    struct stat info {};
-    timespec now{};
-    if (lstat(path.c_str(), &info) != 0) return false;
-    clock_gettime(CLOCK_REALTIME, &now);
-    if (!IsEarlier(info.st_ctim, before) && !IsEarlier(now, info.st_ctim)) return false;
-    if (!S_ISDIR(info.st_mode)) return true;
-    std::error_code error;
-    const fs::directory_iterator entries(path, error);
-    return !error && std::all_of(begin(entries), end(entries), [&](const fs::directory_entry& entry) {
-        return IsUnchangedSince(entry.path(), before);
-    });
-}
-
 // Never over what is there.
 bool Move(const std::string& from, const std::string& to)
 {
@@ -121,17 +104,37 @@ std::optional<Listed> ListedIn(const Json& item)
 
 std::string TimesThatThereAre()
 {
+    std::string text;
+    for (const std::string& time : TimesOfLost()) text += (text.empty() ? "" : ", ") + time;
+    return text.empty() ? "nothing was moved away" : "there are: " + text;
+}
+
+}  // namespace
+
+std::vector<std::string> TimesOfLost()
+{
     std::vector<std::string> times;
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(Below(""), error))
         times.push_back(entry.path().filename().string());
     std::ranges::sort(times);
-    std::string text;
-    for (const std::string& time : times) text += (text.empty() ? "" : ", ") + time;
-    return text.empty() ? "nothing was moved away" : "there are: " + text;
+    return times;
 }
 
-}  // namespace
+bool IsUnchangedSince(const std::string& path, const timespec& before)
+{
+    struct stat info {};
+    timespec now{};
+    if (lstat(path.c_str(), &info) != 0) return false;
+    clock_gettime(CLOCK_REALTIME, &now);
+    if (!IsEarlier(info.st_ctim, before) && !IsEarlier(now, info.st_ctim)) return false;
+    if (!S_ISDIR(info.st_mode)) return true;
+    std::error_code error;
+    const fs::directory_iterator entries(path, error);
+    return !error && std::all_of(begin(entries), end(entries), [&](const fs::directory_entry& entry) {
+        return IsUnchangedSince(entry.path(), before);
+    });
+}
 
 MovedAway MoveAway(const std::vector<LostItem>& items, timespec before)
 {

@@ -6,6 +6,8 @@
 #include "exit-status.h"
 #include "locales-icu.h"
 #include "nearest-name.h"
+#include "photo-files.h"
+#include "private-watch.h"
 
 namespace Wfctl {
 
@@ -123,7 +125,7 @@ void ApplyPlace(const FaceDocument& document, const std::string& text, Selection
 void ApplyPhoto(const FaceDocument& document, const std::string& text, Selection& selection)
 {
     const NameAndValue photo = Split(text, "PHOTOS=FILE");
-    Find(document.photos, &DataUtil::Photos::id, "place for a photo", photo.name);
+    const auto& photos = Find(document.photos, &DataUtil::Photos::id, "place for a photo", photo.name);
     if (photo.value.empty()) {
         selection.photos.erase(photo.name);
         return;
@@ -136,7 +138,9 @@ void ApplyPhoto(const FaceDocument& document, const std::string& text, Selection
     if (!isBare) {
         Misused("[" + file +
                 "] is no bare file name; the picture lies among the watch's backgrounds, and "
-                "the face names it without its folder");
+                "the face names it without its folder; type: " +
+                AddCommand(photos, file) + ", then: --photo " +
+                ShellQuoted(photo.name + "=" + file.substr(file.rfind('/') + 1)));
     }
     selection.photos[photo.name] = file;
 }

@@ -60,6 +60,13 @@ protected:
         mEnvironment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + State("RUN_FOLDER") + "/bus";
     }
 
+    // A command as a finding has it.
+    Result Typed(const std::string& command) const
+    {
+        return RunProgram({"sh", "-c", "PATH=\"$1:$PATH\"; " + command, "sh", fs::path(WFCTL).parent_path()},
+                          mEnvironment);
+    }
+
     void IsFoundMovedAndPutBack(const std::string& code, const std::string& path)
     {
         EXPECT_THAT(Codes(Findings()), ElementsAre(code));
@@ -82,7 +89,16 @@ TEST_F(ADoctor, finds_nothing_on_a_healthy_watch)
 {
     const Result done = Run({"doctor"});
     EXPECT_EQ(done.status, 0) << done.out;
-    EXPECT_EQ(done.out, "healthy\n");
+    EXPECT_EQ(done.out, "the watch at [" + mRoot + "] is healthy\n");
+    EXPECT_EQ(Findings()["root"], mRoot);
+}
+
+TEST_F(AFolder, without_a_watch_has_nothing_for_a_doctor)
+{
+    const Result done = Wfctl({"doctor"});
+    EXPECT_EQ(done.status, 8);
+    EXPECT_EQ(done.out, "");
+    EXPECT_THAT(done.err, HasSubstr("there is no watch at [/nonexistent/watch]; type: wfctl up --root DIR"));
 }
 
 TEST_F(ADoctor, moves_unknown_files_away_and_puts_them_back)
@@ -125,18 +141,49 @@ TEST_F(ADoctor, moves_folders_without_a_document_away_and_puts_them_back)
 {
     const std::string path = ListFolder() + kGone;
     Plant(path + "/watchface.xml");
+    EXPECT_EQ(Findings()["findings"][0]["what"],
+              std::string("has neither ") + kGone + "_result.xml nor without_result_xml");
     IsFoundMovedAndPutBack("no-document", path);
 }
 
-TEST_F(ADoctor, leaves_what_changed_after_the_service_began)
+TEST_F(ADoctor, leaves_what_changed_after_the_service_began_until_that_ends)
 {
     const std::string path = ReadWriteFace(kClassic) + "notes.txt";
     Plant(path);
+    const std::string type = Findings()["findings"][0]["type"];
     const Result fixed = Run({"doctor", "--fix"});
     EXPECT_EQ(fixed.status, 1);
-    EXPECT_THAT(fixed.out, HasSubstr("end the service"));
+    EXPECT_THAT(fixed.out, HasSubstr("    type: " + type + "\n")) << "what it says without --fix too";
     EXPECT_TRUE(fs::exists(path));
     EXPECT_FALSE(fs::exists(mRoot + "/lost+found"));
+    EXPECT_EQ(Typed(type).status, 0) << type;
+    EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(ADoctor, moves_the_empty_folder_of_a_refused_face_away)
+{
+    EXPECT_EQ(Run({"install", Holding("five.xml", "<face-result/>"), "--name", "five"}).status, 1);
+    const Json report = Findings();
+    ASSERT_THAT(Codes(report), ElementsAre("no-document"));
+    EXPECT_THAT(report["findings"][0]["what"].get<std::string>(), HasSubstr("is empty"));
+    EXPECT_EQ(Typed(report["findings"][0]["type"]).status, 0);
+    EXPECT_FALSE(fs::exists(ListFolder() + "five"));
+}
+
+TEST_F(ADoctor, finds_pictures_that_are_gone_and_chosen)
+{
+    const std::string picture =
+        Holding("holiday.png", ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png"));
+    ASSERT_EQ(Run({"bg", "add", picture}).status, 0);
+    ASSERT_EQ(Run({"edit", "u1", "--photo", "picture=holiday.png"}).status, 0);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+    ASSERT_EQ(Run({"bg", "del", "holiday.png"}).status, 0);
+    const Json report = Findings();
+    ASSERT_THAT(Codes(report), ElementsAre("photo-missing"));
+    const std::string type = report["findings"][0]["type"];
+    EXPECT_THAT(type, testing::EndsWith(", or: wfctl bg add --type gallery-u1 'holiday.png'"));
+    EXPECT_EQ(Typed(type.substr(0, type.find(", or"))).status, 0) << type;
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
 }
 
 TEST_F(ADoctor, has_stale_previews_drawn_again)
@@ -171,15 +218,33 @@ TEST_F(ADoctor, has_flat_documents_made_again)
     EXPECT_THAT(Codes(Findings()), IsEmpty());
 }
 
-TEST_F(ADoctor, says_what_to_type_about_documents_that_are_not_accepted)
+TEST_F(ADoctor, says_how_to_have_a_shipped_face_back_whose_document_is_not_accepted)
 {
     const std::string path = ReadWriteFace(kClassic) + kClassic + "_result.xml";
     Plant(path, "<face-result/>");
     const Json report = Findings();
-    EXPECT_THAT(Codes(report), Contains("bad-document"));
-    EXPECT_THAT(report["findings"][0]["type"].get<std::string>(), StartsWith("wfctl validate "));
+    ASSERT_THAT(Codes(report), ElementsAre("bad-document"));
     EXPECT_EQ(Run({"doctor", "--fix"}).status, 1);
     EXPECT_EQ(ContentsOf(path), "<face-result/>");
+    EXPECT_EQ(Typed(report["findings"][0]["type"]).status, 0);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, says_how_to_mend_another_face_whose_document_is_not_accepted)
+{
+    const std::string path = ListFolder() + kGone + "/" + kGone + "_result.xml";
+    Plant(path, "<face-result/>");
+    const Json report = Findings();
+    ASSERT_THAT(Codes(report), ElementsAre("bad-document"));
+    EXPECT_THAT(report["findings"][0]["type"].get<std::string>(), StartsWith("wfctl validate "));
+}
+
+TEST_F(ADoctor, has_flat_documents_that_are_not_accepted_made_again)
+{
+    Plant(ReadWriteFace(kClassic) + "watchface.xml", "<watchface/>");
+    EXPECT_THAT(Codes(Findings()), ElementsAre("bad-flat-document"));
+    EXPECT_EQ(Run({"doctor", "--fix"}).status, 0);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
 }
 
 TEST_F(ADoctor, says_what_to_type_about_a_current_face_that_is_gone)

@@ -52,6 +52,12 @@ TEST_F(AWatch, says_which_images_of_an_installed_face_it_has_not)
     EXPECT_EQ(Run({"install", StagedResultXml("com.corvane.watchface-mirel-u1")}).err, "");
 }
 
+TEST_F(AWatch, shows_colours_by_their_roles_and_world_clocks_by_their_groups)
+{
+    EXPECT_THAT(Run({"show", kClassic}).out, HasSubstr("accent=#3F8FE0\n"));
+    EXPECT_THAT(Run({"show", "c4"}).out, HasSubstr("world-clock group zone\n"));
+}
+
 TEST_F(AWatch, shows_what_a_face_offers)
 {
     const Result shown = Run({"show", kClassic, "--json"});
@@ -186,6 +192,13 @@ TEST_F(AWatch, tells_of_a_photo_that_is_not_there)
     EXPECT_THAT(edited.out, StartsWith("picture: default -> cat.png\n"));
     EXPECT_EQ(ById(Run({"show", kOwn, "--json"}).AsJson()["photos"], "picture")["file"], "cat.png");
     EXPECT_THAT(Run({"edit", kOwn, "--pick", "dial=round"}).err, Not(HasSubstr("cat.png")));
+    const Result again = Run({"edit", kOwn, "--photo", "picture=cat.png"});
+    EXPECT_EQ(again.status, 9);
+    EXPECT_THAT(again.err, HasSubstr("cat.png] yet")) << "it is named, and still missing";
+    const Result path = Run({"edit", kOwn, "--photo", "picture=/tmp/cat.png"});
+    EXPECT_EQ(path.status, 2);
+    EXPECT_THAT(path.err,
+                HasSubstr("wfctl bg add --type gallery '/tmp/cat.png', then: --photo 'picture=cat.png'"));
 }
 
 TEST_F(AWatch, keeps_the_selection_in_an_update_that_is_to)
