@@ -241,7 +241,7 @@ std::string LineOf(const Event& event)
     if (!event.type.empty()) line += " " + Plain(event.type);
     std::string sizes;
     for (const auto& [key, bytes] : event.sizes.items())
-        sizes += (sizes.empty() ? "" : " ") + Plain(key) + "=" + bytes.dump();
+        sizes += (sizes.empty() ? "" : ", ") + Plain(key) + ": " + bytes.dump() + " B";
     return line + " (" + sizes + ")";
 }
 
@@ -305,7 +305,7 @@ Action DefineMonitor(CLI::App& parser)
     parser.add_option("--count", arguments->count, "end after so many")->type_name("N");
     parser.add_option("--timeout", arguments->timeout, "end after so long")
         ->type_name("S")
-        ->check(CLI::NonNegativeNumber);
+        ->check(SecondsProblem);
     return [arguments](const Options& options) { return Watch(options, *arguments); };
 }
 

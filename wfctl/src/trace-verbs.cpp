@@ -23,24 +23,31 @@ struct OffArguments {
     std::string out;
 };
 
-// The service leaves the request unanswered; the key says what it did.
-void Switch(const Options& options, bool on)
+bool IsOn()
 {
-    SelectWatch(options.root);
-    Connection connection;
+    Platform::ValueStore keys(Platform::KeysPath(), 0660);
+    return Platform::GetAs<bool>(keys, Platform::kTraceKey).value_or(false);
+}
+
+// The service leaves the request unanswered; the key says what it did.
+void Switch(Connection& connection, bool on)
+{
     Platform::LaunchData request;
     request["wfs/req/type"] = std::string(on ? "ttrace_enable" : "ttrace_disable");
     const std::string service(Platform::kServiceId);
     SendLaunch(connection, service, "", request, kPatienceForTheSwitch);
-    Platform::ValueStore keys(Platform::KeysPath(), 0660);
-    if (Platform::GetAs<bool>(keys, Platform::kTraceKey).value_or(false) == on) return;
+    if (IsOn() == on) return;
     throw Stop(Exit::kError,
                "the service did not switch the trace; look for [platform] in " + LogPlace("platform"));
 }
 
 Exit On(const Options& options)
 {
-    Switch(options, true);
+    SelectWatch(options.root);
+    Connection connection;
+    if (IsOn())
+        throw Stop(Exit::kNothingToDo, "nothing to do: the trace is on already; type: wfctl trace off");
+    Switch(connection, true);
     return Exit::kDone;
 }
 
@@ -64,11 +71,16 @@ void WriteWhole(const std::string& trace, const std::string& out)
 
 Exit Off(const Options& options, const OffArguments& arguments)
 {
-    Switch(options, false);
+    SelectWatch(options.root);
+    Connection connection;
+    const bool wasOn = IsOn();
+    if (wasOn) Switch(connection, false);
     const std::string trace = Platform::TracePath();
     std::error_code error;
     if (!std::filesystem::exists(trace, error))
         throw Stop(Exit::kNotFound, "no trace was recorded; type: wfctl trace on");
+    if (!wasOn && arguments.out.empty())
+        throw Stop(Exit::kNothingToDo, "nothing to do: the trace is off already; it is in [" + trace + "]");
     if (!arguments.out.empty()) WriteWhole(trace, arguments.out);
     const std::string path = arguments.out.empty() ? trace : arguments.out;
     PrintLine(options.json ? JsonLine(Json::object({

@@ -54,7 +54,7 @@ TEST_F(AMonitor, shows_launches_on_one_readable_line)
     Run({"launch", kService, "wfs/req/type=ttrace_disable"});
     const std::string line = monitor->NextLine().value_or("");
     EXPECT_THAT(line, HasSubstr(std::string("launch  ")));
-    EXPECT_THAT(line, HasSubstr(std::string(" -> ") + kService + " (wfs/req/type=14)"));
+    EXPECT_THAT(line, HasSubstr(std::string(" -> ") + kService + " (wfs/req/type: 14 B)"));
 }
 
 TEST_F(AMonitor, ends_in_time)

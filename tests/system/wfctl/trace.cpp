@@ -177,6 +177,18 @@ TEST_F(AWatchThatIsTraced, records_nothing_by_itself)
     EXPECT_THAT(ended.err, testing::HasSubstr("wfctl trace on"));
 }
 
+TEST_F(AWatchThatIsTraced, is_switched_once)
+{
+    ASSERT_EQ(Run({"trace", "on"}).status, 0);
+    EXPECT_EQ(Run({"trace", "on"}).status, 9);
+    ASSERT_EQ(Install().status, 0);
+    const std::string trace = Run({"trace", "off"}).out;
+    const Result again = Run({"trace", "off"});
+    EXPECT_EQ(again.status, 9);
+    EXPECT_THAT(again.err, testing::HasSubstr(trace.substr(0, trace.size() - 1)));
+    EXPECT_EQ(Run({"trace", "off", "-o", mFolder + "/copy.json"}).status, 0) << "what there is can be had";
+}
+
 TEST_F(AWatchThatIsTraced, records_nothing_more_once_it_is_off)
 {
     ASSERT_EQ(Run({"trace", "on"}).status, 0);
