@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "a-watchface-manager.h"
+#include "inner-calls.h"
 
 using MemoryPlatform::kMainThread;
 using MemoryPlatform::kWorkerThreads;
@@ -356,9 +357,17 @@ TEST_F(AWatchfaceManagerWithoutCaptureApplication, waits_for_its_worker_when_it_
     platform.Hold("app_control_destroy");
     manager.RequestPreviewCapture("a");
     ASSERT_TRUE(platform.WaitUntilHeld("app_control_destroy"));
-    platform.Release("app_control_destroy");
-    owner.reset();
-    EXPECT_TRUE(platform.WaitForWorkersEnd(1, 0));
+    const InnerCalls inner;
+    bool joined = false;
+    {
+        const std::jthread release([&] {
+            joined = platform.WaitForCall("inner join", 1, 2);
+            platform.Release("app_control_destroy");
+        });
+        owner.reset();
+        EXPECT_TRUE(platform.WaitForWorkersEnd(1, 0));
+    }
+    EXPECT_TRUE(joined);
 }
 
 TEST_F(AWatchfaceManagerWithoutCaptureApplication, touches_neither_timer_nor_names_on_the_worker)

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "platform-state.h"
@@ -21,6 +22,7 @@ using ManagerPtr = std::shared_ptr<WatchfaceManager>;
 #define APPLY_CONFIGURATION "_ZN16WatchfaceService27ApplyWatchfaceConfigurationEPNS_16WatchfaceManagerE"
 #define CHECK_COMPLICATIONS "_ZN16WatchfaceService16WatchfaceManager18CheckComplicationsEi"
 #define SEND_SURVEY_LOGS "_ZN16WatchfaceService10LogManager14SendSurveyLogsEv"
+#define THREAD_JOIN "_ZNSt6thread4joinEv"
 
 }  // namespace
 
@@ -71,4 +73,12 @@ void WrapSend(LogManager* self)
 {
     InnerCalls::Note("SendSurveyLogs", nullptr);
     RealSend(self);
+}
+
+void RealJoin(std::thread* self) __asm__("__real_" THREAD_JOIN);
+void WrapJoin(std::thread* self) __asm__("__wrap_" THREAD_JOIN);
+void WrapJoin(std::thread* self)
+{
+    InnerCalls::Note("join", nullptr);
+    RealJoin(self);
 }

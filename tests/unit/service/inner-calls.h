@@ -1,8 +1,9 @@
-// Calls between the service's components that leave nothing on the platform to be seen by. While an
+// Calls within the service that leave nothing on the platform to be seen by. While an
 // InnerCalls lives, they stand in the platform's timeline beside the calls of the platform:
 //
 //   inner OnSetupWizardReturned | inner ApplyWatchfaceConfiguration
 //   inner CheckComplications MODE | inner SendSurveyLogs
+//   inner join                       (of a thread; before it waits)
 //
 // The calls are made all the same. The linker puts what records them in front of them.
 

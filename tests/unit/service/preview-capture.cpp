@@ -209,6 +209,7 @@ TEST_F(AWatchfaceManagerWithOutstandingRequests, ignores_what_is_finished_after_
     platform.Advance(1);
     platform.Forget();
     manager.UpdatePreviewDone("a");
+    manager.UpdatePreviewDone("b");
     EXPECT_EQ(calls, 1);
     EXPECT_THAT(platform.Timeline(), IsEmpty());
 }
