@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "character-count.h"
+#include "color-names.h"
 #include "nearest-name.h"
 
 namespace DataUtil {
@@ -299,6 +300,14 @@ Value Condition(std::string_view raw)
     return value;
 }
 
+// The language tag that is written with underscores here, as locales are, or an empty text.
+std::string WithHyphens(std::string_view raw)
+{
+    std::string tag(raw);
+    std::replace(tag.begin(), tag.end(), '_', '-');
+    return IsLanguage(tag) ? tag : "";
+}
+
 // One row per kind of text: its canonical form, the words for a message, and as much of it as a pattern can
 // say.
 struct TextSyntax {
@@ -434,13 +443,33 @@ std::optional<std::string> CanonicalValue(const AttributeRule& rule, std::string
         if (!value) problem = range->expected;
     } else if (const TextSyntax* syntax = RowOf(kTextSyntaxes, rule.kind)) {
         value = syntax->canonical(raw);
-        if (!value) problem = syntax->expected;
+        if (value) return value;
+        problem = syntax->expected;
+        const std::string meant = ProbableValue(rule, raw);
+        if (!meant.empty()) problem += "; did you mean " + Quoted(meant) + "?";
     } else {
         const auto names = NamesOf(rule);
         if (std::find(names.begin(), names.end(), raw) != names.end()) value = raw;
         if (!value) problem = "one of the known names" + Suggestion(raw, names);
     }
     return value;
+}
+
+std::string ProbableValue(const AttributeRule& rule, std::string_view raw)
+{
+    switch (rule.kind) {
+        case ValueKind::kLanguage:
+            return WithHyphens(raw);
+        case ValueKind::kLiteralColor:
+        case ValueKind::kPaint:
+            return std::string(ValueOfColor(raw));
+        case ValueKind::kChoice:
+        case ValueKind::kSource:
+        case ValueKind::kSourceOrEmpty:
+            return std::string(NearestName(raw, NamesOf(rule)));
+        default:
+            return "";
+    }
 }
 
 ValueSyntax SyntaxOf(const AttributeRule& rule)

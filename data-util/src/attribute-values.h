@@ -67,6 +67,10 @@ struct AttributeRule {
 std::optional<std::string> CanonicalValue(const AttributeRule& rule, std::string_view raw,
                                           std::string& problem);
 
+// What `raw`, which is not accepted, probably means, in canonical form: the nearest of the rule's names, the
+// colour of that name, or the language tag with hyphens. An empty text when nothing is near.
+std::string ProbableValue(const AttributeRule& rule, std::string_view raw);
+
 // A decimal number in thousandths, at most five digits before and three after the point.
 std::optional<int> ParseThousandths(std::string_view text);
 

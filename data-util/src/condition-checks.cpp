@@ -5,6 +5,7 @@
 
 #include "face-checks.h"
 #include "nearest-name.h"
+#include "uses.h"
 
 namespace DataUtil {
 
@@ -16,16 +17,20 @@ public:
         : mDocument(document), mFindings(findings)
     {
         for (const Group& group : document.groups) {
-            for (const Option& option : group.options) mValues[group.id].emplace_back(option.id);
+            if (group.id.empty()) continue;
+            auto& values = mValues[group.id];
+            for (const Option& option : group.options) values.emplace_back(option.id);
             mWhen[group.id] = {&group.when, &group.origin};
         }
         for (const Slot& slot : document.slots) {
+            if (slot.name.empty()) continue;
             auto& values = mValues[slot.name];
+            mSlots.insert(slot.name);
             for (const Offer& offer : slot.offers) values.emplace_back(offer.source);
             values.emplace_back(kEmptySource);
             mWhen[slot.name] = {&slot.when, &slot.origin};
         }
-        for (const auto& [subject, values] : mValues) mSubjects.emplace_back(subject);
+        for (const auto& [subject, values] : mValues) mNames.emplace_back(subject);
         for (const Photos& photos : document.photos) mPhotos.insert(photos.id);
     }
 
@@ -57,20 +62,33 @@ private:
     {
         const auto values = mValues.find(term.subject);
         if (values == mValues.end()) {
-            mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
-                          mPhotos.count(term.subject) != 0
-                              ? "nothing can depend on the photos " + Quoted(term.subject)
-                              : "there is no group or slot " + Quoted(term.subject) +
-                                    Suggestion(term.subject, mSubjects));
+            if (!mFindings.IsRefused(term.subject)) ReportSubject(term, node.Where(attribute));
             return;
         }
-        mMentioned[term.subject].insert(term.value);
         const auto& known = values->second;
-        if (std::find(known.begin(), known.end(), term.value) == known.end()) {
-            mFindings.Add(
-                "E-REF-UNKNOWN", node.Where(attribute),
-                Quoted(term.subject) + " has no " + Quoted(term.value) + Suggestion(term.value, known));
+        const bool exists = std::find(known.begin(), known.end(), term.value) != known.end();
+        mSubjects.Add(term.subject, mNames);
+        if (!exists && mFindings.IsRefused(term.value)) return;
+        mMentioned[term.subject].Add(term.value, known);
+        if (exists) return;
+        mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
+                      mSlots.contains(term.subject) ? NotOffered(Quoted(term.subject), term.value, known)
+                                                    : Quoted(term.subject) + " has no " + Quoted(term.value) +
+                                                          Suggestion(term.value, known));
+    }
+
+    void ReportSubject(const Term& term, const Place& place)
+    {
+        const std::string& subject = term.subject;
+        if (mPhotos.contains(subject)) {
+            mFindings.Add("E-REF-UNKNOWN", place, "nothing can depend on the photos " + Quoted(subject));
+            return;
         }
+        mSubjects.Add(subject, mNames);
+        const auto meant = mValues.find(std::string(NearestName(subject, mNames)));
+        if (meant != mValues.end()) mMentioned[meant->first].Add(term.value, meant->second);
+        mFindings.Add("E-REF-UNKNOWN", place,
+                      "there is no group or slot " + Quoted(subject) + Suggestion(subject, mNames));
     }
 
     // Depth first; an open subject that is met again closes a circle. At most kMostGroups + kMostSlots deep
@@ -93,17 +111,19 @@ private:
     // Options that no condition names look alike: one is fine (it stands for "nothing"), two are a slip.
     void CheckUse(const Group& group)
     {
-        const std::set<std::string>& mentioned = mMentioned[group.id];
-        if (mentioned.empty()) {
+        if (!mSubjects.Has(group.id)) {
+            if (mFindings.IsRefused(group.id)) return;
             mFindings.Add(
                 "W-UNUSED", group.origin.Where(),
                 "no condition depends on " + Quoted(group.id) + "; use it in a \"when\" or remove it");
             return;
         }
-        if (group.kind == GroupKind::kSwitch) return;
+        // Without any, a condition that names an unknown group may be about this one.
+        const auto mentioned = mMentioned.find(group.id);
+        if (group.kind == GroupKind::kSwitch || mentioned == mMentioned.end()) return;
         const Option* first = nullptr;
         for (const Option& option : group.options) {
-            if (mentioned.count(option.id) != 0) continue;
+            if (mentioned->second.Has(option.id) || mFindings.IsRefused(option.id)) continue;
             if (first == nullptr) {
                 first = &option;
             } else {
@@ -119,8 +139,10 @@ private:
     std::map<std::string, std::vector<std::string_view>> mValues;  // group or slot -> options or sources
     std::map<std::string, When> mWhen;
     std::map<std::string, Visit> mVisits;
-    std::map<std::string, std::set<std::string>> mMentioned;
-    std::vector<std::string_view> mSubjects;
+    std::map<std::string, Uses> mMentioned;  // group or slot -> what conditions about it name
+    Uses mSubjects;                          // groups and slots that conditions name
+    std::vector<std::string_view> mNames;    // of groups and slots
+    std::set<std::string_view> mSlots;
     std::set<std::string_view> mPhotos;
 };
 

@@ -24,7 +24,7 @@ void CheckPaint(const Node& node, Findings& findings)
         findings.Add("E-ATTRIBUTE-CHOICE", node.Where("fill"),
                      "the gradient is the fill; remove \"fill\" or the gradient");
     }
-    if (gradient || Paints(node, "fill") || Paints(node, "stroke")) return;
+    if (gradient || node.hasUnknownChild || Paints(node, "fill") || Paints(node, "stroke")) return;
     findings.Add("W-INVISIBLE", node.Where(),
                  "\"" + std::string(node.rule->name) + "\" has neither fill nor stroke and paints nothing");
 }

@@ -57,6 +57,10 @@ std::vector<std::string_view> NamesOf(const std::vector<Item>& items, const std:
     return names;
 }
 
+// That `slot` has `source`, known or not, among its `offers` not: what is wrong and what to choose instead.
+std::string NotOffered(const std::string& slot, std::string_view source,
+                       const std::vector<std::string_view>& offers);
+
 // Conditions: what they name exists, they depend on each other without a circle, every option matters.
 void CheckConditions(const FaceDocument& document, Findings& findings);
 

@@ -110,7 +110,7 @@ private:
             if (child.Get("default") == "true") {
                 if (first != nullptr) {
                     mFindings.Add("E-DEFAULT", child.Where("default"),
-                                  Quoted(group.id) + " already has the default " + Quoted(first->Get("id")) +
+                                  NameOf(group) + " already has the default " + Quoted(first->Get("id")) +
                                       "; keep one");
                 } else {
                     first = &child;
@@ -120,11 +120,17 @@ private:
             AddColors(child, option);
             group.options.push_back(std::move(option));
         }
-        if (first == nullptr && !node.children.empty()) {
+        if (first == nullptr && !node.children.empty() && !node.hasUnknownChild) {
             mFindings.Add("E-DEFAULT", node.Where(),
-                          Quoted(group.id) + " has no default; mark one option with default=\"true\"");
+                          NameOf(group) + " has no default; mark one option with default=\"true\"");
         }
         if (group.kind == GroupKind::kPalette) CheckPalette(group);
+    }
+
+    // An id that was refused is no name.
+    static std::string NameOf(const Group& group)
+    {
+        return group.id.empty() ? "this group" : Quoted(group.id);
     }
 
     void AddColors(const Node& node, Option& option)
@@ -146,10 +152,11 @@ private:
         }
         for (const Option& option : group.options) {
             for (const std::string& role : roles) {
-                if (option.colors.count(role) != 0) continue;
+                if (option.colors.count(role) != 0 || mFindings.IsRefused(role)) continue;
                 mFindings.Add("E-COVERAGE", option.origin.Where(),
-                              "the option " + Quoted(option.id) + " has no colour for the role " +
-                                  Quoted(role) + ", which another option sets");
+                              (option.id.empty() ? "this option" : "the option " + Quoted(option.id)) +
+                                  " has no colour for the role " + Quoted(role) +
+                                  ", which another option sets");
             }
         }
         for (const std::string& role : roles) {
@@ -224,11 +231,12 @@ private:
         const std::string& id = node.Get("group");
         const std::string& option = node.Get("option");
         const Group* group = FindById(mDocument.groups, &Group::id, id);
+        if (mFindings.IsRefused(id)) return;
         if (group == nullptr) {
             mFindings.Add(
                 "E-REF-UNKNOWN", node.Where("group"),
                 "there is no group " + Quoted(id) + Suggestion(id, NamesOf(mDocument.groups, &Group::id)));
-        } else if (!option.empty() && FindById(group->options, &Option::id, option) == nullptr) {
+        } else if (!mFindings.IsRefused(option) && FindById(group->options, &Option::id, option) == nullptr) {
             mFindings.Add("E-REF-UNKNOWN", node.Where("option"),
                           Quoted(id) + " has no option " + Quoted(option) +
                               Suggestion(option, NamesOf(group->options, &Option::id)));
@@ -241,14 +249,15 @@ private:
         const std::string& name = node.Get("slot");
         const std::string& source = node.Get("source");
         const Slot* slot = FindById(mDocument.slots, &Slot::name, name);
+        if (mFindings.IsRefused(name)) return;
         if (slot == nullptr) {
             mFindings.Add(
                 "E-REF-UNKNOWN", node.Where("slot"),
                 "there is no slot " + Quoted(name) + Suggestion(name, NamesOf(mDocument.slots, &Slot::name)));
-        } else if (!source.empty() && source != kEmptySource && slot->OfferOf(source) == nullptr) {
+        } else if (source != kEmptySource && !mFindings.IsRefused(source) &&
+                   slot->OfferOf(source) == nullptr) {
             mFindings.Add("E-REF-UNKNOWN", node.Where("source"),
-                          Quoted(name) + " does not offer " + Quoted(source) +
-                              Suggestion(source, NamesOf(slot->offers, &Offer::source)));
+                          NotOffered(Quoted(name), source, NamesOf(slot->offers, &Offer::source)));
         }
         preset.choices.places[name] = PlacementOf(node);
     }

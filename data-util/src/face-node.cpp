@@ -14,6 +14,8 @@ namespace DataUtil {
 
 namespace {
 
+// What is misspelled is a finding, and read as what it probably means: so nothing follows from it that ends
+// once it is mended, and what else is wrong with it is told too.
 class Reader {
 public:
     Reader(const XmlTree& tree, const Schema& schema, Findings& findings)
@@ -45,7 +47,11 @@ private:
                 mFindings.Add("E-ATTRIBUTE-UNKNOWN", node.Where(name),
                               "\"" + std::string(node.rule->name) + "\" has no attribute " + Quoted(name) +
                                   Suggestion(name, AttributeNames(*node.rule)));
-                continue;
+                rule = MeantRule(name, xml, node);
+                if (rule == nullptr) {
+                    mFindings.Refuse(attribute.value());
+                    continue;
+                }
             }
             std::string expected;
             auto value = CanonicalValue(*rule, attribute.value(), expected);
@@ -54,17 +60,26 @@ private:
                 if (value) expected = "a value that is not empty";
                 mFindings.Add(code, node.Where(name),
                               std::string(name) + "=" + Quoted(attribute.value()) + " must be " + expected);
-                value = std::string();
+                value = ProbableValue(*rule, attribute.value());
+                if (value->empty()) mFindings.Refuse(attribute.value());
             }
             node.attributes.push_back({rule, std::move(*value)});
         }
         for (const AttributeRule& rule : node.rule->attributes) {
-            if (rule.fallback != kRequired || xml.attribute(rule.name)) continue;
+            if (rule.fallback != kRequired || node.Mentions(rule.name)) continue;
             mFindings.Add(
                 "E-ATTRIBUTE-MISSING", node.Where(),
                 "\"" + std::string(node.rule->name) + "\" needs the attribute \"" + rule.name + "\"");
         }
         CheckChoice(node);
+    }
+
+    // The rule of the attribute that an unknown one probably means, unless that is there itself; or null.
+    static const AttributeRule* MeantRule(std::string_view name, const pugi::xml_node& xml, const Node& node)
+    {
+        const AttributeRule* rule =
+            AttributeRuleOf(*node.rule, NearestName(name, AttributeNames(*node.rule)));
+        return rule == nullptr || xml.attribute(rule->name) || node.Mentions(rule->name) ? nullptr : rule;
     }
 
     void CheckChoice(const Node& node)
@@ -122,17 +137,30 @@ private:
         const Place place = Origin(mTree, xml).Where();
         const auto parents = mSchema.ParentNames(name);
         if (parents.empty()) {
-            mFindings.Add(
-                "E-ELEMENT-UNKNOWN", place,
-                "there is no element " + Quoted(name) + Suggestion(name, mSchema.ChildNames(*node.rule)));
+            const auto known = mSchema.ChildNames(*node.rule);
+            mFindings.Add("E-ELEMENT-UNKNOWN", place,
+                          "there is no element " + Quoted(name) + Suggestion(name, known));
+            if (const ElementRule* meant = mSchema.ChildRuleOf(*node.rule, NearestName(name, known))) {
+                node.children.push_back(Read(xml, *meant));
+            } else {
+                node.hasUnknownChild = true;
+                RefuseNames(xml);
+            }
             return;
         }
+        RefuseNames(xml);
         std::string where;
         for (const std::string_view parent : parents)
             where += (where.empty() ? "" : ", ") + std::string(parent);
         mFindings.Add(
             "E-PLACE", place,
             Quoted(name) + " may not stand in \"" + node.rule->name + "\"; move it into one of: " + where);
+    }
+
+    void RefuseNames(const pugi::xml_node& xml)
+    {
+        for (const pugi::xml_attribute& attribute : xml.attributes()) mFindings.Refuse(attribute.value());
+        for (const pugi::xml_node& child : xml.children()) RefuseNames(child);
     }
 
     void CheckCounts(const Node& node)
@@ -148,7 +176,7 @@ private:
                                       std::to_string(child.most) + " \"" + name + "\"");
                 }
             }
-            if (count < child.least) {
+            if (count < child.least && !node.hasUnknownChild) {
                 mFindings.Add("E-CHILD-COUNT", node.Where(),
                               "\"" + std::string(node.rule->name) + "\" needs at least " +
                                   std::to_string(child.least) + " \"" + name + "\"");
@@ -160,7 +188,7 @@ private:
     {
         const ChildTotal& total = node.rule->total;
         const auto count = static_cast<int>(node.children.size());
-        if (count < total.least) {
+        if (count < total.least && !node.hasUnknownChild) {
             mFindings.Add("E-CHILD-COUNT", node.Where(),
                           "\"" + std::string(node.rule->name) + "\" needs at least " +
                               std::to_string(total.least) + " of what may stand in it");

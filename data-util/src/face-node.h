@@ -1,4 +1,5 @@
-// A document after its structure was checked: only known elements and attributes, values canonical.
+// A document after its structure was checked: only known elements and attributes, values canonical. What was
+// misspelled, a finding, stands as what it probably means.
 
 #pragma once
 
@@ -15,7 +16,7 @@ namespace DataUtil {
 struct Node {
     struct Attribute {
         const AttributeRule* rule;
-        std::string value;  // canonical; empty when it was refused
+        std::string value;  // canonical; of a refused one what it probably means, or empty
     };
 
     const ElementRule* rule = nullptr;
@@ -23,13 +24,14 @@ struct Node {
     std::vector<Attribute> attributes;  // in document order
     std::string text;
     std::vector<Node> children;
+    bool hasUnknownChild = false;  // left out; it may be any that seems to be lacking
 
     Element Kind() const { return rule->element; }
     bool Is(Element element) const { return rule->element == element; }
     // The canonical value, or an empty text; no accepted value is empty.
     const std::string& Get(std::string_view name) const;
     bool Has(std::string_view name) const { return !Get(name).empty(); }
-    // True also for an attribute whose value was refused.
+    // True also for an attribute whose value is empty.
     bool Mentions(std::string_view name) const;
     // The value, or its default.
     std::string_view GetOrDefault(std::string_view name) const;

@@ -20,6 +20,13 @@ Severity SeverityOf(std::string_view code)
     }
 }
 
+// A character of a name, or one that is often typed for one.
+bool IsOfName(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '.' || c == '_';
+}
+
 // Messages quote the document; a quoted control character must not break the line.
 std::string OneLine(std::string message)
 {
@@ -38,6 +45,19 @@ void Findings::Add(std::string_view code, const Place& place, std::string messag
     if (IsFull()) return;
     mFindings.push_back(
         {severity, std::string(code), place.line, place.column, place.path, OneLine(std::move(message))});
+}
+
+void Findings::Refuse(std::string_view value)
+{
+    std::string name;
+    for (const char c : value) {
+        if (IsOfName(c)) {
+            name += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c == '_' ? '-' : c;
+        } else {
+            mRefusedNames.insert(std::exchange(name, {}));
+        }
+    }
+    mRefusedNames.insert(std::move(name));
 }
 
 std::vector<Finding> Findings::Take()

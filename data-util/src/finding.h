@@ -6,6 +6,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +41,13 @@ public:
     // The severity follows from the code's first letter.
     void Add(std::string_view code, const Place& place, std::string message);
 
+    // `value`, an attribute's, was refused, itself or with the element around it. Whatever may be a name in
+    // it is kept: the document may declare that name or use it there.
+    void Refuse(std::string_view value);
+    // True for such a name, and for an empty one, which stands for a refused value. That it is not known, not
+    // used or lacking somewhere may only follow from what was refused, so it is no finding.
+    bool IsRefused(std::string_view name) const { return name.empty() || mRefusedNames.contains(name); }
+
     bool HasErrors() const { return mHasErrors || IsFull(); }
     // True when nothing more is kept; checks then end.
     bool IsFull() const { return mFindings.size() >= kMostFindings; }
@@ -47,6 +56,7 @@ public:
 
 private:
     std::vector<Finding> mFindings;
+    std::set<std::string, std::less<>> mRefusedNames;
     bool mHasErrors = false;
 };
 

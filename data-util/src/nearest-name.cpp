@@ -12,11 +12,13 @@ namespace {
 
 constexpr std::size_t kLongestName = 64;
 constexpr std::size_t kFewCandidates = 16;
+constexpr std::size_t kMostSlips = 4;
 
 // Edit distance: insertions, deletions, replacements, and exchanges of neighbours, the most common slip of
-// typing.
-std::size_t Distance(std::string_view a, std::string_view b)
+// typing. Given up at `enough`: a hostile document has half a million pairs of long names.
+std::size_t Distance(std::string_view a, std::string_view b, std::size_t enough)
 {
+    if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= enough) return enough;
     std::vector<std::size_t> beforeLast(b.size() + 1);
     std::vector<std::size_t> last(b.size() + 1);
     std::vector<std::size_t> row(b.size() + 1);
@@ -32,6 +34,9 @@ std::size_t Distance(std::string_view a, std::string_view b)
                 row[j + 1] = std::min(row[j + 1], beforeLast[j - 1] + 1);
             }
         }
+        // No later row has less: an exchange adds one to the row before the last, which is less by one at
+        // most.
+        if (*std::min_element(row.begin(), row.end()) >= enough) return enough;
     }
     return row.back();
 }
@@ -42,10 +47,10 @@ std::string_view NearestName(std::string_view name, const std::vector<std::strin
 {
     if (name.empty() || name.size() > kLongestName) return {};
     std::string_view nearest;
-    std::size_t least = std::max<std::size_t>(1, name.size() / 3) + 1;
+    std::size_t least = std::clamp<std::size_t>(name.size() / 3, 1, kMostSlips) + 1;
     for (const std::string_view candidate : candidates) {
-        if (candidate.size() > kLongestName) continue;
-        const std::size_t distance = Distance(name, candidate);
+        if (candidate.empty() || candidate.size() > kLongestName) continue;
+        const std::size_t distance = Distance(name, candidate, least);
         if (distance < least) {
             least = distance;
             nearest = candidate;
@@ -58,10 +63,16 @@ std::string Suggestion(std::string_view name, const std::vector<std::string_view
 {
     const std::string_view nearest = NearestName(name, candidates);
     if (!nearest.empty()) return "; did you mean \"" + std::string(nearest) + "\"?";
-    if (candidates.empty() || candidates.size() > kFewCandidates) return "";
-    std::string text = "; known:";
-    for (const std::string_view candidate : candidates) text += " " + std::string(candidate);
-    return text;
+    return candidates.size() > kFewCandidates ? "" : Listed("; known:", candidates);
+}
+
+std::string Listed(std::string_view before, const std::vector<std::string_view>& names)
+{
+    std::string text;
+    for (const std::string_view name : names) {
+        if (!name.empty()) text += " " + std::string(name);
+    }
+    return text.empty() ? "" : std::string(before) + text;
 }
 
 std::string Quoted(std::string_view text)

@@ -8,12 +8,17 @@
 
 namespace DataUtil {
 
+// Empty candidates are names that were refused; they are passed over.
+
 // The candidate that differs least from `name`, or an empty text when none is near.
 std::string_view NearestName(std::string_view name, const std::vector<std::string_view>& candidates);
 
-// "; did you mean "x"?" for the nearest candidate; else, for few candidates, "; known: a, b, c"; else
+// "; did you mean "x"?" for the nearest candidate; else, for few candidates, "; known: a b c"; else
 // nothing.
 std::string Suggestion(std::string_view name, const std::vector<std::string_view>& candidates);
+
+// `before` and the names, each behind a space; nothing without names.
+std::string Listed(std::string_view before, const std::vector<std::string_view>& names);
 
 // A text of the document as it stands in a message: in quotes, and cut when it is long.
 std::string Quoted(std::string_view text);

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <set>
 
+#include "color-names.h"
 #include "element-checks.h"
 #include "face-checks.h"
 #include "nearest-name.h"
+#include "uses.h"
 
 namespace DataUtil {
 
@@ -49,27 +51,34 @@ private:
             if (attribute.rule->kind != ValueKind::kColor || value.empty() || value == "none" ||
                 value.starts_with('#'))
                 continue;
-            mUsedRoles.insert(value);
+            if (mFindings.IsRefused(value)) continue;
+            mUsedRoles.Add(value, mRoles);
             if (std::binary_search(mRoles.begin(), mRoles.end(), value)) continue;
             mFindings.Add("E-REF-UNKNOWN", node.Where(attribute.rule->name),
-                          "no palette sets the role " + Quoted(value) + Suggestion(value, mRoles));
+                          Quoted(value) + " is neither #RRGGBB nor a role that a palette sets" + Hint(value));
         }
+    }
+
+    std::string Hint(std::string_view color) const
+    {
+        const std::string_view value = NearestName(color, mRoles).empty() ? ValueOfColor(color) : "";
+        return value.empty() ? Suggestion(color, mRoles) : "; did you mean " + Quoted(value) + "?";
     }
 
     void CheckPhoto(const Node& node)
     {
         const std::string& id = node.Get("photos");
-        if (id.empty()) return;
-        mUsedPhotos.insert(id);
+        if (mFindings.IsRefused(id)) return;
+        const auto known = NamesOf(mDocument.photos, &Photos::id);
+        mUsedPhotos.Add(id, known);
         if (FindById(mDocument.photos, &Photos::id, id) != nullptr) return;
-        mFindings.Add(
-            "E-REF-UNKNOWN", node.Where("photos"),
-            "there are no photos " + Quoted(id) + Suggestion(id, NamesOf(mDocument.photos, &Photos::id)));
+        mFindings.Add("E-REF-UNKNOWN", node.Where("photos"),
+                      "there are no photos " + Quoted(id) + Suggestion(id, known));
     }
 
     void CheckSlot(const Node& node)
     {
-        CheckChain(node);
+        if (!node.hasUnknownChild) CheckChain(node);
         CheckBox(node, mDocument.root, mFindings);
         const std::string& role = node.Get("role");
         if (role.empty()) return;
@@ -97,10 +106,9 @@ private:
             if ((source == kEmptySource) != (&child == last)) {
                 mFindings.Add("E-FALLBACK", child.Where("source"),
                               "a chain of fallbacks ends in \"empty\", and only its end is \"empty\"");
-            } else if (source != kEmptySource &&
+            } else if (source != kEmptySource && !mFindings.IsRefused(source) &&
                        std::find(offers.begin(), offers.end(), source) == offers.end()) {
-                mFindings.Add("E-REF-UNKNOWN", child.Where("source"),
-                              "the slot does not offer " + Quoted(source) + Suggestion(source, offers));
+                mFindings.Add("E-REF-UNKNOWN", child.Where("source"), NotOffered("the slot", source, offers));
             }
         }
     }
@@ -113,7 +121,7 @@ private:
                 for (const auto& [role, color] : option.colors) roles.insert(role);
             }
             for (const std::string_view role : roles) {
-                if (mUsedRoles.count(role) != 0) continue;
+                if (mUsedRoles.Has(role) || mFindings.IsRefused(role)) continue;
                 mFindings.Add("W-UNUSED", group.origin.Where(),
                               "nothing is painted in the role " + Quoted(role) + "; remove it");
             }
@@ -123,7 +131,7 @@ private:
     void CheckUnusedPhotos()
     {
         for (const Photos& photos : mDocument.photos) {
-            if (photos.id.empty() || mUsedPhotos.count(photos.id) != 0) continue;
+            if (mUsedPhotos.Has(photos.id) || mFindings.IsRefused(photos.id)) continue;
             mFindings.Add("W-UNUSED", photos.origin.Where(),
                           "no \"photo\" shows " + Quoted(photos.id) + "; remove it");
         }
@@ -132,11 +140,20 @@ private:
     const FaceDocument& mDocument;
     Findings& mFindings;
     std::vector<std::string_view> mRoles;  // sorted
-    std::set<std::string_view> mUsedRoles;
-    std::set<std::string_view> mUsedPhotos;
+    Uses mUsedRoles;
+    Uses mUsedPhotos;
 };
 
 }  // namespace
+
+std::string NotOffered(const std::string& slot, std::string_view source,
+                       const std::vector<std::string_view>& offers)
+{
+    // A source that exists is no slip of typing for another one.
+    const bool exists = source == kEmptySource || FindSource(source) != nullptr;
+    return slot + " does not offer " + Quoted(source) +
+           (exists ? Listed("; it offers:", offers) : Suggestion(source, offers));
+}
 
 void CheckScene(const FaceDocument& document, Findings& findings)
 {

@@ -34,6 +34,7 @@ public:
 private:
     void Unknown(const Node& node, const char* attribute, std::string message)
     {
+        if (mFindings.IsRefused(node.Get(attribute))) return;
         mFindings.Add("N-PICK-UNKNOWN", node.Where(attribute), std::move(message));
     }
 
@@ -82,7 +83,8 @@ private:
             Unknown(node, "slot", "there is no slot " + Quoted(name) + "; the placement is ignored");
         } else if (source != kEmptySource && slot->OfferOf(source) == nullptr) {
             Unknown(node, "source",
-                    Quoted(name) + " does not offer " + Quoted(source) + "; the placement is ignored");
+                    NotOffered(Quoted(name), source, NamesOf(slot->offers, &Offer::source)) +
+                        "; the placement is ignored");
         } else {
             Take(mDocument.selection.places, node, name, PlacementOf(node));
         }

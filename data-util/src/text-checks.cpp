@@ -7,6 +7,7 @@
 
 #include "element-checks.h"
 #include "nearest-name.h"
+#include "uses.h"
 
 namespace DataUtil {
 
@@ -26,7 +27,7 @@ public:
         const std::string& language = mRoot.Get("default-language");
         const auto at = mTexts.find(language);
         if (at == mTexts.end()) {
-            if (language.empty()) return;
+            if (mFindings.IsRefused(language)) return;
             mFindings.Add("E-REF-UNKNOWN", mRoot.Where("default-language"),
                           "there are no texts of the default language " + Quoted(language));
             return;
@@ -45,8 +46,9 @@ private:
     {
         for (const char* attribute : kKeyAttributes) {
             const std::string& key = node.Get(attribute);
-            if (key.empty() || mFindings.IsFull()) continue;
-            mUsed.insert(key);
+            if (mFindings.IsFull()) return;
+            if (mFindings.IsRefused(key)) continue;
+            mUsed.Add(key, mKeys);
             if (Exists(key)) continue;
             mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
                           "the default language has no text " + Quoted(key) + Suggestion(key, mKeys));
@@ -62,7 +64,8 @@ private:
             const std::string& key = string.Get("key");
             if (key.empty() || mFindings.IsFull()) continue;
             present.insert(key);
-            if (isDefault && mUnused == UnusedTexts::kReported && mUsed.count(key) == 0) {
+            if (mFindings.IsRefused(key)) continue;
+            if (isDefault && mUnused == UnusedTexts::kReported && !mUsed.Has(key)) {
                 mFindings.Add("W-UNUSED", string.Where("key"),
                               "nothing uses the text " + Quoted(key) + "; remove it");
             } else if (!Exists(key)) {
@@ -78,13 +81,14 @@ private:
         std::string missing;
         int count = 0;
         for (const std::string_view key : mKeys) {
-            if (present.count(key) != 0) continue;
+            if (present.count(key) != 0 || mFindings.IsRefused(key)) continue;
             if (++count <= 3) missing += (missing.empty() ? "" : ", ") + std::string(key);
         }
         if (count == 0) return;
         if (count > 3) missing += " and " + std::to_string(count - 3) + " more";
+        const std::string& language = strings.Get("language");
         mFindings.Add("W-UNTRANSLATED", strings.Where("language"),
-                      Quoted(strings.Get("language")) + " lacks " + missing +
+                      (language.empty() ? "this language" : Quoted(language)) + " lacks " + missing +
                           "; the default language is shown for them");
     }
 
@@ -93,7 +97,7 @@ private:
     const UnusedTexts mUnused;
     Findings& mFindings;
     std::vector<std::string_view> mKeys;  // of the default language, sorted
-    std::set<std::string_view> mUsed;
+    Uses mUsed;
 };
 
 }  // namespace

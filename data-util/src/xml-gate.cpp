@@ -6,6 +6,8 @@
 #include <new>
 #include <utility>
 
+#include "syntax-faults.h"
+
 namespace DataUtil {
 
 namespace {
@@ -36,28 +38,32 @@ public:
     {
         const auto status = XML_Parse(mParser, mText.data(), static_cast<int>(mText.size()), XML_TRUE);
         if (status == XML_STATUS_OK) return true;
+        const TextMap map(mText);
         if (mCode.empty()) {
             const XML_Error error = XML_GetErrorCode(mParser);
             if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+            SyntaxFault fault = ExplainSyntax(error, Here(), mText, map, mOpen);
             mCode = "E-SYNTAX";
-            mMessage = std::string("not well-formed XML: ") + XML_ErrorString(error);
-            if (error == XML_ERROR_UNDEFINED_ENTITY) {
-                mMessage += "; only &amp; &lt; &gt; &quot; &apos; and numeric references exist";
-            }
-            mOffset = XML_GetCurrentByteIndex(mParser);
+            mMessage = "not well-formed XML: " + std::move(fault.message);
+            mOffset = fault.offset;
         }
-        const auto offset = mOffset < 0 ? std::size_t{0} : static_cast<std::size_t>(mOffset);
-        findings.Add(mCode, TextMap(mText).PlaceAt(offset), mMessage);
+        findings.Add(mCode, map.PlaceAt(mOffset), mMessage);
         return false;
     }
 
 private:
+    std::size_t Here() const
+    {
+        const XML_Index index = XML_GetCurrentByteIndex(mParser);
+        return index < 0 ? 0 : std::min(static_cast<std::size_t>(index), mText.size());
+    }
+
     void Refuse(const char* code, std::string message)
     {
         if (!mCode.empty()) return;
         mCode = code;
         mMessage = std::move(message);
-        mOffset = XML_GetCurrentByteIndex(mParser);
+        mOffset = Here();
         XML_StopParser(mParser, XML_FALSE);
     }
 
@@ -66,7 +72,8 @@ private:
         auto* gate = static_cast<Gate*>(self);
         int count = 0;
         while (attributes[2 * count] != nullptr) ++count;
-        if (++gate->mDepth > kMostDepth) {
+        gate->mOpen.push_back(gate->Here());
+        if (gate->mOpen.size() > kMostDepth) {
             gate->Refuse("E-LIMIT-DEPTH",
                          "elements are nested deeper than " + std::to_string(kMostDepth) + " levels");
         } else if (++gate->mElements > kMostElements) {
@@ -77,7 +84,7 @@ private:
         }
     }
 
-    static void XMLCALL OnEnd(void* self, const XML_Char*) { --static_cast<Gate*>(self)->mDepth; }
+    static void XMLCALL OnEnd(void* self, const XML_Char*) { static_cast<Gate*>(self)->mOpen.pop_back(); }
 
     static void XMLCALL OnDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*, int)
     {
@@ -101,8 +108,8 @@ private:
     std::string_view mText;
     std::string mCode;
     std::string mMessage;
-    XML_Index mOffset = 0;
-    int mDepth = 0;
+    std::size_t mOffset = 0;
+    std::vector<std::size_t> mOpen;  // where the start tags stand that are not closed yet
     int mElements = 0;
 };
 

@@ -19,7 +19,7 @@
 namespace DataUtil {
 
 constexpr std::size_t kMostBytes = 1024 * 1024;
-constexpr int kMostDepth = 16;
+constexpr std::size_t kMostDepth = 16;
 constexpr int kMostElements = 8192;
 constexpr int kMostAttributes = 32;  // of one element
 

@@ -39,8 +39,7 @@ TEST_F(APhoto, is_left_out_while_its_own_condition_does_not_hold)
 TEST_F(APhoto, of_unknown_photos_is_refused)
 {
     Replace("<photo photos=\"backdrop\" x", "<photo photos=\"backdrops\" x");
-    EXPECT_THAT(Codes(), testing::ElementsAre("W-UNUSED", "E-REF-UNKNOWN"));
-    EXPECT_THAT(Check().at(1).message, HasSubstr("did you mean \"backdrop\"?"));
+    ExpectOnly("E-REF-UNKNOWN", "<photo photos=\"backdrops\"", "did you mean \"backdrop\"?");
 }
 
 TEST_F(APhoto, that_nothing_shows_is_warned_of)

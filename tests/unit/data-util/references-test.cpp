@@ -86,14 +86,28 @@ TEST_F(AFaceDocument, refuses_a_color_role_that_no_palette_sets)
 {
     Replace("<bar length=\"150\" width=\"2\" fill=\"main\"/>",
             "<bar length=\"150\" width=\"2\" fill=\"mian\"/>");
-    ExpectOnly("E-REF-UNKNOWN", "<bar", "\"mian\"");
+    ExpectOnly("E-REF-UNKNOWN", "<bar",
+               "\"mian\" is neither #RRGGBB nor a role that a palette sets; did you mean \"main\"?");
+}
+
+TEST_F(AFaceDocument, refuses_the_name_of_a_color_with_its_value)
+{
+    Replace("<bar length=\"150\" width=\"2\" fill=\"main\"/>",
+            "<bar length=\"150\" width=\"2\" fill=\"orange\"/>");
+    ExpectOnly("E-REF-UNKNOWN", "<bar",
+               "neither #RRGGBB nor a role that a palette sets; did you mean \"#FFA500\"?");
+}
+
+TEST_F(AFaceDocument, refuses_the_name_of_a_color_in_a_palette_with_its_value)
+{
+    Replace("value=\"#0000FF\"", "value=\"navy\"");
+    ExpectOnly("E-VALUE", "navy", "did you mean \"#000080\"?");
 }
 
 TEST_F(AFaceDocument, refuses_a_label_that_the_default_language_lacks)
 {
     Replace("label-key=\"top\"", "label-key=\"tops\"");
-    EXPECT_THAT(Codes(), testing::ElementsAre("W-UNUSED", "E-REF-UNKNOWN"));
-    EXPECT_THAT(Check().at(1).message, testing::HasSubstr("did you mean \"top\"?"));
+    ExpectOnly("E-REF-UNKNOWN", "<slot", "did you mean \"top\"?");
 }
 
 TEST_F(AFaceDocument, refuses_a_translation_of_a_text_that_the_default_language_lacks)
@@ -130,7 +144,21 @@ TEST_F(AFaceDocument, may_depend_on_what_a_slot_shows)
 TEST_F(AFaceDocument, refuses_a_condition_on_a_source_that_the_slot_does_not_offer)
 {
     Replace("<text text-key=\"title\"", "<text when=\"top=weather\" text-key=\"title\"");
-    ExpectOnly("E-REF-UNKNOWN", "top=weather");
+    ExpectOnly("E-REF-UNKNOWN", "top=weather",
+               "\"top\" does not offer \"weather\"; it offers: battery pedometer empty");
+}
+
+TEST_F(AFaceDocument, refuses_a_condition_on_a_source_that_does_not_exist_and_names_the_nearest)
+{
+    Replace("<text text-key=\"title\"", "<text when=\"top=batery\" text-key=\"title\"");
+    ExpectOnly("E-REF-UNKNOWN", "top=batery", "did you mean \"battery\"?");
+}
+
+TEST_F(AFaceDocument, does_not_take_a_source_that_exists_for_a_slip_of_another)
+{
+    Replace("<offer source=\"pedometer\"/>", "<offer source=\"water\"/>");
+    Replace("<text text-key=\"title\"", "<text when=\"top=weather\" text-key=\"title\"");
+    ExpectOnly("E-REF-UNKNOWN", "top=weather", "it offers: battery water empty");
 }
 
 TEST_F(AFaceDocument, refuses_conditions_in_a_circle)
@@ -149,7 +177,8 @@ TEST_F(AFaceDocument, refuses_a_slot_in_a_layer_that_depends_on_that_slot)
 TEST_F(AFaceDocument, refuses_a_fallback_that_is_not_offered)
 {
     Replace("<fallback source=\"battery\"/>", "<fallback source=\"water\"/>");
-    ExpectOnly("E-REF-UNKNOWN", "<fallback source=\"water\"/>", "does not offer");
+    ExpectOnly("E-REF-UNKNOWN", "<fallback source=\"water\"/>",
+               "the slot does not offer \"water\"; it offers: battery pedometer");
 }
 
 TEST_F(AFaceDocument, refuses_a_chain_of_fallbacks_that_does_not_end_in_empty)

@@ -27,7 +27,7 @@ TEST_F(AFaceDocument, refuses_a_later_format)
 TEST_F(AFaceDocument, refuses_an_unknown_element_and_names_the_nearest)
 {
     Replace("<text skeleton=\"Jmm\" x=\"180\" y=\"140\" size=\"30\" color=\"#FFFFFF\"/>",
-            "<txt skeleton=\"Jmm\"/>");
+            "<txt skeleton=\"Jmm\" x=\"180\" y=\"140\" size=\"30\" color=\"#FFFFFF\"/>");
     ExpectOnly("E-ELEMENT-UNKNOWN", "<txt", "did you mean \"text\"?");
 }
 
@@ -123,11 +123,11 @@ TEST_F(AFaceDocument, refuses_a_string_of_nothing_but_white_space)
 TEST_F(AFaceDocument, reports_all_faults_at_once_in_the_order_of_the_text)
 {
     Replace("version=\"3\"", "version=\"zero\"");
-    Replace("<string key=\"tone.red\">Rot</string>", "<strin/>");
+    Replace("<string key=\"tone.red\">Rot</string>", "<strin key=\"tone.red\">Rot</strin><oops/>");
     Replace("<color role=\"main\" value=\"#0000FF\"/>", "<color role=\"main\" value=\"blue\"/>");
     Replace("when=\"seconds=on\"", "when=\"second=on\"");
-    EXPECT_THAT(Codes(), ElementsAre("E-VALUE", "W-UNTRANSLATED", "E-ELEMENT-UNKNOWN", "E-VALUE", "W-UNUSED",
-                                     "E-REF-UNKNOWN"));
+    EXPECT_THAT(Codes(),
+                ElementsAre("E-VALUE", "E-ELEMENT-UNKNOWN", "E-ELEMENT-UNKNOWN", "E-VALUE", "E-REF-UNKNOWN"));
 }
 
 TEST_F(AFaceDocument, gives_the_column_in_characters_not_bytes)

@@ -1,0 +1,117 @@
+#include "syntax-faults.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "nearest-name.h"
+
+namespace DataUtil {
+
+namespace {
+
+struct Advice {
+    XML_Error error;
+    const char* text;
+};
+constexpr Advice kAdvice[] = {
+    {XML_ERROR_INVALID_TOKEN,          "invalid token"                                  },
+    {XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "nothing may follow the end of the root element" },
+    {XML_ERROR_UNCLOSED_TOKEN,         "the text ends before what begins here does"     },
+    {XML_ERROR_UNCLOSED_CDATA_SECTION, "the text ends before what begins here does"     },
+    {XML_ERROR_UNDEFINED_ENTITY,
+     "undefined entity; only &amp; &lt; &gt; &quot; &apos; and numeric references exist"},
+};
+
+std::string AdviceOn(XML_Error error)
+{
+    const auto row = std::find_if(std::begin(kAdvice), std::end(kAdvice),
+                                  [&](const Advice& a) { return a.error == error; });
+    return row == std::end(kAdvice) ? XML_ErrorString(error) : row->text;
+}
+
+// The name that begins at `offset`, in a start or an end tag.
+std::string_view NameAt(std::string_view text, std::size_t offset)
+{
+    const std::string_view rest = text.substr(std::min(offset, text.size()));
+    return rest.substr(0, rest.find_first_of(" \t\r\n/>"));
+}
+
+std::string Tag(const char* begin, std::string_view name)
+{
+    return Quoted(begin + std::string(name) + ">");
+}
+
+// A "&" before `offset` that is the beginning of no reference.
+std::optional<std::size_t> BareAmpersand(std::string_view text, std::size_t offset)
+{
+    const auto continuesName = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               static_cast<unsigned char>(c) >= 0x80 ||
+               std::string_view("#._-:").find(c) != std::string_view::npos;
+    };
+    while (offset > 0 && continuesName(text[offset - 1])) --offset;
+    if (offset == 0 || text[offset - 1] != '&') return std::nullopt;
+    return offset - 1;
+}
+
+// What surrounds `offset`, of the tag that begins at `tag` or behind it.
+enum class Surroundings { kContent, kTag, kValue };
+
+Surroundings SurroundingsOf(std::string_view text, std::size_t tag, std::size_t offset)
+{
+    char quote = '\0';
+    for (const char c : text.substr(tag, offset - tag)) {
+        if (quote != '\0') {
+            if (c == quote) quote = '\0';
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '>') {
+            return Surroundings::kContent;
+        }
+    }
+    return quote != '\0' ? Surroundings::kValue : Surroundings::kTag;
+}
+
+SyntaxFault ExplainToken(std::size_t offset, std::string_view text, const TextMap& map)
+{
+    if (const auto ampersand = BareAmpersand(text, offset))
+        return {*ampersand, "a bare \"&\"; write \"&amp;\""};
+    const std::string_view before = text.substr(0, offset);
+    if (before.ends_with('<') && text.substr(offset).starts_with('/'))
+        return {offset - 1, Tag("</", NameAt(text, offset + 1)) + " closes no element; remove it"};
+    if (before.ends_with('<')) return {offset - 1, "a bare \"<\"; write \"&lt;\""};
+    const std::size_t tag = before.rfind('<');
+    if (tag != std::string_view::npos) {
+        const Surroundings around = SurroundingsOf(text, tag, offset);
+        const bool opens = text.substr(offset).starts_with('<');
+        if (around == Surroundings::kValue && opens)
+            return {offset,
+                    "\"<\" in the value of an attribute; write \"&lt;\", or end the value with its quote"};
+        if (around == Surroundings::kTag && opens)
+            return {offset, "\"<\" within the tag that line " + std::to_string(map.PlaceAt(tag).line) +
+                                " begins; end that with \">\""};
+        const std::size_t last = before.find_last_not_of(" \t\r\n");
+        if (around == Surroundings::kTag && before[last] == '=')
+            return {offset, "the value of an attribute stands in quotes"};
+    }
+    return {offset, AdviceOn(XML_ERROR_INVALID_TOKEN)};
+}
+
+}  // namespace
+
+SyntaxFault ExplainSyntax(XML_Error error, std::size_t offset, std::string_view text, const TextMap& map,
+                          const std::vector<std::size_t>& open)
+{
+    if (error == XML_ERROR_INVALID_TOKEN) return ExplainToken(offset, text, map);
+    const bool mismatch = error == XML_ERROR_TAG_MISMATCH;
+    if (open.empty() || (!mismatch && error != XML_ERROR_NO_ELEMENTS)) return {offset, AdviceOn(error)};
+    const std::string_view name = NameAt(text, open.back() + 1);
+    const std::string remedy = " where " + Tag("<", name) + " of line " +
+                               std::to_string(map.PlaceAt(open.back()).line) + " is open; close it with " +
+                               Tag("</", name);
+    if (!mismatch) return {offset, "the text ends" + remedy};
+    // The parser points at the name, behind "</".
+    return {offset - 2, Tag("</", NameAt(text, offset)) + remedy};
+}
+
+}  // namespace DataUtil
