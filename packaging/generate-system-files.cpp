@@ -189,6 +189,9 @@ string Policy()
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <!-- Which user may be which application of the watch, and who may speak to whom. -->
 <busconfig>
+  <!-- Who does not read gets no more: the bus stops hearing a sender whose messages it keeps too many of. -->
+  <limit name="max_outgoing_bytes">)" +
+           std::to_string(Platform::kMostUnreadBytes) + R"(</limit>
   <policy context="default">
     <deny own_prefix=")" +
            string(Platform::kApplicationNamespace) + R"("/>

@@ -2,7 +2,14 @@
 
 #pragma once
 
+#include <cstddef>
+
 namespace Platform {
+
+// What the bus may keep for one that does not read, in bytes. A bus takes nothing more from whose messages it
+// keeps too many (127 MiB by default): with a limit no lower, one that does not read what the service sends
+// would silence the service for all.
+inline constexpr std::size_t kMostUnreadBytes = std::size_t{32} << 20;
 
 // Messages to a port.
 inline constexpr char kPortPath[] = "/com/corvane/platform/port";

@@ -1,5 +1,6 @@
 #include "message-port-sdbus.h"
 
+#include <malloc.h>
 #include <pwd.h>
 
 #include <cerrno>
@@ -29,10 +30,22 @@ constexpr std::size_t kMostWaitingBytes = std::size_t{32} << 20;
 constexpr std::size_t kBytesBesideBundle = 2048;  // that a waiting message takes
 static_assert(kMostWaitingBytes / 2 >= kMostBundleMemory + kBytesBesideBundle);
 static_assert(kMostWaitingBytes / kBytesBesideBundle <= OwnerLedger::kMostQuestions);
+// What may be kept of our own messages while the bus takes none.
+constexpr std::size_t kMostUnsentBytes = std::size_t{32} << 20;
 // Reading comes first, or what others send piles up at the bus, which knows no turns.
 constexpr std::chrono::microseconds kReadingSlice{1000};
 constexpr std::chrono::microseconds kDeliverySlice{250};
+// What waited beyond this is given back to the system when it is quiet again: the allocator would keep it.
+constexpr std::size_t kGivenBack = std::size_t{1} << 20;
+constexpr double kQuietSeconds = 1;
 constexpr std::size_t kMostShown = 256;  // of a peer's text in a refusal
+
+void GiveBackMemory()
+{
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
 
 std::string EncodeLabel(const std::string& label)
 {
@@ -93,8 +106,15 @@ struct MessagePorts::Incoming {
 };
 
 MessagePorts::MessagePorts(Bus& bus, std::string appId)
-    : mBus(bus), mAppId(std::move(appId)), mRefusalSecond(1.0, [this] {
-          mRefusals.EndSecond();
+    : mBus(bus),
+      mAppId(std::move(appId)),
+      mRefusalSecond(1.0,
+                     [this] {
+                         mRefusals.EndSecond();
+                         return kCommonUtilTaskEnd;
+                     }),
+      mQuiet(kQuietSeconds, [] {
+          GiveBackMemory();
           return kCommonUtilTaskEnd;
       })
 {
@@ -156,14 +176,25 @@ int MessagePorts::Send(const std::string& app, const std::string& port, bool tru
 {
     const TraceSpan span("message", "send", {"to", app}, {"port", port});
     FeedWatchdog();
-    int code = 0;
+    int code = HasRoomToSend(BundleBytes(message)) ? 0 : -ENOBUFS;
     const MessagePtr call =
-        NewPortMessage(mBus.Get(), app, port, trusted, mAppId, fromPort, message, false, &code);
+        code < 0 ? MessagePtr()
+                 : NewPortMessage(mBus.Get(), app, port, trusted, mAppId, fromPort, message, false, &code);
     if (call) code = sd_bus_send(mBus.Get(), call.get(), nullptr);
     if (code >= 0) TraceSent(span, mBus.Get(), call.get());
     if (code < 0)
         PLATFORM_FAULT("message to [%s %s] not sent: %s", app.c_str(), port.c_str(), std::strerror(-code));
     return code < 0 ? code : 0;
+}
+
+// Whether so much may be kept until the bus takes it, which it does not while others leave too much unread.
+bool MessagePorts::HasRoomToSend(std::size_t bytes)
+{
+    uint64_t unsent = 0;
+    if (sd_bus_get_n_queued_write(mBus.Get(), &unsent) < 0 || unsent == 0) mUnsentBytes = 0;
+    if (mUnsentBytes > kMostUnsentBytes) return false;
+    mUnsentBytes += kBytesBesideBundle + bytes;
+    return true;
 }
 
 int MessagePorts::IsTrustedPortUp(const std::string& app, const std::string& port)
@@ -313,6 +344,7 @@ void MessagePorts::TakeTurn()
     queue.messages.pop_front();
     queue.hasTurn = false;
     queue.bytes -= incoming->bytes;
+    if (mWaitingBytes > kGivenBack) mQuiet.Start();
     mWaitingBytes -= incoming->bytes;
     if (queue.messages.empty())
         mWaiting.erase(it);

@@ -94,6 +94,7 @@ private:
     void Deliver(Incoming& incoming);
     void Refuse(sd_bus_message* message, const std::string& sender, const char* error,
                 const std::string& reason);
+    bool HasRoomToSend(std::size_t bytes);
     const Port* Find(const std::string& name, bool trusted) const;
 
     Bus& mBus;
@@ -103,9 +104,11 @@ private:
     std::map<int, Port> mPorts;
     std::map<std::string, Queue> mWaiting;  // by connection
     std::size_t mWaitingBytes = 0;
+    std::size_t mUnsentBytes = 0;    // since the bus took all
     std::deque<std::string> mTurns;  // connections whose first message has been checked
     RefusalLog mRefusals;
     CommonUtilTimer mRefusalSecond;
+    CommonUtilTimer mQuiet;  // since much waited
     EventSourcePtr mTurnSource;
     SlotPtr mObject;  // last: no message arrives while the rest is destroyed
 };

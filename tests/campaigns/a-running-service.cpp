@@ -44,17 +44,23 @@ RunningService::RunningService(const std::string& prefix)
     while (watcher.Next().Text(0) != kService) continue;
 }
 
+std::string RunningService::ResultXml() const
+{
+    const std::string face = "com.corvane.watchface-mirel-c1";
+    return TestSupport::ReadFile(mShippedFaces + face + "/" + face + "_result.xml");
+}
+
 std::string RunningService::Log() const
 {
     return TestSupport::ReadFile(Root() + "/log");
 }
 
-std::unique_ptr<RawBus> RunningService::Connect(const Identity& identity) const
+std::unique_ptr<RawBus> RunningService::Connect(const Identity& identity, bool trusted) const
 {
     auto bus = std::make_unique<RawBus>(Address());
     if (*identity.port)
         bus->ReplyTo(
-            bus->Call(TestSupport::NameRequest(Platform::PortBusName(identity.app, identity.port, true))));
+            bus->Call(TestSupport::NameRequest(Platform::PortBusName(identity.app, identity.port, trusted))));
     bus->ReplyTo(bus->Call(TestSupport::NameRequest(identity.app)));
     return bus;
 }

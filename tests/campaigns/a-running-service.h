@@ -30,6 +30,8 @@ inline constexpr Identity kHome{"com.corvane.w-home", "w-home::localport"};
 inline constexpr Identity kSettings{"com.corvane.watch-utils.setting-list", "clocksetting::localport"};
 inline constexpr Identity kCapture{"com.corvane.watchface-capture", "watchface-capture::localport"};
 inline constexpr Identity kBackupAgent{"com.corvane.watch-utils.service", "watch-utils-service::localport"};
+inline constexpr Identity kViewer{"com.corvane.watchface", ""};
+inline constexpr Identity kWorldClockMap{"com.corvane.worldclock-map", ""};
 
 class RunningService {
 public:
@@ -41,11 +43,13 @@ public:
     std::string DataArea() const { return Root() + "/apps/com.corvane.watchface/shared/data/"; }
     std::string TrustedArea() const { return Root() + "/apps/com.corvane.watchface/shared/trusted/"; }
     const std::string& ShippedFaces() const { return mShippedFaces; }
+    // The selections of a face that ships.
+    std::string ResultXml() const;
     const TestSupport::Program& Process() const { return *mService; }
     std::string Log() const;
 
-    // A connection that is the application, and whose trusted port is up when it has one.
-    std::unique_ptr<RawBus> Connect(const Identity& identity) const;
+    // A connection that is the application, and whose port is up when it has one.
+    std::unique_ptr<RawBus> Connect(const Identity& identity, bool trusted = true) const;
 
     // The service's answer to a date, to the phone-side manager, in microseconds.
     static double AnswerTime(RawBus& manager);

@@ -12,6 +12,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "bus-names.h"
+
 namespace TestSupport {
 
 TemporaryFolder::TemporaryFolder(const std::string& parent) : mPath(parent + "/watch-test-XXXXXX")
@@ -37,7 +39,8 @@ PrivateBus::PrivateBus() : mAddress("unix:path=" + mFolder.Path() + "/bus")
         << mAddress << "</listen><servicedir>" << mFolder.Path()
         << "/services</servicedir><policy context=\"default\"><allow user=\"*\"/>"
            "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow "
-           "own=\"*\"/></policy></busconfig>\n";
+           "own=\"*\"/></policy><limit name=\"max_outgoing_bytes\">"
+        << Platform::kMostUnreadBytes << "</limit></busconfig>\n";
     int ready[2];
     if (pipe2(ready, 0) != 0) throw std::runtime_error("no pipe");
     mDaemon = fork();

@@ -14,6 +14,7 @@
 
 #include "application-table.h"
 #include "areas.h"
+#include "bus-names.h"
 #include "exit-status.h"
 #include "process.h"
 
@@ -233,7 +234,8 @@ std::string BusConfigText(const WatchState& state)
   </policy>
   <limit name="max_message_size">33554432</limit>
   <limit name="max_incoming_bytes">268435456</limit>
-  <limit name="max_outgoing_bytes">268435456</limit>
+  <limit name="max_outgoing_bytes">)" +
+           std::to_string(Platform::kMostUnreadBytes) + R"(</limit>
   <limit name="max_match_rules_per_connection">50000</limit>
   <limit name="max_names_per_connection">50000</limit>
   <limit name="max_replies_per_connection">50000</limit>

@@ -68,6 +68,9 @@ TEST(TheBusConfiguration, takes_large_messages_and_lets_everybody_be_anybody)
     EXPECT_THAT(text, HasSubstr("<servicedir>/tmp/watch-abc/services</servicedir>"));
     EXPECT_THAT(text, HasSubstr("<allow own=\"*\"/>"));
     EXPECT_THAT(text, HasSubstr("<limit name=\"max_message_size\">33554432</limit>"));
+    // Who does not read gets no more, long before the bus takes no more from the service.
+    EXPECT_THAT(text, HasSubstr("<limit name=\"max_incoming_bytes\">268435456</limit>"));
+    EXPECT_THAT(text, HasSubstr("<limit name=\"max_outgoing_bytes\">33554432</limit>"));
 }
 
 TEST(ARunFolder, has_a_name_that_leaves_room_for_a_socket)
