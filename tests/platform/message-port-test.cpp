@@ -525,6 +525,24 @@ TEST_F(ASender, sees_a_port_as_up_while_its_name_has_the_applications_owner)
     EXPECT_EQ(process->Ports().IsTrustedPortUp(kHome, kHomePort), 0);
 }
 
+TEST_F(ASender, keeps_a_bounded_amount_while_the_bus_takes_nothing)
+{
+    home.Own(kHome);
+    const auto send = [&](std::size_t size) {
+        return process->Ports().Send(kHome, kHomePort, true, "",
+                                     *Bundle({
+                                         {"type", std::string(size, 'x')}
+        }));
+    };
+    bus.Pause();
+    int kept = 0;
+    while (kept < 200 && send(std::size_t{1} << 20) == 0) ++kept;
+    bus.Resume();
+    EXPECT_GE(kept, 30);
+    EXPECT_LT(kept, 100);  // the daemon takes some until it stops
+    EXPECT_TRUE(RunUntil([&] { return send(1) == 0; }));
+}
+
 TEST_F(ASender, sees_no_port_of_what_is_no_application)
 {
     for (const char* app : {"", "no name", "a.b',member='x", "com..example", ".a.b"}) {
