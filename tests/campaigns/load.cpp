@@ -1,7 +1,7 @@
 // More than a watch's applications ever send: whether messages are lost, how much memory it takes, and how
 // long others wait.
 //
-//     load-campaign PREFIX [--messages N] [--questions N] [--faces N] [--unread MIB] [--timed]
+//     load-campaign PREFIX [--messages N] [--calls N] [--questions N] [--faces N] [--unread MIB] [--timed]
 //
 // 8 peers and 12 users of the open port send N messages, malformed ones among them. What may not happen ends
 // the campaign as failed: a message whose call was answered without an error and that nobody hears of, a
@@ -284,12 +284,11 @@ constexpr Flood kFloods[] = {
     {"others' names",    "another's name", 100,     true,  true },
     {"unanswered ones",  "unknown type",   100,     false, true },
 };
-constexpr int kUnderWay = 100;  // calls: more than 128 without an answer the bus refuses by default
 
 // A peer that floods, in a process of its own. What it has sent is worked off when the object goes.
 class Flooder {
 public:
-    Flooder(const RunningService& service, const Identity& peer, const Flood& flood)
+    Flooder(const RunningService& service, const Identity& peer, const Flood& flood, int calls)
     {
         int ready[2], stop[2];
         if (pipe2(ready, O_CLOEXEC) != 0 || pipe2(stop, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
@@ -299,7 +298,7 @@ public:
         if (mPid == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             try {
-                Run(service, peer, flood, sayReady.Get(), isStopped.Get());
+                Run(service, peer, flood, calls, sayReady.Get(), isStopped.Get());
             } catch (const std::exception&) {
                 _exit(EXIT_FAILURE);
             }
@@ -318,18 +317,18 @@ public:
     Flooder& operator=(const Flooder&) = delete;
 
 private:
-    static void Run(const RunningService& service, const Identity& peer, const Flood& flood, int ready,
-                    int stop)
+    static void Run(const RunningService& service, const Identity& peer, const Flood& flood, int calls,
+                    int ready, int stop)
     {
         const auto bus = service.Connect(peer);
         const Sender sender{peer.app, peer.port, kPhone, service.ResultXml()};
         const std::string message = MessageOf(flood.kind, sender, "flood", flood.bytes);
         pollfd stopped{stop, POLLIN, 0};
         for (int sent = 0; poll(&stopped, 1, 0) == 0; ++sent) {
-            if (sent == kUnderWay && write(ready, "", 1) != 1) return;
+            if (sent == calls && write(ready, "", 1) != 1) return;
             if (!flood.isAnswered)
                 bus->Send(message);
-            else if (bus->Call(message), sent >= kUnderWay)
+            else if (bus->Call(message), sent >= calls)
                 while (bus->Next().type == Header::kCall) continue;
         }
         bus->ReplyTo(bus->Call(message));  // the last of what it sent
@@ -358,14 +357,15 @@ double Quantile(std::vector<double>& values, double part)
     return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1))];
 }
 
-bool RunFlood(const RunningService& service, const Flood& flood, int questions, bool timed)
+bool RunFlood(const RunningService& service, const Flood& flood, int calls, int questions, bool timed)
 {
     const auto manager = service.Connect(kManager);
     const auto capture = service.Connect(kCapture);  // or requests for previews wait for it
     std::vector<std::unique_ptr<Flooder>> flooders;
     const Identity peers[] = {kEditor, kHome, kSettings, kViewer};
     flooders.reserve(std::size(peers));
-    for (const Identity& peer : peers) flooders.push_back(std::make_unique<Flooder>(service, peer, flood));
+    for (const Identity& peer : peers)
+        flooders.push_back(std::make_unique<Flooder>(service, peer, flood, calls));
     std::vector<double> milliseconds;
     milliseconds.reserve(static_cast<std::size_t>(questions));
     for (int i = 0; i < questions; ++i) milliseconds.push_back(AnswerTime(*manager));
@@ -474,10 +474,12 @@ int main(int argc, char** argv)
 {
     CLI::App parser("Loads a service of its own.");
     std::string prefix;
-    int messages = 3000, questions = 20, faces = 3, unread = 32;
+    int messages = 3000, calls = 10, questions = 20, faces = 3, unread = 32;
     bool timed = false;
     parser.add_option("prefix", prefix, "a build tree")->required();
     parser.add_option("--messages", messages, "of all senders")->capture_default_str();
+    parser.add_option("--calls", calls, "that one who floods has on their way; the bus allows 128")
+        ->capture_default_str();
     parser.add_option("--questions", questions, "in each flood")->capture_default_str();
     parser.add_option("--faces", faces, "whose previews wait")->capture_default_str();
     parser.add_option("--unread", unread, "MiB that a peer does not read")->capture_default_str();
@@ -489,7 +491,8 @@ int main(int argc, char** argv)
         OpenLibraries(service);
         const Memory before(service);
         bool isWhole = RunTraffic(service, messages);
-        for (const Flood& flood : kFloods) isWhole = RunFlood(service, flood, questions, timed) && isWhole;
+        for (const Flood& flood : kFloods)
+            isWhole = RunFlood(service, flood, calls, questions, timed) && isWhole;
         isWhole = RunPauses(service, faces) && isWhole;
         isWhole = StoppedReader(service, unread).Run() && isWhole;
         isWhole = IsMemoryGivenBack(service, before) && isWhole;
