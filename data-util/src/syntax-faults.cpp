@@ -100,7 +100,7 @@ SyntaxFault ExplainToken(std::size_t offset, std::string_view text, const TextMa
 }  // namespace
 
 SyntaxFault ExplainSyntax(XML_Error error, std::size_t offset, std::string_view text, const TextMap& map,
-                          const std::vector<std::size_t>& open)
+                          std::span<const std::size_t> open)
 {
     if (error == XML_ERROR_INVALID_TOKEN) return ExplainToken(offset, text, map);
     const bool mismatch = error == XML_ERROR_TAG_MISMATCH;

@@ -5,9 +5,9 @@
 #include <expat.h>
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "xml-gate.h"
 
@@ -21,6 +21,6 @@ struct SyntaxFault {
 // What `error`, which the parser met at `offset` of the text that `map` knows, comes from. `open` has the
 // offsets of the start tags that are not closed yet, the innermost last.
 SyntaxFault ExplainSyntax(XML_Error error, std::size_t offset, std::string_view text, const TextMap& map,
-                          const std::vector<std::size_t>& open);
+                          std::span<const std::size_t> open);
 
 }  // namespace DataUtil

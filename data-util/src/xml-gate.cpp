@@ -3,6 +3,7 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <array>
 #include <new>
 #include <utility>
 
@@ -42,7 +43,7 @@ public:
         if (mCode.empty()) {
             const XML_Error error = XML_GetErrorCode(mParser);
             if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
-            SyntaxFault fault = ExplainSyntax(error, Here(), mText, map, mOpen);
+            SyntaxFault fault = ExplainSyntax(error, Here(), mText, map, {mOpen.data(), mDepth});
             mCode = "E-SYNTAX";
             mMessage = "not well-formed XML: " + std::move(fault.message);
             mOffset = fault.offset;
@@ -72,8 +73,7 @@ private:
         auto* gate = static_cast<Gate*>(self);
         int count = 0;
         while (attributes[2 * count] != nullptr) ++count;
-        gate->mOpen.push_back(gate->Here());
-        if (gate->mOpen.size() > kMostDepth) {
+        if (gate->mDepth == kMostDepth) {
             gate->Refuse("E-LIMIT-DEPTH",
                          "elements are nested deeper than " + std::to_string(kMostDepth) + " levels");
         } else if (++gate->mElements > kMostElements) {
@@ -82,9 +82,10 @@ private:
             gate->Refuse("E-LIMIT-COUNT",
                          "more than " + std::to_string(kMostAttributes) + " attributes in one element");
         }
+        gate->mOpen[std::min(gate->mDepth++, kMostDepth - 1)] = gate->Here();
     }
 
-    static void XMLCALL OnEnd(void* self, const XML_Char*) { static_cast<Gate*>(self)->mOpen.pop_back(); }
+    static void XMLCALL OnEnd(void* self, const XML_Char*) { --static_cast<Gate*>(self)->mDepth; }
 
     static void XMLCALL OnDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*, int)
     {
@@ -109,7 +110,10 @@ private:
     std::string mCode;
     std::string mMessage;
     std::size_t mOffset = 0;
-    std::vector<std::size_t> mOpen;  // where the start tags stand that are not closed yet
+    // Where the start tags stand that are not closed yet. No vector: growing may throw, and not through
+    // expat.
+    std::array<std::size_t, kMostDepth> mOpen{};
+    std::size_t mDepth = 0;
     int mElements = 0;
 };
 
