@@ -13,6 +13,8 @@ namespace {
 constexpr std::size_t kLongestName = 64;
 constexpr std::size_t kFewCandidates = 16;
 constexpr std::size_t kMostSlips = 4;
+constexpr std::string_view kMeans = "; did you mean \"";
+constexpr std::string_view kMeansEnd = "\"?";
 
 // Edit distance: insertions, deletions, replacements, and exchanges of neighbours, the most common slip of
 // typing. Given up at `enough`: a hostile document has half a million pairs of long names.
@@ -62,7 +64,7 @@ std::string_view NearestName(std::string_view name, const std::vector<std::strin
 std::string Suggestion(std::string_view name, const std::vector<std::string_view>& candidates)
 {
     const std::string_view nearest = NearestName(name, candidates);
-    if (!nearest.empty()) return "; did you mean \"" + std::string(nearest) + "\"?";
+    if (!nearest.empty()) return std::string(kMeans) + std::string(nearest) + std::string(kMeansEnd);
     return candidates.size() > kFewCandidates ? "" : Listed("; known:", candidates);
 }
 
@@ -73,6 +75,15 @@ std::string Listed(std::string_view before, const std::vector<std::string_view>&
         if (!name.empty()) text += " " + std::string(name);
     }
     return text.empty() ? "" : std::string(before) + text;
+}
+
+std::string_view SuggestedName(std::string_view message)
+{
+    const auto begin = message.rfind(kMeans);
+    if (begin == std::string_view::npos || !message.ends_with(kMeansEnd)) return {};
+    message.remove_prefix(begin + kMeans.size());
+    message.remove_suffix(kMeansEnd.size());
+    return message;
 }
 
 std::string Quoted(std::string_view text)

@@ -20,6 +20,9 @@ std::string Suggestion(std::string_view name, const std::vector<std::string_view
 // `before` and the names, each behind a space; nothing without names.
 std::string Listed(std::string_view before, const std::vector<std::string_view>& names);
 
+// The name that Suggestion() put at the end of a message; empty where it found none near.
+std::string_view SuggestedName(std::string_view message);
+
 // A text of the document as it stands in a message: in quotes, and cut when it is long.
 std::string Quoted(std::string_view text);
 

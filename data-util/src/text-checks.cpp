@@ -29,7 +29,8 @@ public:
         if (at == mTexts.end()) {
             if (mFindings.IsRefused(language)) return;
             mFindings.Add("E-REF-UNKNOWN", mRoot.Where("default-language"),
-                          "there are no texts of the default language " + Quoted(language));
+                          "there are no texts of the default language " + Quoted(language) +
+                              Suggestion(language, Languages()));
             return;
         }
         for (const auto& [key, text] : at->second) mKeys.emplace_back(key);
@@ -40,6 +41,13 @@ public:
     }
 
 private:
+    std::vector<std::string_view> Languages() const
+    {
+        std::vector<std::string_view> languages;
+        for (const auto& [language, texts] : mTexts) languages.emplace_back(language);
+        return languages;
+    }
+
     bool Exists(std::string_view key) const { return std::binary_search(mKeys.begin(), mKeys.end(), key); }
 
     void CheckUses(const Node& node)

@@ -8,6 +8,7 @@
 #include "areas.h"
 #include "exit-status.h"
 #include "files.h"
+#include "hint.h"
 
 namespace Wfctl {
 
@@ -34,7 +35,7 @@ PictureKind KindOfBytes(std::string_view bytes)
 PictureKind KindOfPicture(const std::string& file)
 {
     std::ifstream stream(file, std::ios::binary);
-    if (!stream) throw Stop(Exit::kNotFound, "the picture [" + file + "] cannot be read");
+    if (!stream) throw Stop(Exit::kNotFound, "the picture [" + file + "] cannot be read" + OrMeantFile(file));
     std::array<char, 8> head{};
     stream.read(head.data(), head.size());
     return KindOfBytes({head.data(), static_cast<std::size_t>(stream.gcount())});

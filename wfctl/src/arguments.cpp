@@ -12,6 +12,7 @@
 
 #include "application-table.h"
 #include "exit-status.h"
+#include "hint.h"
 
 namespace Wfctl {
 
@@ -114,7 +115,9 @@ std::string ReadNamedFile(const std::string& path)
     if (errno == 0) file.open(path, std::ios::binary);
     if (!file.is_open()) {
         const Exit status = errno == ENOENT || errno == ENOTDIR ? Exit::kNotFound : Exit::kError;
-        throw Stop(status, "the file [" + path + "] cannot be read: " + std::strerror(errno ? errno : EIO));
+        const std::string why = std::strerror(errno ? errno : EIO);
+        const std::string hint = status == Exit::kNotFound ? OrMeantFile(path) : "";
+        throw Stop(status, "the file [" + path + "] cannot be read: " + why + hint);
     }
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }

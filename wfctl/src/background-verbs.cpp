@@ -7,6 +7,7 @@
 #include "area-copy.h"
 #include "bundle-data.h"
 #include "exit-status.h"
+#include "hint.h"
 #include "photo-files.h"
 #include "private-watch.h"
 #include "service-peer.h"
@@ -79,9 +80,9 @@ Exit Del(const Options& options, const BackgroundArguments& arguments)
     const std::vector<std::string> present = PicturesIn(PicturesFolder(arguments.kind));
     for (const std::string& name : arguments.names) {
         if (std::ranges::find(present, name) != present.end()) continue;
-        throw Stop(Exit::kNotFound, "there is no picture [" + name + "] in [" +
-                                        PicturesFolder(arguments.kind) + "]; type: wfctl bg list --type " +
-                                        arguments.kind);
+        throw Stop(Exit::kNotFound,
+                   "there is no picture [" + name + "] in [" + PicturesFolder(arguments.kind) + "]; " +
+                       DidYouMean(name, NamesOf(present)) + "type: wfctl bg list --type " + arguments.kind);
     }
     Connection connection;
     RequireService(connection);
@@ -125,7 +126,13 @@ void AddKind(CLI::App& parser, BackgroundArguments& arguments)
         .add_option(
             "--type", arguments.kind,
             "gallery-u1 (the pictures of that face; the default), gallery, or digital for the theme's")
-        ->type_name("KIND");
+        ->type_name("KIND")
+        ->check([](const std::string& kind) {
+            const bool known = kind == "digital" || kind == "gallery" || kind.starts_with("gallery-");
+            return known ? std::string()
+                         : "the kind is gallery-u1, gallery or digital, not " + kind +
+                               OrMeant(kind, {"gallery-u1", "gallery", "digital"});
+        });
 }
 
 void AddAsking(CLI::App& parser, BackgroundArguments& arguments)

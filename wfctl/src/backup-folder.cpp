@@ -15,6 +15,7 @@
 #include "digest.h"
 #include "exit-status.h"
 #include "face-document.h"
+#include "hint.h"
 #include "unique-fd.h"
 #include "utc-time.h"
 
@@ -166,7 +167,9 @@ Backup::Backup(std::string folder, const std::function<void(std::size_t, std::si
 {
     const UniqueFd file(
         open((mFolder + kManifestName).c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
-    if (!file) throw Stop(Exit::kNotFound, "[" + mFolder + "] is no backup: it has no manifest.json");
+    if (!file)
+        throw Stop(Exit::kNotFound,
+                   "[" + mFolder + "] is no backup: it has no manifest.json" + OrMeantFile(mFolder));
     mManifest = ParseManifest(ReadAll(file, kMostManifestBytes, "the manifest"));
     const std::vector<BackupItem>& items = mManifest.items;
     if (!std::ranges::all_of(items, &BackupItem::IsFace) && std::ranges::none_of(items, IsGalleryFace))

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <set>
 
@@ -25,8 +26,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kMarker[] = "without_result_xml";
-// The service's, with the face that the next update of a world clock is for.
-constexpr char kWorldClockTargetPref[] = "wfs-watch-name-world-clock-update";
+// What the service keeps of the world clock of a group, behind "FACE-GROUP-".
+constexpr std::string_view kWorldClockFields[] = {"timezonePath", "timezone", "city", "country",
+                                                  "updatedMode"};
 
 constexpr AilmentKind kKinds[] = {
     {"preview-missing",   "lists show the face without a picture",                         Remedy::kPreview},
@@ -75,7 +77,7 @@ class Checkup {
 public:
     std::vector<Ailment> Run()
     {
-        for (const Face& face : ListFaces()) LookAtFace(face);
+        for (const Face& face : mFaces) LookAtFace(face);
         LookAtWatchlist();
         LookForLeftOvers();
         LookAtNames();
@@ -243,8 +245,41 @@ private:
         if (!target.empty() && !FindFace(target))
             Add("stale-preference", "", target, "is named by [" + std::string(kWorldClockTargetPref) + "]",
                 "wfctl pref unset " + service + " " + kWorldClockTargetPref);
+        LookAtWorldClocks(preferences);
     }
 
+    // One finding for each face and group, whatever is kept of it.
+    void LookAtWorldClocks(Platform::ValueStore& preferences)
+    {
+        std::map<std::string, std::string> keys;  // by "FACE-GROUP"
+        for (const auto& [key, value] : preferences.List()) {
+            if (const auto clock = WorldClockOf(key); clock && !IsOfAFace(*clock))
+                keys[*clock] += " " + ShellQuoted(key);
+        }
+        for (const auto& [clock, all] : keys) {
+            Add("stale-preference", "", clock, "is a face and a group that a world clock is kept for",
+                "wfctl pref unset " + std::string(Platform::kServiceId) + all);
+        }
+    }
+
+    // "FACE-GROUP" of a preference of a world clock.
+    static std::optional<std::string> WorldClockOf(const std::string& key)
+    {
+        const auto dash = key.rfind('-');
+        if (dash == std::string::npos || dash == 0) return std::nullopt;
+        const bool isField =
+            std::ranges::find(kWorldClockFields, key.substr(dash + 1)) != std::end(kWorldClockFields);
+        return isField ? std::optional(key.substr(0, dash)) : std::nullopt;
+    }
+
+    // Names of faces and groups have dashes of their own, so every face is tried.
+    bool IsOfAFace(const std::string& clock) const
+    {
+        return std::ranges::any_of(mFaces,
+                                   [&](const Face& face) { return clock.starts_with(face.name + "-"); });
+    }
+
+    const std::vector<Face> mFaces = ListFaces();
     std::vector<Ailment> mFound;
 };
 

@@ -131,6 +131,17 @@ bool Connection::CanBeStarted(const std::string& name)
     return false;
 }
 
+bool Connection::IsNameBelow(const std::string& prefix)
+{
+    const auto answer = DriverCall("ListNames", nullptr);
+    if (!answer || sd_bus_message_enter_container(answer.get(), 'a', "s") < 0) return false;
+    const char* name = nullptr;
+    while (sd_bus_message_read_basic(answer.get(), 's', &name) > 0) {
+        if (std::string_view(name).starts_with(prefix)) return true;
+    }
+    return false;
+}
+
 void Connection::RoundTrip()
 {
     DriverCall("GetId", nullptr);

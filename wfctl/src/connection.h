@@ -50,6 +50,7 @@ public:
     // Asks the bus driver; nothing when it does not answer or refuses.
     std::optional<uint32_t> ProcessBehind(const std::string& name);  // nothing: nobody owns the name
     bool CanBeStarted(const std::string& name);
+    bool IsNameBelow(const std::string& prefix);  // owned by anybody
     // After this all that was asked of the bus before is in force.
     void RoundTrip();
 

@@ -1,6 +1,7 @@
 // Face documents without a watch: flatten, render.
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 #include "arguments.h"
@@ -36,9 +37,10 @@ Exit FlattenFile(const Options& options, const FlattenArguments& arguments)
     const std::string flat = parsed.document ? DataUtil::Flatten(*parsed.document) : std::string();
     if (parsed.document && !arguments.out.empty()) WriteFile(arguments.out, flat);
     if (options.json) {
+        const Json findings = FindingsJson(arguments.file, parsed.findings);
         PrintLine(JsonLine(Json::object({
             {"accepted",  parsed.document.has_value()                 },
-            {"findings",  FindingsJson(parsed.findings)               },
+            {"findings",  findings                                    },
             {"watchface", parsed.document ? Json(flat) : Json(nullptr)}
         })));
     } else if (parsed.document && arguments.out.empty()) {
@@ -58,13 +60,23 @@ Look ChosenLook(const RenderArguments& arguments)
     return look;
 }
 
+// The picture's name where the user gave none; what is there by that name may be another's.
+std::string NewPicture(const RenderArguments& arguments, const Drawable& drawable)
+{
+    std::string out = drawable.name + ".png";
+    std::error_code error;
+    if (!std::filesystem::exists(std::filesystem::symlink_status(out, error))) return out;
+    throw Stop(Exit::kError, "[" + out + "] is there already; to draw over it, type: wfctl render " +
+                                 ShellQuoted(arguments.what) + " -o " + ShellQuoted(out));
+}
+
 Exit Render(const Options& options, const RenderArguments& arguments)
 {
     // Without a running watch the environment's areas are looked at, and only read.
     SelectWatch(options.root);
     const TemporaryFolder scratch;
     const Drawable drawable = FindDrawable(arguments.what, scratch.Path());
-    const std::string out = arguments.out.empty() ? drawable.name + ".png" : arguments.out;
+    const std::string out = arguments.out.empty() ? NewPicture(arguments, drawable) : arguments.out;
     if (!Draw({
             {drawable, ChosenLook(arguments), out}
     })[0])
@@ -100,7 +112,8 @@ Action DefineRender(CLI::App& parser)
         ->required();
     parser
         .add_option("-o", arguments->out,
-                    "the picture, an SVG where its name ends in .svg (default: the face's name with .png)")
+                    "the picture, an SVG where its name ends in .svg (default: the face's name with .png, "
+                    "which must be new)")
         ->type_name("OUT")
         ->check(PictureNameProblem);
     parser.add_option("--language", arguments->language, "of texts and dates (default: the watch's)")

@@ -7,9 +7,17 @@
 #include <fstream>
 
 #include "exit-status.h"
+#include "nearest-name.h"
 #include "xml-gate.h"
 
 namespace Wfctl {
+
+namespace {
+
+// In the order of DataUtil::Severity.
+constexpr const char* kSeverities[] = {"error", "warning", "note"};
+
+}  // namespace
 
 DocumentFacts FactsOf(std::string_view document)
 {
@@ -64,16 +72,20 @@ void PrintFindings(const std::string& file, const std::vector<DataUtil::Finding>
     }
 }
 
-Json FindingsJson(const std::vector<DataUtil::Finding>& findings)
+Json FindingsJson(const std::string& file, const std::vector<DataUtil::Finding>& findings)
 {
     Json array = Json::array();
     for (const DataUtil::Finding& finding : findings) {
+        const std::string nearest(DataUtil::SuggestedName(finding.message));
         array.push_back(Json::object({
-            {"code",    finding.code                },
-            {"line",    finding.line                },
-            {"column",  finding.column              },
-            {"path",    BytesToJson(finding.path)   },
-            {"message", BytesToJson(finding.message)}
+            {"severity", kSeverities[static_cast<std::size_t>(finding.severity)]},
+            {"code",     finding.code                                           },
+            {"file",     BytesToJson(file)                                      },
+            {"line",     finding.line                                           },
+            {"column",   finding.column                                         },
+            {"path",     BytesToJson(finding.path)                              },
+            {"message",  BytesToJson(finding.message)                           },
+            {"nearest",  nearest.empty() ? Json(nullptr) : BytesToJson(nearest) }
         }));
     }
     return array;

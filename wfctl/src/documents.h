@@ -35,6 +35,6 @@ std::string FindingLine(const std::string& file, const DataUtil::Finding& findin
 
 // To stderr, one line each.
 void PrintFindings(const std::string& file, const std::vector<DataUtil::Finding>& findings);
-Json FindingsJson(const std::vector<DataUtil::Finding>& findings);
+Json FindingsJson(const std::string& file, const std::vector<DataUtil::Finding>& findings);
 
 }  // namespace Wfctl

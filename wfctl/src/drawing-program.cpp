@@ -99,7 +99,7 @@ void PrintComplaints(const std::string& file, const Drawable& about, std::set<st
 Drawable FindDrawable(const std::string& what, const std::string& scratch)
 {
     if (!IsFileName(what)) {
-        const Face face = RequireFace(what);
+        const Face face = RequireFace(what, Beside::kFiles);
         const DocumentFacts facts = FactsOf(ReadNamedFile(face.WatchfaceXml()));
         return {face.WatchfaceXml(), ShippedFaces(), face.name,
                 facts.title,         facts.isRound,  face.WatchfaceXml()};

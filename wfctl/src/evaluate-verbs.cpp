@@ -1,5 +1,6 @@
 // Durations that an application keeps with the service, one for each watch face: evaluate save, load.
 
+#include <algorithm>
 #include <memory>
 
 #include "application-table.h"
@@ -7,6 +8,7 @@
 #include "evaluation-limits.h"
 #include "exit-status.h"
 #include "faces.h"
+#include "hint.h"
 #include "private-watch.h"
 #include "service-peer.h"
 #include "verb-table.h"
@@ -35,6 +37,13 @@ std::string NameOf(const std::string& face)
     return face.find('.') == std::string::npos ? RequireFace(face).name : face;
 }
 
+std::vector<std::string> FaceNames()
+{
+    std::vector<std::string> names;
+    for (const Face& face : ListFaces()) names.push_back(face.name);
+    return names;
+}
+
 PeerAddress SelfOf(const EvaluateArguments& arguments)
 {
     PeerAddress self = ParsePeer(arguments.as, false);
@@ -46,6 +55,7 @@ PeerAddress SelfOf(const EvaluateArguments& arguments)
 Json Ask(const Options& options, const EvaluateArguments& arguments, bundle request)
 {
     const PeerAddress self = SelfOf(arguments);
+    WarnOfSlip("there is no application", self.app, ApplicationIds());
     Connection connection;
     RequireService(connection);
     ServicePeer peer(connection, self, ParsePeer(std::string(Platform::kServiceId), false));
@@ -75,6 +85,8 @@ Exit Save(const Options& options, const EvaluateArguments& arguments)
 {
     SelectWatch(options.root);
     const std::string name = NameOf(arguments.face);
+    const std::vector<std::string> faces = FaceNames();
+    WarnOfSlip("there is no watch face", name, NamesOf(faces));
     bundle request = NewRequest("save-duration", name);
     request.Set(kDuration, arguments.duration);
     const std::string result = ResultOf(Ask(options, arguments, std::move(request)));
@@ -92,8 +104,11 @@ Exit Load(const Options& options, const EvaluateArguments& arguments)
     const std::string name = NameOf(arguments.face);
     const Json reply = Ask(options, arguments, NewRequest("load-duration", name));
     if (ResultOf(reply) != "0") {
+        const std::vector<std::string> faces = FaceNames();
+        const bool isFace = std::ranges::find(faces, name) != faces.end();
         throw Stop(Exit::kNotFound, "[" + SelfOf(arguments).app + "] has saved no duration of [" + name +
-                                        "]; type: wfctl evaluate save " + arguments.face + " DURATION");
+                                        "]; " + (isFace ? "" : DidYouMean(name, NamesOf(faces))) +
+                                        "type: wfctl evaluate save " + arguments.face + " DURATION");
     }
     const Json& duration = reply["bundle"][kDuration];
     if (!options.json) PrintLine(duration.is_string() ? duration.get<std::string>() : JsonLine(duration));

@@ -7,6 +7,7 @@
 #include "connection.h"
 #include "exit-status.h"
 #include "faces.h"
+#include "hint.h"
 #include "json-text.h"
 #include "peer.h"
 #include "platform-keys-sdbus.h"
@@ -96,6 +97,11 @@ Exit PrintCurrent(const Options& options)
 Exit Set(const Options& options, const SetArguments& arguments)
 {
     const PeerAddress self = ParsePeer(arguments.as, true);
+    if (!Platform::FindApplication(self.app)) {
+        throw Stop(Exit::kUsage, "the service does not listen to [" + self.app + "]; " +
+                                     DidYouMean(self.app, ApplicationIds()) + "say --as with one of " +
+                                     Listed(ApplicationIds()));
+    }
     SelectWatch(options.root);
     Connection connection;
     RequireService(connection);

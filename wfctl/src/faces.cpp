@@ -10,7 +10,7 @@
 #include "areas.h"
 #include "documents.h"
 #include "exit-status.h"
-#include "nearest-name.h"
+#include "hint.h"
 
 namespace Wfctl {
 
@@ -49,6 +49,23 @@ void AddFaces(bool writable, std::map<std::string, Face>& faces)
 bool IsShortFor(const std::string& name, const std::string& whole)
 {
     return !name.empty() && (whole.ends_with("-" + name) || whole.ends_with("." + name));
+}
+
+// "; did you mean X?": a face's name, or the end of one where that is what was typed.
+std::string FaceHint(const std::string& name, const std::vector<Face>& faces)
+{
+    Names names;
+    for (const Face& face : faces) names.push_back(face.name);
+    // A part of a long name is what people type first.
+    const auto holds = [&](std::string_view known) { return known.find(name) != std::string_view::npos; };
+    const auto part = std::ranges::find_if(names, holds);
+    if (!name.empty() && part != names.end()) return "; did you mean " + std::string(*part) + "?";
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        const std::string_view whole = faces[i].name;
+        for (auto at = whole.find_first_of("-."); at != whole.npos; at = whole.find_first_of("-.", at + 1))
+            names.push_back(whole.substr(at + 1));
+    }
+    return OrMeant(name, names);
 }
 
 }  // namespace
@@ -93,22 +110,15 @@ std::optional<Face> FindFace(const std::string& name)
     return std::nullopt;
 }
 
-Face RequireFace(const std::string& name)
+Face RequireFace(const std::string& name, Beside beside)
 {
     if (auto face = FindFace(name)) return *std::move(face);
     const std::vector<Face> faces = ListFaces();
     const auto isShortFor = [&](const Face& face) { return IsShortFor(name, face.name); };
     if (std::ranges::count_if(faces, isShortFor) == 1) return *std::ranges::find_if(faces, isShortFor);
-    std::vector<std::string_view> names;
-    names.reserve(faces.size());
-    for (const Face& face : faces) names.push_back(face.name);
-    // A part of a long name is what people type first.
-    const auto part = std::find_if(names.begin(), names.end(), [&](std::string_view known) {
-        return !name.empty() && known.find(name) != std::string_view::npos;
-    });
-    const std::string_view nearest = part != names.end() ? *part : DataUtil::NearestName(name, names);
-    throw Stop(Exit::kNotFound, "there is no watch face [" + name + "]; " +
-                                    (nearest.empty() ? "" : "did you mean " + std::string(nearest) + "? ") +
+    std::string hint = FaceHint(name, faces);
+    if (hint.empty() && beside == Beside::kFiles) hint = OrMeantFile(name);
+    throw Stop(Exit::kNotFound, "there is no watch face [" + name + "]" + hint + (hint.empty() ? "; " : " ") +
                                     "type: wfctl list");
 }
 

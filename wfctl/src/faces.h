@@ -12,6 +12,8 @@ namespace Wfctl {
 
 inline constexpr char kIdleClockKey[] = "db/wms/clocks_set_idle";
 inline constexpr char kWatchfaceNameKey[] = "file/private/com.corvane.watchface/watchface_name";
+// A preference of the service: the face that the next update of a world clock is for.
+inline constexpr char kWorldClockTargetPref[] = "wfs-watch-name-world-clock-update";
 
 struct Face {
     std::string name;
@@ -32,9 +34,12 @@ std::vector<Face> RequireFaces();
 
 std::optional<Face> FindFace(const std::string& name);
 
+// What may stand beside a face's name.
+enum class Beside { kNothing, kFiles };
+
 // For names that people type: the end of the name, from a "-" or "." on, is enough when only one face has it.
-// Else Stop with Exit::kNotFound and the name that may be meant.
-Face RequireFace(const std::string& name);
+// Else Stop with Exit::kNotFound and the name that may be meant, of a file where one may be named as well.
+Face RequireFace(const std::string& name, Beside beside = Beside::kNothing);
 
 // The folder of all shipped faces, with "/" at its end.
 std::string ShippedFaces();

@@ -30,13 +30,24 @@ bool HasOnly(const std::string& text, std::string_view others)
     });
 }
 
+// A part of one letter is neither a script nor a country: the rest of one is missing.
+bool HasCutPart(const std::string& language)
+{
+    std::size_t begin = 0;
+    for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
+        end = language.find_first_of("_-", begin);
+        if (std::min(end, language.size()) - begin < 2) return true;
+    }
+    return false;
+}
+
 bool IsKnownLanguage(const std::string& language)
 {
     static const auto languageCode = LATE_ICU_UC(uloc_getISO3Language);
     static const auto country = LATE_ICU_UC(uloc_getCountry);
     static const auto countryCode = LATE_ICU_UC(uloc_getISO3Country);
     if (!languageCode || !country || !countryCode) return true;
-    if (!HasOnly(language, "_-") || !*languageCode(language.c_str())) return false;
+    if (!HasOnly(language, "_-") || HasCutPart(language) || !*languageCode(language.c_str())) return false;
     char named[ULOC_COUNTRY_CAPACITY];
     UErrorCode status = U_ZERO_ERROR;
     const bool hasCountry =
@@ -52,21 +63,6 @@ std::vector<std::string_view> Languages()
     if (!count || !available) return languages;
     for (int32_t i = 0; i < count(); ++i) languages.emplace_back(available(i));
     return languages;
-}
-
-// The ids of all time zones, or of one country's.
-std::vector<std::string> Timezones(const char* country = nullptr)
-{
-    static const auto open = LATE_ICU_I18N(ucal_openTimeZoneIDEnumeration);
-    static const auto next = LATE_ICU_UC(uenum_next);
-    static const auto close = LATE_ICU_UC(uenum_close);
-    std::vector<std::string> ids;
-    if (!open || !next || !close) return ids;
-    UErrorCode status = U_ZERO_ERROR;
-    UEnumeration* all = open(UCAL_ZONE_TYPE_ANY, country, nullptr, &status);
-    while (const char* id = U_SUCCESS(status) ? next(all, nullptr, &status) : nullptr) ids.emplace_back(id);
-    if (all) close(all);
-    return ids;
 }
 
 // What ICU writes as wide characters, as UTF-8; nothing when it fails. `write` takes the room, its length and
@@ -100,6 +96,27 @@ std::string_view WithSameCity(std::string_view timezone, const std::vector<std::
     return city.size() < kShortest ? std::string_view() : found;
 }
 
+// The id whose city is spelled most like what was typed.
+std::string_view WithNearCity(std::string_view typed, const std::vector<std::string>& ids)
+{
+    const auto cityOf = [](std::string_view id) {
+        std::string city(id.substr(id.rfind('/') + 1));
+        std::ranges::transform(city, city.begin(), [](unsigned char c) { return std::tolower(c); });
+        return city;
+    };
+    std::vector<std::string> cities;
+    for (const std::string& id : ids) cities.push_back(cityOf(id));
+    const std::string_view nearest = DataUtil::NearestName(cityOf(typed), {cities.begin(), cities.end()});
+    const auto at = std::ranges::find(cities, nearest);
+    return nearest.empty() ? std::string_view() : ids[static_cast<std::size_t>(at - cities.begin())];
+}
+
+std::string MeantLanguage(std::string language)
+{
+    std::replace(language.begin(), language.end(), '-', '_');  // as ICU writes it
+    return std::string(DataUtil::NearestName(language, Languages()));
+}
+
 std::string Problem(const char* what, const std::string& text, std::string_view meant, const char* example)
 {
     return std::string("there is no ") + what + " [" + text + "]; " +
@@ -109,12 +126,42 @@ std::string Problem(const char* what, const std::string& text, std::string_view 
 
 }  // namespace
 
+std::vector<std::string> Timezones(const char* country)
+{
+    static const auto open = LATE_ICU_I18N(ucal_openTimeZoneIDEnumeration);
+    static const auto next = LATE_ICU_UC(uenum_next);
+    static const auto close = LATE_ICU_UC(uenum_close);
+    std::vector<std::string> ids;
+    if (!open || !next || !close) return ids;
+    UErrorCode status = U_ZERO_ERROR;
+    UEnumeration* all = open(UCAL_ZONE_TYPE_ANY, country, nullptr, &status);
+    while (const char* id = U_SUCCESS(status) ? next(all, nullptr, &status) : nullptr) ids.emplace_back(id);
+    if (all) close(all);
+    return ids;
+}
+
 std::string LanguageProblem(const std::string& language)
 {
     if (IsKnownLanguage(language)) return {};
-    std::string name = language;  // as ICU writes it
-    std::replace(name.begin(), name.end(), '-', '_');
-    return Problem("language", language, DataUtil::NearestName(name, Languages()), "de_DE");
+    return Problem("language", language, MeantLanguage(language), "de_DE");
+}
+
+std::string CountryProblem(const std::string& country)
+{
+    static const auto withLikely = LATE_ICU_UC(uloc_addLikelySubtags);
+    static const auto languageOf = LATE_ICU_UC(uloc_getLanguage);
+    static const auto countryCode = LATE_ICU_UC(uloc_getISO3Country);
+    if (IsKnownLanguage(country)) return {};
+    const std::string alone = "und_" + country;  // where the language is missing
+    std::string meant;
+    if (withLikely && languageOf && countryCode && HasOnly(country, "") && *countryCode(alone.c_str())) {
+        char likely[ULOC_FULLNAME_CAPACITY] = "", language[ULOC_LANG_CAPACITY] = "";
+        UErrorCode status = U_ZERO_ERROR;
+        withLikely(alone.c_str(), likely, sizeof likely, &status);
+        languageOf(likely, language, sizeof language, &status);
+        if (U_SUCCESS(status)) meant = std::string(language) + "_" + country;
+    }
+    return Problem("country", country, meant.empty() ? MeantLanguage(country) : meant, "en_GB");
 }
 
 std::string TimezoneProblem(const std::string& timezone)
@@ -124,6 +171,7 @@ std::string TimezoneProblem(const std::string& timezone)
     if (ids.empty() || std::find(ids.begin(), ids.end(), id) != ids.end()) return {};
     std::string_view meant = WithSameCity(id, ids);
     if (meant.empty()) meant = DataUtil::NearestName(id, {ids.begin(), ids.end()});
+    if (meant.empty()) meant = WithNearCity(id, ids);
     return Problem("time zone", timezone, meant, "Europe/Berlin");
 }
 

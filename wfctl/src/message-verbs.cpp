@@ -5,10 +5,12 @@
 
 #include "connection.h"
 #include "exit-status.h"
+#include "hint.h"
 #include "json-text.h"
 #include "launching.h"
 #include "peer.h"
 #include "private-watch.h"
+#include "service-words.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -46,6 +48,7 @@ Exit Send(const Options& options, const SendArguments& arguments)
     const Platform::BundlePtr message = ParseBundle(arguments.assignments);
     SelectWatch(options.root);
     Connection connection;
+    WarnOfMessageSlips(to.app, *message);
     unsigned replies = 0;
     Peer::Callback print;
     if (arguments.wait > 0) {
@@ -68,7 +71,10 @@ Exit Listen(const Options& options, const ListenArguments& arguments)
 {
     const bool trusted = !arguments.untrusted;
     const PeerAddress self = ParsePeer(arguments.as, trusted);
-    if (self.port.empty()) throw Stop(Exit::kUsage, "which port of [" + self.app + "]? say --as APP:PORT");
+    if (self.port.empty()) {
+        throw Stop(Exit::kUsage, "which port of [" + self.app + "]? say --as APP:PORT" +
+                                     OrMeant(self.app, ApplicationIds()));
+    }
     SelectWatch(options.root);
     Connection connection;
     unsigned received = 0;
@@ -103,6 +109,7 @@ Exit Launch(const Options& options, const LaunchArguments& arguments)
     const std::string app = CheckedAppId(arguments.app);
     if (!arguments.as.empty()) CheckedAppId(arguments.as);
     const Platform::LaunchData extra = ParseLaunchData(arguments.assignments);
+    WarnOfLaunchSlips(app, extra);
     SelectWatch(options.root);
     Connection connection;
     const LaunchAnswer answer = SendLaunch(connection, app, arguments.as, extra, Seconds(arguments.wait));

@@ -18,6 +18,7 @@
 #include "bus-sdbus.h"
 #include "connection.h"
 #include "exit-status.h"
+#include "hint.h"
 #include "json-text.h"
 #include "private-watch.h"
 #include "systemd-handles.h"
@@ -275,7 +276,8 @@ bool IsWanted(const Event& event, const std::vector<std::string>& applications)
 
 Exit Watch(const Options& options, const MonitorArguments& arguments)
 {
-    for (const std::string& app : arguments.applications) CheckedAppId(app);
+    for (const std::string& app : arguments.applications)
+        WarnOfSlip("there is no application", CheckedAppId(app), ApplicationIds());
     SelectWatch(options.root);
     Monitor monitor;
     std::fputs("monitoring\n", stderr);

@@ -7,6 +7,7 @@
 #include "completion.h"
 #include "documents.h"
 #include "exit-status.h"
+#include "hint.h"
 #include "json-text.h"
 #include "manual-page.h"
 #include "verb-table.h"
@@ -50,8 +51,12 @@ Exit Manual(const Options& options, const ManualArguments& arguments)
     }
     std::size_t length = 0;
     const Verb* verb = FindVerb(arguments.words, &length);
-    if (length != arguments.words.size())
-        throw Stop(Exit::kUsage, "there is no such verb; type: wfctl --help");
+    if (length != arguments.words.size()) {
+        std::string words;
+        for (const std::string& word : arguments.words) words += (words.empty() ? "" : " ") + word;
+        throw Stop(Exit::kUsage,
+                   "there is no verb [" + words + "]; " + VerbHint(arguments.words) + "type: wfctl --help");
+    }
     Print(options, "manual", verb ? ManualPage(*verb) : ManualPage());
     return Exit::kDone;
 }
@@ -63,7 +68,7 @@ Action DefineCompletion(CLI::App& parser)
     const auto shell = std::make_shared<std::string>();
     parser.add_option("SHELL", *shell, "bash, zsh or fish")
         ->required()
-        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+        ->check(OneOf("the shell", {"bash", "zsh", "fish"}));
     return [shell](const Options& options) {
         Print(options, "script", CompletionScript(*shell));
         return Exit::kDone;

@@ -5,7 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "application-table.h"
 #include "exit-status.h"
+#include "hint.h"
 
 namespace Wfctl {
 
@@ -18,25 +20,46 @@ constexpr Seconds kRelayPatience{3};
 constexpr std::string_view kPlatformError = "com.corvane.platform.Error.";
 constexpr std::string_view kBusError = "org.freedesktop.DBus.Error.";
 
+// What may have been typed wrongly.
+std::string NoHint(const PeerAddress&)
+{
+    return {};
+}
+
+std::string ApplicationHint(const PeerAddress& to)
+{
+    return OrMeant(to.app, ApplicationIds());
+}
+
+std::string PortHint(const PeerAddress& to)
+{
+    const Platform::Application* app = Platform::FindApplication(to.app);
+    if (!app) return {};
+    Names ports(app->trustedPorts.begin(), app->trustedPorts.end());
+    ports.insert(ports.end(), app->openPorts.begin(), app->openPorts.end());
+    return OrMeant(to.port, ports);
+}
+
 struct ErrorMeaning {
     std::string_view name;  // behind kPlatformError or kBusError
     Exit status;
     const char* text;
+    std::string (*hint)(const PeerAddress&);
 };
 
 constexpr ErrorMeaning kMeanings[] = {
-    {"NotTrusted",     Exit::kNotPermitted, "does not trust the sender"                       },
-    {"NoSuchPort",     Exit::kNotFound,     "takes no message there"                          },
-    {"InvalidBundle",  Exit::kError,        "refused the message"                             },
-    {"QueueFull",      Exit::kError,        "has too many messages waiting; try again"        },
-    {"ServiceUnknown", Exit::kNotFound,     "is not running and cannot be started on this bus"},
-    {"NameHasNoOwner", Exit::kNotFound,     "is not running"                                  },
-    {"AccessDenied",   Exit::kNotPermitted, "may not be spoken to by this user"               },
-    {"NoReply",        Exit::kNoAnswer,     "did not answer in time"                          },
-    {"Timeout",        Exit::kNoAnswer,     "did not answer in time"                          },
-    {"TimedOut",       Exit::kNoAnswer,     "did not start in time"                           },
-    {"UnknownMethod",  Exit::kNotFound,     "takes no messages"                               },
-    {"UnknownObject",  Exit::kNotFound,     "takes no messages"                               },
+    {"NotTrusted",     Exit::kNotPermitted, "does not trust the sender",                        NoHint         },
+    {"NoSuchPort",     Exit::kNotFound,     "takes no message there",                           PortHint       },
+    {"InvalidBundle",  Exit::kError,        "refused the message",                              NoHint         },
+    {"QueueFull",      Exit::kError,        "has too many messages waiting; try again",         NoHint         },
+    {"ServiceUnknown", Exit::kNotFound,     "is not running and cannot be started on this bus", ApplicationHint},
+    {"NameHasNoOwner", Exit::kNotFound,     "is not running",                                   ApplicationHint},
+    {"AccessDenied",   Exit::kNotPermitted, "may not be spoken to by this user",                NoHint         },
+    {"NoReply",        Exit::kNoAnswer,     "did not answer in time",                           NoHint         },
+    {"Timeout",        Exit::kNoAnswer,     "did not answer in time",                           NoHint         },
+    {"TimedOut",       Exit::kNoAnswer,     "did not start in time",                            NoHint         },
+    {"UnknownMethod",  Exit::kNotFound,     "takes no messages",                                NoHint         },
+    {"UnknownObject",  Exit::kNotFound,     "takes no messages",                                NoHint         },
 };
 
 bool IsUnknown(const Answer& answer)
@@ -59,7 +82,7 @@ void StopFor(const Answer& answer, const PeerAddress& to, const std::string& sel
     for (const ErrorMeaning& meaning : kMeanings) {
         if (meaning.name != name) continue;
         throw Stop(meaning.status, whom + meaning.text + (self.empty() ? "" : " (as " + self + ")") + ": " +
-                                       answer.errorText);
+                                       answer.errorText + meaning.hint(to));
     }
     throw Stop(Exit::kError, whom + "failed: " + answer.errorText + " (" + answer.errorName + ")");
 }
@@ -123,7 +146,8 @@ Answer Peer::SendOwn(const PeerAddress& to, bool trusted, const bundle& message)
 
 void Peer::Send(const PeerAddress& to, bool trusted, const bundle& message)
 {
-    if (to.port.empty()) throw Stop(Exit::kUsage, "which port of [" + to.app + "]? say APP:PORT");
+    if (to.port.empty())
+        throw Stop(Exit::kUsage, "which port of [" + to.app + "]? say APP:PORT" + ApplicationHint(to));
     const Answer answer =
         HasNames() ? SendOwn(to, trusted, message) : mRelayClient->Send(to, trusted, message, kSendPatience);
     if (answer.Good()) return;

@@ -16,6 +16,7 @@
 #include "areas.h"
 #include "bus-names.h"
 #include "exit-status.h"
+#include "hint.h"
 #include "process.h"
 
 namespace Wfctl {
@@ -168,7 +169,8 @@ WatchPaths PathsOf(const std::string& dir)
 {
     std::error_code error;
     const fs::path root = fs::canonical(dir, error);
-    if (error) throw Stop(Exit::kNoWatch, "no watch is up at [" + dir + "]; " + HowToComeUp(dir));
+    if (error)
+        throw Stop(Exit::kNoWatch, "no watch is up at [" + dir + "]; " + HowToComeUp(dir) + OrMeantFile(dir));
     return {root.string()};
 }
 
@@ -309,7 +311,9 @@ void SelectWatch(const std::string& dir)
         RequireOwnWatch(paths);
         auto state = ReadState(paths);
         if (!state) state = ReadStateOfDown(paths);
-        if (!state) throw Stop(Exit::kNoWatch, "no watch is up at [" + dir + "]; " + HowToComeUp(dir));
+        if (!state)
+            throw Stop(Exit::kNoWatch,
+                       "no watch is up at [" + dir + "]; " + HowToComeUp(dir) + OrMeantFile(dir));
         setenv("DBUS_SESSION_BUS_ADDRESS", state->Address().c_str(), 1);
         setenv("WATCH_ROOT", state->root.c_str(), 1);
         setenv("WATCH_RESOURCES", state->resources.c_str(), 1);

@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "exit-status.h"
+#include "hint.h"
 #include "locales-icu.h"
-#include "nearest-name.h"
 #include "photo-files.h"
 #include "private-watch.h"
 
@@ -17,7 +17,6 @@ using DataUtil::FaceDocument;
 using DataUtil::Placement;
 using DataUtil::Selection;
 using DataUtil::WorldClock;
-using Names = std::vector<std::string_view>;
 
 constexpr std::size_t kLongestFileName = 255;
 
@@ -30,12 +29,8 @@ constexpr std::size_t kLongestFileName = 255;
 [[noreturn]] void Unknown(const char* what, const std::string& name, const std::string& where,
                           const Names& known)
 {
-    const std::string_view nearest = DataUtil::NearestName(name, known);
-    std::string all;
-    for (const std::string_view one : known) all += (all.empty() ? "known: " : ", ") + std::string(one);
-    Misused(std::string("there is no ") + what + " [" + name + "]" + where + "; " +
-            (nearest.empty() ? "" : "did you mean " + std::string(nearest) + "? ") +
-            (all.empty() ? "the face has none" : all));
+    Misused(std::string("there is no ") + what + " [" + name + "]" + where + "; " + DidYouMean(name, known) +
+            (known.empty() ? "the face has none" : "known: " + Listed(known)));
 }
 
 template <typename Item>

@@ -6,6 +6,7 @@
 
 #include "application-table.h"
 #include "exit-status.h"
+#include "hint.h"
 #include "private-watch.h"
 
 namespace Wfctl {
@@ -29,9 +30,10 @@ PeerAddress AnsweredPeer(const std::string& as)
     if (isAnswered) return peer;
     std::string all;
     for (const char* id : kAnsweredPeers) all += std::string(all.empty() ? "" : ", ") + id;
-    throw Stop(Exit::kUsage, "the service would not answer [" + as +
-                                 "], so nobody would know how it went; say --as with one of " + all +
-                                 ", or use wfctl send");
+    throw Stop(Exit::kUsage,
+               "the service would not answer [" + as + "], so nobody would know how it went; " +
+                   DidYouMean(peer.app, {std::begin(kAnsweredPeers), std::end(kAnsweredPeers)}) +
+                   "say --as with one of " + all + ", or use wfctl send");
 }
 
 }  // namespace
@@ -68,6 +70,18 @@ ServicePeer::ServicePeer(Connection& connection, PeerAddress self, PeerAddress s
                 Receive(app, port, message);
             })
 {
+    RequirePortOfItsKind();
+}
+
+void ServicePeer::RequirePortOfItsKind()
+{
+    if (mPeer.HasNames() || mConnection.IsNameBelow(mSelf.app + (mIsTrusted ? ".trusted." : ".open.")))
+        return;
+    const auto pid = mConnection.ProcessBehind(mSelf.app);
+    throw Stop(Exit::kError, "[" + mSelf.app + "] is running already" +
+                                 (pid ? " (pid " + std::to_string(*pid) + ")" : std::string()) +
+                                 " and has no " + (mIsTrusted ? "trusted" : "untrusted") +
+                                 " port, where the answer would come; end it or use another --as");
 }
 
 void ServicePeer::Receive(const std::string& app, const std::string& port, const bundle& message)

@@ -23,6 +23,9 @@ public:
     // Stops with Exit::kUsage when the service would not answer this application there.
     ServicePeer(Connection& connection, const std::string& as);
     // Any application on an open port of its own, which speaks to that open port of the service.
+    //
+    // Both stop with Exit::kError when a listener has the application without a port of that kind, since the
+    // answer goes to the listener's port.
     ServicePeer(Connection& connection, PeerAddress self, PeerAddress service);
     ServicePeer(const ServicePeer&) = delete;
     ServicePeer& operator=(const ServicePeer&) = delete;
@@ -39,6 +42,7 @@ public:
 
 private:
     ServicePeer(Connection& connection, PeerAddress self, PeerAddress service, bool trusted);
+    void RequirePortOfItsKind();
     void Receive(const std::string& app, const std::string& port, const bundle& message);
 
     Connection& mConnection;

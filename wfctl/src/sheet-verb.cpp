@@ -86,7 +86,7 @@ std::string LanguagesOf(const std::vector<std::string>& names)
 {
     std::vector<std::string> languages;
     for (const std::string& name : names) {
-        const std::string file = IsFileName(name) ? name : RequireFace(name).ResultXml();
+        const std::string file = IsFileName(name) ? name : RequireFace(name, Beside::kFiles).ResultXml();
         std::error_code error;
         if (!fs::exists(file, error)) continue;
         for (const std::string& language : FactsOf(ReadNamedFile(file)).languages) {

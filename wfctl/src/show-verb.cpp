@@ -11,6 +11,7 @@
 #include "face-summary.h"
 #include "faces.h"
 #include "json-text.h"
+#include "locales-icu.h"
 #include "picture-output.h"
 #include "preview-state.h"
 #include "private-watch.h"
@@ -51,9 +52,10 @@ Exit Show(const Options& options, const ShowArguments& arguments)
 {
     SelectWatch(options.root);
     std::optional<Face> face;
-    if (!IsFileName(arguments.what)) face = RequireFace(arguments.what);
+    if (!IsFileName(arguments.what)) face = RequireFace(arguments.what, Beside::kFiles);
     const std::string file = face ? DocumentOf(*face) : arguments.what;
     const std::string xml = ReadNamedFile(file);
+    if (!arguments.language.empty()) Warn(LanguageProblem(arguments.language));
     const std::string language = arguments.language.empty() ? WatchLook().language : arguments.language;
     const bool isFlat = FactsOf(xml).root == kFlatRoot;
     Json summary = isFlat ? SummaryOfFlat(xml) : SummaryOfResult(file, xml, language);

@@ -48,6 +48,11 @@ Exit On(const Options& options)
     if (IsOn())
         throw Stop(Exit::kNothingToDo, "nothing to do: the trace is on already; type: wfctl trace off");
     Switch(connection, true);
+    if (options.json) {
+        PrintLine(JsonLine(Json::object({
+            {"trace", BytesToJson(Platform::TracePath())}
+        })));
+    }
     return Exit::kDone;
 }
 

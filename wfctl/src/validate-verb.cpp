@@ -72,7 +72,7 @@ Checked Check(const std::string& file)
 std::vector<std::string> FilesOf(const std::string& what)
 {
     if (IsFileName(what)) return {what};
-    const Face face = RequireFace(what);
+    const Face face = RequireFace(what, Beside::kFiles);
     std::vector<std::string> files;
     std::error_code error;
     for (const std::string& file : {face.ResultXml(), face.WatchfaceXml()}) {
@@ -97,11 +97,12 @@ Exit Validate(const Options& options, const ValidateArguments& arguments)
         for (const std::string& file : FilesOf(what)) {
             const Checked checked = Check(file);
             if (!checked.isGood) ++bad;
+            const Json findings = FindingsJson(file, checked.findings);
             all.push_back(Json::object({
-                {"file",     BytesToJson(file)             },
-                {"kind",     BytesToJson(checked.root)     },
-                {"good",     checked.isGood                },
-                {"findings", FindingsJson(checked.findings)}
+                {"file",     BytesToJson(file)        },
+                {"kind",     BytesToJson(checked.root)},
+                {"good",     checked.isGood           },
+                {"findings", findings                 }
             }));
             if (!options.json) Print(checked);
         }

@@ -6,15 +6,19 @@
 #include <filesystem>
 #include <memory>
 
+#include "application-table.h"
+#include "areas.h"
 #include "arguments.h"
 #include "connection.h"
 #include "exit-status.h"
+#include "faces.h"
+#include "hint.h"
 #include "json-text.h"
 #include "locales-icu.h"
-#include "nearest-name.h"
 #include "platform-keys-sdbus.h"
 #include "private-watch.h"
 #include "settings.h"
+#include "trace-switch-keys.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -56,25 +60,28 @@ struct KeyStore {
 
 void CheckWritten(int code, const std::string& what, const std::string& key)
 {
-    if (code == SQLITE_NOTFOUND) throw Stop(Exit::kNotFound, "there is no " + what + " [" + key + "]");
-    if (code != 0) {
-        throw Stop(Exit::kError,
-                   "the " + what + " [" + key + "] could not be written: " + sqlite3_errstr(code));
-    }
+    if (code == 0) return;
+    throw Stop(Exit::kError, "the " + what + " [" + key + "] could not be written: " + sqlite3_errstr(code));
 }
 
-// With the nearest of those that there are.
-[[noreturn]] void StopAtUnknown(ValueStore& store, const std::string& what, const std::string& key,
-                                const std::string& list)
+// What kind of values a verb is about, as its errors say it.
+struct ValueKind {
+    std::string what;  // "key"
+    std::string list;  // the verb that lists them
+    Names known;       // that may be unset
+};
+
+// Stops with the nearest of those that there are.
+StoredValue Required(ValueStore& store, const ValueKind& kind, const std::string& key)
 {
+    if (auto value = store.Get(key)) return *std::move(value);
     const auto stored = store.List();
-    std::vector<std::string_view> names;
-    names.reserve(stored.size());
+    Names names = kind.known;
     for (const auto& [name, value] : stored) names.push_back(name);
-    const std::string_view nearest = DataUtil::NearestName(key, names);
-    throw Stop(Exit::kNotFound, "there is no " + what + " [" + key + "]; " +
-                                    (nearest.empty() ? "" : "did you mean " + std::string(nearest) + "? ") +
-                                    "type: wfctl " + list);
+    // One that is known and unset is spelled right.
+    const std::string hint = std::ranges::find(names, key) == names.end() ? DidYouMean(key, names) : "";
+    throw Stop(Exit::kNotFound,
+               "there is no " + kind.what + " [" + key + "]; " + hint + "type: wfctl " + kind.list);
 }
 
 void Print(const Options& options, const StoredValue& value)
@@ -92,6 +99,19 @@ void PrintList(const Options& options, const std::vector<std::pair<std::string, 
             PrintLine(key + "=" + ValueText(value));
     }
     if (options.json) PrintLine(JsonLine(object));
+}
+
+// What was written is news to programs alone.
+void PrintWritten(const Options& options, const std::vector<std::pair<std::string, StoredValue>>& values)
+{
+    if (options.json) PrintList(options, values);
+}
+
+void PrintUnset(const Options& options, const std::vector<std::string>& keys)
+{
+    Json unset = Json::object();
+    for (const std::string& key : keys) unset[key] = nullptr;
+    if (options.json) PrintLine(JsonLine(unset));
 }
 
 // Prints what `read` gives for a name whenever its key is written, until the count or the time is over.
@@ -131,28 +151,43 @@ Exit WatchAll(const Options& options, const ValueArguments& arguments, Connectio
 
 // --- platform keys ---
 
+ValueKind PlatformKeys()
+{
+    ValueKind kind{
+        "key", "key list", {kIdleClockKey, kWatchfaceNameKey, Platform::kTraceKey}
+    };
+    for (const SystemSetting& setting : Platform::kSystemSettings) kind.known.push_back(setting.key);
+    return kind;
+}
+
 Exit KeyGet(const Options& options, const ValueArguments& arguments)
 {
     KeyStore store(options);
-    const auto value = store.values.Get(arguments.key);
-    if (!value) StopAtUnknown(store.values, "key", arguments.key, "key list");
-    Print(options, *value);
+    Print(options, Required(store.values, PlatformKeys(), arguments.key));
     return Exit::kDone;
 }
 
 Exit KeySet(const Options& options, const ValueArguments& arguments)
 {
     KeyStore store(options);
-    store.Set(arguments.key, ParseValue(arguments.value, arguments.type, store.values.Get(arguments.key)));
+    const StoredValue value = ParseValue(arguments.value, arguments.type, store.values.Get(arguments.key));
+    store.Set(arguments.key, value);
+    PrintWritten(options, {
+                              {arguments.key, value}
+    });
     return Exit::kDone;
 }
 
 Exit KeyUnset(const Options& options, const ValueArguments& arguments)
 {
     KeyStore store(options);
-    CheckWritten(store.values.Unset(arguments.key), "key", arguments.key);
-    Platform::AnnounceKey(store.connection->Get(), arguments.key);
+    for (const std::string& key : arguments.keys) Required(store.values, PlatformKeys(), key);
+    for (const std::string& key : arguments.keys) {
+        CheckWritten(store.values.Unset(key), "key", key);
+        Platform::AnnounceKey(store.connection->Get(), key);
+    }
     sd_bus_flush(store.connection->Get());
+    PrintUnset(options, arguments.keys);
     return Exit::kDone;
 }
 
@@ -167,7 +202,9 @@ Exit KeyWatch(const Options& options, const ValueArguments& arguments)
 {
     KeyStore store(options);
     std::vector<Watched> watched;
+    const ValueKind kind = PlatformKeys();
     for (const std::string& key : arguments.keys) {
+        WarnOfSlip("there is no key", key, kind.known);
         watched.push_back({key, key, [&store, key] { return store.values.Get(key); }});
     }
     return WatchAll(options, arguments, *store.connection, watched);
@@ -187,36 +224,73 @@ std::unique_ptr<ValueStore> Preferences(const Options& options, const std::strin
     return std::make_unique<ValueStore>(path, kPreferencesMode);
 }
 
+// The applications of the watch, and all that have a folder.
+std::vector<std::string> KnownApplications()
+{
+    const Names ids = ApplicationIds();
+    std::vector<std::string> known(ids.begin(), ids.end());
+    std::error_code error;
+    const std::string folder = Platform::CurrentAreas().root + "/apps";
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error))
+        known.push_back(entry.path().filename());
+    return known;
+}
+
+void WarnOfUnknown(const std::string& app)
+{
+    const std::vector<std::string> known = KnownApplications();
+    WarnOfSlip("there is no application", app, NamesOf(known));
+}
+
+std::unique_ptr<ValueStore> RequiredPreferences(const Options& options, const std::string& app)
+{
+    if (auto store = Preferences(options, app, false)) return store;
+    const std::vector<std::string> known = KnownApplications();
+    const bool isKnown = std::ranges::find(known, app) != known.end();
+    throw Stop(Exit::kNotFound, "[" + app + "] has no preferences; " +
+                                    (isKnown ? "" : DidYouMean(app, NamesOf(known))) +
+                                    "type: wfctl pref set --help");
+}
+
+ValueKind PreferencesOf(const std::string& app)
+{
+    Names known;
+    if (app == Platform::kServiceId) known = {kWorldClockTargetPref, "wfs-pref-idle-change-request-from"};
+    return {"preference", "pref list " + app, known};
+}
+
 Exit PrefGet(const Options& options, const ValueArguments& arguments)
 {
-    const auto store = Preferences(options, arguments.app, false);
-    const auto value = store ? store->Get(arguments.key) : std::nullopt;
-    if (!value && store) StopAtUnknown(*store, "preference", arguments.key, "pref list " + arguments.app);
-    if (!value)
-        throw Stop(Exit::kNotFound,
-                   "[" + arguments.app + "] has no preferences; type: wfctl pref set --help");
-    Print(options, *value);
+    const auto store = RequiredPreferences(options, arguments.app);
+    Print(options, Required(*store, PreferencesOf(arguments.app), arguments.key));
     return Exit::kDone;
 }
 
 Exit PrefSet(const Options& options, const ValueArguments& arguments)
 {
+    WarnOfUnknown(arguments.app);
     const auto store = Preferences(options, arguments.app, true);
     const StoredValue value = ParseValue(arguments.value, arguments.type, store->Get(arguments.key));
     CheckWritten(store->Set(arguments.key, value), "preference", arguments.key);
+    PrintWritten(options, {
+                              {arguments.key, value}
+    });
     return Exit::kDone;
 }
 
 Exit PrefUnset(const Options& options, const ValueArguments& arguments)
 {
-    const auto store = Preferences(options, arguments.app, false);
-    CheckWritten(store ? store->Unset(arguments.key) : SQLITE_NOTFOUND, "preference", arguments.key);
+    const auto store = RequiredPreferences(options, arguments.app);
+    for (const std::string& key : arguments.keys) Required(*store, PreferencesOf(arguments.app), key);
+    for (const std::string& key : arguments.keys) CheckWritten(store->Unset(key), "preference", key);
+    PrintUnset(options, arguments.keys);
     return Exit::kDone;
 }
 
 Exit PrefList(const Options& options, const ValueArguments& arguments)
 {
     const auto store = Preferences(options, arguments.app, false);
+    if (!store) WarnOfUnknown(arguments.app);
     PrintList(options, store ? store->List() : std::vector<std::pair<std::string, StoredValue>>());
     return Exit::kDone;
 }
@@ -228,7 +302,8 @@ const SystemSetting& FindSetting(const std::string& name)
     if (const SystemSetting* setting = Platform::FindSystemSetting(name)) return *setting;
     std::vector<std::string_view> names;
     for (const SystemSetting& setting : Platform::kSystemSettings) names.push_back(setting.name);
-    throw Stop(Exit::kUsage, "there is no setting [" + name + "]" + DataUtil::Suggestion(name, names));
+    throw Stop(Exit::kUsage,
+               "there is no setting [" + name + "]; " + DidYouMean(name, names) + "known: " + Listed(names));
 }
 
 Exit SettingGet(const Options& options, const ValueArguments& arguments)
@@ -243,12 +318,15 @@ Exit SettingGet(const Options& options, const ValueArguments& arguments)
 void CheckSetting(const SystemSetting& setting, const std::string& text)
 {
     if (setting.isBool && text != "true" && text != "false") {
-        throw Stop(Exit::kUsage,
-                   "the setting [" + std::string(setting.name) + "] is true or false, not [" + text + "]");
+        throw Stop(Exit::kUsage, "the setting [" + std::string(setting.name) + "] is true or false, not [" +
+                                     text + "]" + OrMeant(text, {"true", "false"}));
     }
     if (setting.isBool) return;
     const bool isZone = setting.id == SYSTEM_SETTINGS_KEY_LOCALE_TIMEZONE;
-    const std::string problem = isZone ? TimezoneProblem(text) : LanguageProblem(text);
+    const bool isCountry = setting.id == SYSTEM_SETTINGS_KEY_LOCALE_COUNTRY;
+    const std::string problem = isZone      ? TimezoneProblem(text)
+                                : isCountry ? CountryProblem(text)
+                                            : LanguageProblem(text);
     if (problem.empty()) return;
     throw Stop(Exit::kUsage, problem + " To write it all the same: wfctl key set " +
                                  std::string(setting.key) + " " + ShellQuoted(text));
@@ -278,10 +356,11 @@ Exit SettingSet(const Options& options, const ValueArguments& arguments)
     for (const auto& [name, text] : ParseSettings(arguments.keys)) {
         const SystemSetting& setting = FindSetting(name);
         CheckSetting(setting, text);
-        values.emplace_back(setting.key, ParseValue(text, setting.isBool ? "bool" : "string", std::nullopt));
+        values.emplace_back(name, ParseValue(text, setting.isBool ? "bool" : "string", std::nullopt));
     }
     KeyStore store(options);
-    for (const auto& [key, value] : values) store.Set(key, value);
+    for (const auto& [name, value] : values) store.Set(std::string(FindSetting(name).key), value);
+    PrintWritten(options, values);
     return Exit::kDone;
 }
 
@@ -328,6 +407,11 @@ void AddKey(CLI::App& parser, const Arguments& arguments, const char* what)
     parser.add_option(what, arguments->key, "which one")->required();
 }
 
+void AddKeys(CLI::App& parser, const Arguments& arguments)
+{
+    parser.add_option("KEY", arguments->keys, "which ones")->required();
+}
+
 void AddValue(CLI::App& parser, const Arguments& arguments)
 {
     parser.add_option("VALUE", arguments->value, "the new value")->required();
@@ -335,10 +419,7 @@ void AddValue(CLI::App& parser, const Arguments& arguments)
         .add_option("--type", arguments->type,
                     "string, int or bool (default: as the value that is there, else as it looks)")
         ->type_name("TYPE")
-        ->check([](const std::string& type) {
-            const bool known = type == "string" || type == "int" || type == "bool";
-            return known ? std::string() : "the type is string, int or bool, not " + type;
-        });
+        ->check(OneOf("the type", {"string", "int", "bool"}));
 }
 
 void AddEnd(CLI::App& parser, const Arguments& arguments)
@@ -369,7 +450,7 @@ Action DefineKeySet(CLI::App& parser)
 Action DefineKeyUnset(CLI::App& parser)
 {
     const auto arguments = std::make_shared<ValueArguments>();
-    AddKey(parser, arguments, "KEY");
+    AddKeys(parser, arguments);
     return Runs(arguments, KeyUnset);
 }
 
@@ -381,7 +462,7 @@ Action DefineKeyList(CLI::App&)
 Action DefineKeyWatch(CLI::App& parser)
 {
     const auto arguments = std::make_shared<ValueArguments>();
-    parser.add_option("KEY", arguments->keys, "which ones")->required();
+    AddKeys(parser, arguments);
     AddEnd(parser, arguments);
     return Runs(arguments, KeyWatch);
 }
@@ -407,7 +488,7 @@ Action DefinePrefUnset(CLI::App& parser)
 {
     const auto arguments = std::make_shared<ValueArguments>();
     AddApp(parser, arguments);
-    AddKey(parser, arguments, "KEY");
+    AddKeys(parser, arguments);
     return Runs(arguments, PrefUnset);
 }
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "hint.h"
 #include "nearest-name.h"
 
 namespace Wfctl {
@@ -123,8 +124,8 @@ constexpr Verb kVerbs[] = {
     {"key set", "KEY VALUE [--type TYPE]",
      "write a platform key and announce it",
      "wfctl key set db/retailmode/enabled 1", DefineKeySet},
-    {"key unset", "KEY",
-     "remove a platform key and announce it",
+    {"key unset", "KEY…",
+     "remove platform keys and announce it",
      "wfctl key unset db/system/language", DefineKeyUnset},
     {"key list", "",
      "all platform keys, one KEY=VALUE a line",
@@ -138,8 +139,8 @@ constexpr Verb kVerbs[] = {
     {"pref set", "APP KEY VALUE [--type TYPE]",
      "write a preference of an application",
      "wfctl pref set com.corvane.watchface-service my-preference true", DefinePrefSet},
-    {"pref unset", "APP KEY",
-     "remove a preference of an application",
+    {"pref unset", "APP KEY…",
+     "remove preferences of an application",
      "wfctl pref unset com.corvane.watchface-service my-preference", DefinePrefUnset},
     {"pref list", "APP",
      "all preferences of an application, one KEY=VALUE a line",
@@ -235,11 +236,53 @@ std::string OptionHint(const CLI::App& parser)
     }
     for (const std::string& word : parser.remaining()) {
         if (!word.starts_with("--")) continue;
-        const std::string_view nearest =
-            DataUtil::NearestName(word.substr(0, word.find('=')), {names.begin(), names.end()});
-        if (!nearest.empty()) return "did you mean " + std::string(nearest) + "? ";
+        const std::string hint = DidYouMean(word.substr(0, word.find('=')), NamesOf(names));
+        if (!hint.empty()) return hint;
     }
     return {};
+}
+
+std::string ParseErrorText(const CLI::ParseError& error, const CLI::App& parser)
+{
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return error.what();
+    std::string words;
+    for (const std::string& word : parser.remaining()) words += "[" + word + "] ";
+    return words + "is not expected here";
+}
+
+// The verbs of two words that begin with this one.
+Names VerbsOf(const std::string& word)
+{
+    Names verbs;
+    for (const Verb& verb : kVerbs) {
+        if (verb.name.starts_with(word + " ")) verbs.push_back(verb.name);
+    }
+    return verbs;
+}
+
+// The verb that may be meant by the words, of which one or two name it.
+std::string_view MeantVerb(std::span<const std::string> words)
+{
+    const std::string two = words.size() > 1 ? words[0] + " " + words[1] : words[0];
+    const Names siblings = VerbsOf(words[0]);
+    if (!siblings.empty()) return MeantName(two, siblings);
+    // One word of two names a group of verbs.
+    Names names, firsts;
+    for (const Verb& verb : kVerbs) {
+        names.push_back(verb.name);
+        firsts.push_back(verb.name.substr(0, verb.name.find(' ')));
+    }
+    const std::string_view meant = MeantName(two, names);
+    return meant.empty() ? DataUtil::NearestName(words[0], firsts) : meant;
+}
+
+// Behind a verb of one word that took another's second word for an argument: "; did you mean the verb …?"
+std::string OtherVerbHint(const Verb& verb, const std::vector<std::string>& arguments)
+{
+    const Names siblings = VerbsOf(std::string(verb.name));
+    if (siblings.empty() || arguments.size() < 2) return {};
+    const std::string_view meant = MeantName(arguments[0] + " " + arguments[1], siblings);
+    return meant.empty() ? "" : "; did you mean the verb " + std::string(meant) + "?";
 }
 
 int UnknownVerb(const std::vector<std::string>& arguments)
@@ -253,22 +296,32 @@ int UnknownVerb(const std::vector<std::string>& arguments)
         std::puts("wfctl " WATCH_VERSION);
         return static_cast<int>(Exit::kDone);
     }
-    const std::string& words = arguments[0];
-    std::string known;
-    for (const Verb& verb : kVerbs) {
-        if (verb.name.starts_with(words + " ")) known += (known.empty() ? "" : ", ") + std::string(verb.name);
+    const std::string& word = arguments[0];
+    if (word.starts_with("-")) {
+        return Complain(Exit::kUsage, "there is no option [" + word + "]; " +
+                                          DidYouMean(word.substr(0, word.find('=')),
+                                                     {"--help", "--version", "--root", "--json"}) +
+                                          "type: wfctl --help");
     }
-    if (!known.empty()) return Complain(Exit::kUsage, "[" + words + "] takes another word: " + known);
-    std::vector<std::string_view> names;
-    for (const Verb& verb : kVerbs) names.push_back(verb.name);
-    const std::string all = arguments.size() > 1 ? words + " " + arguments[1] : words;
-    std::string_view nearest = DataUtil::NearestName(words, names);
-    if (nearest.empty()) nearest = DataUtil::NearestName(all, names);
-    const std::string hint = nearest.empty() ? "" : "did you mean " + std::string(nearest) + "? ";
-    return Complain(Exit::kUsage, "there is no verb [" + words + "]; " + hint + "type: wfctl --help");
+    std::string siblings;
+    for (const std::string_view verb : VerbsOf(word))
+        siblings += (siblings.empty() ? "" : ", ") + std::string(verb);
+    const std::string hint = VerbHint(arguments);
+    if (siblings.empty())
+        return Complain(Exit::kUsage, "there is no verb [" + word + "]; " + hint + "type: wfctl --help");
+    if (arguments.size() == 1 || arguments[1].starts_with("-"))
+        return Complain(Exit::kUsage, "[" + word + "] takes another word: " + siblings);
+    return Complain(Exit::kUsage,
+                    "there is no verb [" + word + " " + arguments[1] + "]; " + hint + "known: " + siblings);
 }
 
 }  // namespace
+
+std::string VerbHint(std::span<const std::string> words)
+{
+    const std::string_view meant = words.empty() ? "" : MeantVerb(words);
+    return meant.empty() ? "" : "did you mean " + std::string(meant) + "? ";
+}
 
 std::span<const Verb> Verbs()
 {
@@ -386,10 +439,12 @@ int RunCommandLine(std::vector<std::string> arguments)
         std::fputs(HelpText(*verb).c_str(), stdout);
         return static_cast<int>(Exit::kDone);
     } catch (const CLI::ParseError& error) {
-        return Complain(Exit::kUsage, std::string(error.what()) + "; " + OptionHint(parser) + "type: wfctl " +
-                                          std::string(verb->name) + " --help");
+        const std::string what = ParseErrorText(error, parser);
+        return Complain(Exit::kUsage, what + (what.ends_with('?') ? " " : "; ") + OptionHint(parser) +
+                                          "type: wfctl " + std::string(verb->name) + " --help");
     } catch (const Stop& stop) {
-        return Complain(stop.Status(), stop.what());
+        const bool isNameless = stop.Status() == Exit::kNotFound;
+        return Complain(stop.Status(), stop.what() + (isNameless ? OtherVerbHint(*verb, arguments) : ""));
     } catch (const std::exception& error) {
         return Complain(Exit::kError, error.what());
     }

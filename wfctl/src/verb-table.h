@@ -36,6 +36,9 @@ std::span<const Verb> Verbs();
 // The row that the words begin with, and how many words name it; null when there is none.
 const Verb* FindVerb(std::span<const std::string> words, std::size_t* length);
 
+// "did you mean key get? " for words that name no verb, or empty.
+std::string VerbHint(std::span<const std::string> words);
+
 // An option as usage says it: "-h, --help", "--wait S"; a positional's name alone.
 std::string OptionText(const CLI::Option& option);
 // The name of what an option takes: "S"; empty for a flag.

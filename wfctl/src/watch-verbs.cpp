@@ -17,6 +17,7 @@
 #include "areas.h"
 #include "connection.h"
 #include "faces.h"
+#include "hint.h"
 #include "json-text.h"
 #include "private-watch.h"
 #include "process.h"
@@ -68,8 +69,8 @@ std::string ResourcesFolder(const std::string& named)
     const std::string folder = named.empty() ? Platform::InstallPrefix() + "/" WATCH_DATADIR "/watch" : named;
     const fs::path path = fs::canonical(folder, error);
     if (error) {
-        throw Stop(Exit::kNotFound,
-                   "there is no folder of faces [" + folder + "]; name one with --resources DIR");
+        throw Stop(Exit::kNotFound, "there is no folder of faces [" + folder +
+                                        "]; name one with --resources DIR" + OrMeantFile(folder));
     }
     return path.string();
 }
@@ -220,7 +221,13 @@ Exit Down(const Options& options)
     const auto state = ReadState(paths);
     if (!state) throw Stop(Exit::kNothingToDo, "nothing to do: no watch is up at [" + paths.root + "]");
     TakeDown(paths, *state);
-    if (!options.json) PrintLine("The watch is down; its data stays in [" + paths.root + "].");
+    if (options.json) {
+        PrintLine(JsonLine(Json::object({
+            {"root", BytesToJson(paths.root)}
+        })));
+    } else {
+        PrintLine("The watch is down; its data stays in [" + paths.root + "].");
+    }
     return Exit::kDone;
 }
 

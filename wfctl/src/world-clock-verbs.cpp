@@ -1,5 +1,6 @@
 // World clocks: world-clock show, prepare, update; and dates as the watch writes them: date.
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -10,7 +11,7 @@
 #include "exit-status.h"
 #include "face-document.h"
 #include "faces.h"
-#include "nearest-name.h"
+#include "hint.h"
 #include "private-watch.h"
 #include "selection-edit.h"
 #include "service-peer.h"
@@ -44,18 +45,26 @@ DataUtil::FaceDocument DocumentOf(const Face& face)
 
 const DataUtil::Slot& SlotOf(const DataUtil::FaceDocument& document, const std::string& name)
 {
-    std::vector<std::string_view> known;
-    std::string all;
+    Names known;
     for (const DataUtil::Slot& slot : document.slots) {
         if (!slot.OfferOf(std::string(DataUtil::kWorldClockSource))) continue;
         if (slot.name == name) return slot;
         known.push_back(slot.name);
-        all += (all.empty() ? "" : ", ") + slot.name;
     }
-    const std::string_view nearest = DataUtil::NearestName(name, known);
-    throw Stop(Exit::kUsage, "[" + document.id + "] has no world clock [" + name + "]" +
-                                 (nearest.empty() ? "" : "; did you mean " + std::string(nearest) + "?") +
-                                 (all.empty() ? "" : " known: " + all));
+    throw Stop(Exit::kUsage, "[" + document.id + "] has no world clock [" + name + "]; " +
+                                 DidYouMean(name, known) +
+                                 (known.empty() ? "it has none" : "known: " + Listed(known)));
+}
+
+// What `world-clock show` can be asked about.
+Names WorldClockGroups(const DataUtil::FaceDocument& document)
+{
+    Names groups;
+    for (const DataUtil::Slot& slot : document.slots) {
+        const bool isNew = std::ranges::find(groups, slot.group) == groups.end();
+        if (isNew && slot.OfferOf(std::string(DataUtil::kWorldClockSource))) groups.push_back(slot.group);
+    }
+    return groups;
 }
 
 // The service reads these when it is asked for a group; whoever sets a world clock keeps them.
@@ -89,8 +98,16 @@ Exit Show(const Options& options, const WorldClockArguments& arguments)
             PrintLine(std::string(key) + ": " + fields[key].get<std::string>());
     }
     if (IsSuccess(reply)) return Exit::kDone;
+    const DataUtil::FaceDocument document = DocumentOf(face);
+    const Names groups = WorldClockGroups(document);
+    const bool isKnown = std::ranges::find(groups, arguments.group) != groups.end();
     throw Stop(Exit::kError, "not everything is stored of the world clock of group [" + arguments.group +
-                                 "] of [" + face.name + "]; type: wfctl world-clock update --help");
+                                 "] of [" + face.name + "]; " +
+                                 (isKnown ? ""
+                                          : DidYouMean(arguments.group, groups) +
+                                                (groups.empty() ? "it has no world clock; "
+                                                                : "its groups: " + Listed(groups) + "; ")) +
+                                 "type: wfctl world-clock update --help");
 }
 
 bundle Preparation()
@@ -105,7 +122,13 @@ Exit Prepare(const Options& options, const WorldClockArguments& arguments)
     SelectWatch(options.root);
     Connection connection;
     RequireService(connection);
+    const Current current = CurrentFace();
     ServicePeer(connection, arguments.as).Tell(Preparation());
+    if (options.json) {
+        PrintLine(JsonLine(Json::object({
+            {"face", BytesToJson(current.face)}
+        })));
+    }
     return Exit::kDone;
 }
 
@@ -116,7 +139,7 @@ Exit Update(const Options& options, const WorldClockArguments& arguments)
     const std::string target =
         Platform::GetAs<std::string>(*std::make_unique<Platform::ValueStore>(
                                          Platform::PreferencesPath(std::string(Platform::kServiceId)), 0600),
-                                     "wfs-watch-name-world-clock-update")
+                                     kWorldClockTargetPref)
             .value_or("");
     if (target.empty())
         throw Stop(Exit::kNothingToDo,
@@ -162,9 +185,21 @@ std::string InstantOf(const DateArguments& arguments)
     throw Stop(Exit::kUsage, "[" + arguments.instant + "] is no number of milliseconds since 1970");
 }
 
+// Characters that no skeleton has; the service would give them back as they stand.
+void CheckSkeleton(const DateArguments& arguments)
+{
+    constexpr std::string_view kLetters = "GyYuUrQqMLlwWdDFgEecabBhHkKjJCmsSAzZOvVXx";
+    const bool isSkeleton = arguments.skeleton.find_first_not_of(kLetters) == std::string::npos;
+    if (arguments.isPattern || isSkeleton) return;
+    throw Stop(Exit::kUsage, "[" + arguments.skeleton +
+                                 "] is no date skeleton, which has letters of dates alone, as yMMMEd or Jmm; "
+                                 "did you mean --pattern?");
+}
+
 // The answer goes to the phone-side manager, whoever asks.
 Exit Date(const Options& options, const DateArguments& arguments)
 {
+    CheckSkeleton(arguments);
     const std::string instant = InstantOf(arguments);
     SelectWatch(options.root);
     Connection connection;

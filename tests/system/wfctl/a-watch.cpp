@@ -119,3 +119,13 @@ std::string StagedResultXml(const std::string& name)
 {
     return kStagedList + name + "/" + name + "_result.xml";
 }
+
+std::string BlankPicture(const AFolder& folder)
+{
+    const std::string document = folder.Holding("blank.xml", R"(<watchface format="1" id="com.example.blank"
+ version="1" width="16" height="16" shape="square" default-language="en" preview-time="10:08:36" title-key="t">
+ <strings language="en"><string key="t">T</string></strings></watchface>)");
+    const std::string picture = folder.Path() + "/blank.png";
+    EXPECT_EQ(Wfctl({"render", document, "-o", picture}).status, 0);
+    return picture;
+}

@@ -32,6 +32,9 @@ protected:
     std::string mFolder;
 };
 
+// A PNG of one colour, in the folder.
+std::string BlankPicture(const AFolder& folder);
+
 // The faces of the build tree, and the result XML of one.
 std::vector<std::string> StagedFaces();
 std::string StagedResultXml(const std::string& name);

@@ -210,6 +210,15 @@ TEST_F(ADoctor, has_pictures_that_are_none_drawn_again)
     EXPECT_THAT(Codes(Findings()), IsEmpty());
 }
 
+TEST_F(ADoctor, has_pictures_of_one_colour_drawn_again)
+{
+    const std::string preview = ReadWriteFace(kClassic) + kClassic + ".png";
+    fs::copy_file(BlankPicture(*this), preview, fs::copy_options::overwrite_existing);
+    EXPECT_THAT(Codes(Findings()), ElementsAre("preview-blank"));
+    EXPECT_EQ(Run({"doctor", "--fix"}).status, 0);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
 TEST_F(ADoctor, has_flat_documents_made_again)
 {
     fs::remove(ReadWriteFace(kClassic) + "watchface.xml");
@@ -265,6 +274,35 @@ TEST_F(ADoctor, says_what_to_type_about_preferences_of_a_face_that_is_gone)
     EXPECT_THAT(Codes(report), ElementsAre("stale-preference"));
     Run({"pref", "unset", kService, "wfs-watch-name-world-clock-update"});
     EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, says_what_to_type_about_world_clocks_of_a_face_that_is_gone)
+{
+    for (const std::string field : {"city", "timezone", "timezonePath", "country"})
+        Run({"pref", "set", kService, std::string(kGone) + "-my-zone-" + field, "x"});
+    Run({"pref", "set", kService, std::string(kGone) + "-my-zone-updatedMode", "1"});
+    const Json report = Findings();
+    EXPECT_THAT(Codes(report), ElementsAre("stale-preference"));
+    EXPECT_EQ(report["findings"][0]["face"], std::string(kGone) + "-my-zone");
+    const std::string type = report["findings"][0]["type"];
+    EXPECT_EQ(Typed(type).status, 0) << type;
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, leaves_world_clocks_of_faces_that_there_are)
+{
+    for (const char* field : {"city", "timezone", "timezonePath", "country"})
+        Run({"pref", "set", kService, std::string(kClassic) + "-my-zone-" + field, "x"});
+    Run({"pref", "set", kService, std::string(kEditor) + "+" + kGone + "+evaluation-helper-data-duration",
+         "x"});
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, says_why_each_finding_matters)
+{
+    Plant(ReadWriteFace(kClassic) + "notes.txt");
+    for (const Json& finding : Findings()["findings"])
+        EXPECT_THAT(Run({"doctor"}).out, HasSubstr("\n    " + finding["why"].get<std::string>() + "\n"));
 }
 
 TEST_F(ADoctor, puts_nothing_back_over_what_is_there_by_now)

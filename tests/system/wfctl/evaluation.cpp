@@ -103,3 +103,20 @@ TEST_F(AWatchThatIsEvaluated, is_one_that_is_up)
 {
     EXPECT_EQ(Wfctl({"evaluate", "load", "c1"}).status, 8);
 }
+
+TEST_F(AWatch, says_at_once_that_a_listener_has_no_port_for_the_answer)
+{
+    const auto listener = Listen({"--as", kEditor});
+    const Result saved = Run({"evaluate", "save", "c1", "350"});
+    EXPECT_EQ(saved.status, 1);
+    EXPECT_THAT(saved.err,
+                HasSubstr("pid " + std::to_string(listener->Pid()) + ") and has no untrusted port"));
+}
+
+TEST_F(AWatch, is_answered_through_a_listener_of_the_kind)
+{
+    const auto listener = Listen({"--as", std::string(kEditor) + ":mine", "--untrusted"});
+    EXPECT_EQ(Run({"evaluate", "save", "c1", "350"}).status, 0);
+    EXPECT_EQ(Run({"evaluate", "load", "c1"}).out, "350\n");
+    EXPECT_THAT(Run({"bg", "save"}).err, HasSubstr("has no trusted port"));
+}

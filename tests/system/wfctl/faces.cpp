@@ -245,3 +245,21 @@ TEST_F(AWatch, draws_its_faces_by_name)
     EXPECT_EQ(drawn.status, 0) << drawn.err;
     EXPECT_THAT(ContentsOf(mFolder + "/out.png"), StartsWith(kPngSignature));
 }
+
+TEST_F(AWatch, draws_a_new_picture_by_the_name_of_its_face)
+{
+    const auto render = [this](const std::string& arguments) {
+        return RunProgram({"sh", "-c", "cd \"$0\" && exec \"$1\" render " + arguments, mFolder, WFCTL},
+                          mEnvironment);
+    };
+    const std::string name = std::string(kClassic) + ".png";
+    EXPECT_EQ(render("c1").out, name + "\n");
+    EXPECT_THAT(ContentsOf(mFolder + "/" + name), StartsWith("\x89PNG"));
+    const std::string mine = Holding(name, "another's");
+    const Result refused = render("c1");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.err, HasSubstr("type: wfctl render 'c1' -o '" + name + "'"));
+    EXPECT_EQ(ContentsOf(mine), "another's");
+    EXPECT_EQ(render("c1 -o " + name).status, 0);
+    EXPECT_THAT(ContentsOf(mine), StartsWith("\x89PNG"));
+}

@@ -71,3 +71,22 @@ TEST_F(AMonitor, ends_when_it_is_interrupted)
     monitor->Signal(SIGINT);
     EXPECT_EQ(monitor->AwaitEnd(), 130);
 }
+
+TEST_F(AFolder, has_a_monitor_that_is_told_when_the_bus_shows_it_nothing)
+{
+    const std::string config = Holding("bus.conf", R"(<busconfig>
+<listen>unix:tmpdir=/tmp</listen>
+<policy context="default">
+  <allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/><allow user="*"/>
+  <deny send_interface="org.freedesktop.DBus.Monitoring"/>
+</policy>
+</busconfig>)");
+    Program bus({"dbus-daemon", "--nofork", "--print-address", "--config-file=" + config}, {});
+    const Environment environment = {
+        {"DBUS_SESSION_BUS_ADDRESS", bus.NextLine().value_or("")},
+        {"WATCH_ROOT",               mFolder                    }
+    };
+    const Result refused = RunProgram({WFCTL, "monitor", "--timeout", "0"}, environment);
+    EXPECT_EQ(refused.status, 4);
+    EXPECT_THAT(refused.err, HasSubstr("lets this user see no traffic"));
+}

@@ -28,17 +28,6 @@ std::pair<int, int> SizeOf(const std::string& png)
     return {number(16), number(20)};
 }
 
-// A PNG of one colour.
-std::string BlankPicture(const AFolder& folder)
-{
-    const std::string document = folder.Holding("blank.xml", R"(<watchface format="1" id="com.example.blank"
- version="1" width="16" height="16" shape="square" default-language="en" preview-time="10:08:36" title-key="t">
- <strings language="en"><string key="t">T</string></strings></watchface>)");
-    const std::string picture = folder.Path() + "/blank.png";
-    EXPECT_EQ(Wfctl({"render", document, "-o", picture}).status, 0);
-    return picture;
-}
-
 }  // namespace
 
 TEST_F(AWatch, shows_all_its_previews_on_one_sheet)
