@@ -82,6 +82,24 @@ TEST_F(ASlip, that_makes_an_element_unheard_of_is_the_only_finding)
     }
 }
 
+TEST_F(ASlip, that_makes_one_of_several_elements_unheard_of_is_the_only_finding)
+{
+    const std::string whole = mText;
+    std::size_t at = whole.find("<face-result");
+    while ((at = whole.find("\n  ", at + 1)) != std::string::npos) {
+        const std::size_t begin = whole.find_first_not_of(' ', at + 1);
+        if (whole[begin] != '<' || whole[begin + 1] == '/') continue;
+        const std::string name = whole.substr(begin + 1, whole.find_first_of(" >/", begin) - begin - 1);
+        const std::size_t end = whole.find('>', begin);
+        mText = whole;
+        // No element holds one of its own name here.
+        if (whole[end - 1] != '/')
+            mText.replace(whole.find("</" + name + ">", end) + 2, name.size(), "unheard-of");
+        mText.replace(begin + 1, name.size(), "unheard-of");
+        EXPECT_THAT(Codes(), ElementsAre("E-ELEMENT-UNKNOWN")) << whole.substr(begin, end - begin);
+    }
+}
+
 TEST_F(ASlip, that_misplaces_an_element_leaves_no_reference_unknown)
 {
     const std::size_t begin = mText.find("    <palette");
