@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <span>
 #include <sstream>
 
@@ -13,6 +14,9 @@
 #include "exit-status.h"
 #include "face-document.h"
 #include "faces.h"
+#include "locales-icu.h"
+#include "lost-and-found.h"
+#include "photo-files.h"
 #include "private-watch.h"
 #include "system-setting-table.h"
 #include "value-store-sqlite.h"
@@ -28,6 +32,8 @@ using Words = std::vector<Completion>;
 struct Line {
     const Verb* verb;
     std::vector<std::string> arguments;  // behind the verb
+    std::string typed = {};              // of the word itself
+    std::string type = {};               // what --type says
 };
 
 // What may stand in one place.
@@ -36,16 +42,41 @@ struct Place {
     bool files = false;
 };
 
+// The words that can follow those of a verb's name which are complete.
+Words VerbWords(std::span<const std::string> complete)
+{
+    std::string before;
+    for (const std::string& word : complete) before += word + " ";
+    Words words;
+    for (const Verb& verb : Verbs()) {
+        if (!verb.name.starts_with(before)) continue;
+        const std::string_view rest = verb.name.substr(before.size());
+        const std::string_view word = rest.substr(0, rest.find(' '));
+        const bool isLast = word.size() == rest.size();
+        if (words.empty() || words.back().word != word)
+            words.push_back({std::string(word), isLast ? std::string(verb.help) : ""});
+    }
+    return words;
+}
+
 Place Files(const Line&)
 {
     return {{}, true};
 }
 
-Place FacesOf(const Line&)
+// By their names; by the ends of these where no whole name begins as it is typed.
+Place FacesOf(const Line& line)
 {
-    Place place;
-    for (const Face& face : ListFaces()) place.words.push_back({face.name, TitleOf(face.ResultXml())});
-    return place;
+    Place place, ends;
+    bool isWhole = false;
+    for (const Face& face : ListFaces()) {
+        const std::string title = TitleOf(face.ResultXml());
+        place.words.push_back({face.name, title});
+        isWhole = isWhole || face.name.starts_with(line.typed);
+        for (std::size_t at = 0; (at = face.name.find_first_of("-.", at)) != std::string::npos;)
+            ends.words.push_back({face.name.substr(++at), title});
+    }
+    return isWhole ? place : ends;
 }
 
 Place FacesAndFiles(const Line& line)
@@ -82,17 +113,33 @@ Place Settings(const Line& line)
 {
     const std::string end = line.verb->name == "setting set" ? "=" : "";
     Place place;
+    if (line.typed.starts_with("timezone=")) {
+        for (const std::string& zone : Timezones()) place.words.push_back({"timezone=" + zone, ""});
+        return place;
+    }
     for (const Platform::SystemSetting& setting : Platform::kSystemSettings)
         place.words.push_back({std::string(setting.name) + end, ""});
     return place;
 }
 
+std::optional<DataUtil::FaceDocument> DocumentOf(const std::string& face)
+{
+    return DataUtil::ParseFace(ReadNamedFile(RequireFace(face).ResultXml())).document;
+}
+
 // The document of the face that the line names.
 std::optional<DataUtil::FaceDocument> NamedFace(const Line& line)
 {
-    if (line.arguments.empty()) return std::nullopt;
-    const Face face = RequireFace(line.arguments[0]);
-    return DataUtil::ParseFace(ReadNamedFile(face.ResultXml())).document;
+    return line.arguments.empty() ? std::nullopt : DocumentOf(line.arguments[0]);
+}
+
+std::vector<const DataUtil::Slot*> WorldClocksOf(const DataUtil::FaceDocument& face)
+{
+    std::vector<const DataUtil::Slot*> slots;
+    for (const DataUtil::Slot& slot : face.slots) {
+        if (slot.OfferOf(std::string(DataUtil::kWorldClockSource))) slots.push_back(&slot);
+    }
+    return slots;
 }
 
 Place Picks(const Line& line)
@@ -111,6 +158,11 @@ Place Placements(const Line& line)
     Place place;
     const auto face = NamedFace(line);
     if (!face) return place;
+    const std::string atZone = line.typed.substr(0, line.typed.find('@'));
+    if (atZone.size() != line.typed.size()) {
+        for (const std::string& zone : Timezones()) place.words.push_back({atZone + "@" + zone, ""});
+        return place;
+    }
     for (const auto& slot : face->slots) {
         for (const auto& offer : slot.offers) place.words.push_back({slot.name + "=" + offer.source, ""});
         place.words.push_back({slot.name + "=empty", ""});
@@ -127,6 +179,68 @@ Place Presets(const Line& line)
     return place;
 }
 
+Place Zones(const Line&)
+{
+    Place place;
+    for (const std::string& zone : Timezones()) place.words.push_back({zone, ""});
+    return place;
+}
+
+Place Groups(const Line& line)
+{
+    Place place;
+    const auto face = NamedFace(line);
+    if (!face) return place;
+    std::set<std::string> groups;
+    for (const DataUtil::Slot* slot : WorldClocksOf(*face)) groups.insert(slot->group);
+    for (const std::string& group : groups) place.words.push_back({group, ""});
+    return place;
+}
+
+Place WorldClocks(const Line&)
+{
+    Platform::ValueStore preferences(Platform::PreferencesPath(std::string(Platform::kServiceId)), 0600);
+    const auto face =
+        DocumentOf(Platform::GetAs<std::string>(preferences, kWorldClockTargetPref).value_or(""));
+    Place place;
+    if (!face) return place;
+    for (const DataUtil::Slot* slot : WorldClocksOf(*face)) place.words.push_back({slot->name, ""});
+    return place;
+}
+
+Place Photos(const Line& line)
+{
+    Place place;
+    const auto face = NamedFace(line);
+    if (!face) return place;
+    for (const auto& photos : face->photos) {
+        for (const std::string& name : PicturesIn(PhotoPath(photos, "")))
+            place.words.push_back({photos.id + "=" + name, ""});
+        place.words.push_back({photos.id + "=", "its default"});
+    }
+    return place;
+}
+
+Place Pictures(const Line& line)
+{
+    Place place;
+    for (const std::string& name : PicturesIn(PicturesFolder(line.type.empty() ? kUsualPictures : line.type)))
+        place.words.push_back({name, ""});
+    return place;
+}
+
+Place LostTimes(const Line&)
+{
+    Place place;
+    for (const std::string& time : TimesOfLost()) place.words.push_back({time, ""});
+    return place;
+}
+
+Place VerbNames(const Line& line)
+{
+    return {VerbWords(line.arguments)};
+}
+
 // What is complete for which option: by its name, or by what it takes; a positional by its name. The first
 // row counts whose verb the line's begins with.
 struct Completer {
@@ -140,7 +254,10 @@ constexpr Completer kCompleters[] = {
     {"setting",  "NAME",       Settings},
     {"set",      "NAME",       FacesOf},
     {"evaluate", "NAME",       FacesOf},
+    {"bg del",   "NAME",       Pictures},
     {"bg",       "--type",     nullptr, "gallery-u1 gallery digital"},
+    {"doctor",   "--undo",     LostTimes},
+    {"manual",   "VERB",       VerbNames},
     {"",         "NAME=VALUE", Settings},
     {"",         "--type",     nullptr, "string int bool"},
     {"",         "--language", nullptr, "en_GB en_US de_DE ko_KR ja_JP ar_EG"},
@@ -156,6 +273,11 @@ constexpr Completer kCompleters[] = {
     {"",         "--pick",     Picks},
     {"",         "--place",    Placements},
     {"",         "--preset",   Presets},
+    {"",         "--photo",    Photos},
+    {"",         "--timezone", Zones},
+    {"",         "AREA/CITY[:CITY]", Zones},
+    {"",         "GROUP",      Groups},
+    {"",         "SLOT",       WorldClocks},
     {"",         "DIR",        Files},
     {"",         "PNG",        Files},
     {"",         "-o",         Files},
@@ -192,23 +314,6 @@ Place PlaceOf(const CLI::Option& option, const Line& line)
     return {};
 }
 
-// The words that can follow those of a verb's name which are complete.
-Words VerbWords(std::span<const std::string> complete)
-{
-    std::string before;
-    for (const std::string& word : complete) before += word + " ";
-    Words words;
-    for (const Verb& verb : Verbs()) {
-        if (!verb.name.starts_with(before)) continue;
-        const std::string_view rest = verb.name.substr(before.size());
-        const std::string_view word = rest.substr(0, rest.find(' '));
-        const bool isLast = word.size() == rest.size();
-        if (words.empty() || words.back().word != word)
-            words.push_back({std::string(word), isLast ? std::string(verb.help) : ""});
-    }
-    return words;
-}
-
 Words OptionWords(const CLI::App& parser)
 {
     Words words;
@@ -222,12 +327,13 @@ Words OptionWords(const CLI::App& parser)
 // Goes through what is typed behind a verb, up to the place that is completed.
 class Behind {
 public:
-    Behind(const Verb& verb, CLI::App& parser) : mLine{&verb, {}}, mParser(parser) {}
+    Behind(const Verb& verb, CLI::App& parser) : mLine{&verb, {}, {}, {}}, mParser(parser) {}
 
     void Take(const std::string& word)
     {
         if (mOpen) {
             if (Names(*mOpen, "--root")) mRoot = word;
+            if (Names(*mOpen, "--type")) mLine.type = word;
             mOpen = nullptr;
         } else if (word.starts_with("-")) {
             const CLI::Option* option = mParser.get_option_no_throw(word);
@@ -241,7 +347,9 @@ public:
     {
         if (!mOpen && typed.starts_with("-")) return {OptionWords(mParser), false};
         SelectWatch(mRoot);
-        if (mOpen) return PlaceOf(*mOpen, mLine);
+        Line line = mLine;
+        line.typed = typed;
+        if (mOpen) return PlaceOf(*mOpen, line);
         const CLI::Option* last = nullptr;
         std::size_t number = 0;
         for (const CLI::Option* option : mParser.get_options()) {
@@ -250,7 +358,7 @@ public:
             if (number++ == mLine.arguments.size()) break;
         }
         const bool isTaken = last && number <= mLine.arguments.size() && last->get_items_expected_max() <= 1;
-        return last && !isTaken ? PlaceOf(*last, mLine) : Place();
+        return last && !isTaken ? PlaceOf(*last, line) : Place();
     }
 
 private:

@@ -56,6 +56,10 @@ TEST_F(AWatch, shows_colours_by_their_roles_and_world_clocks_by_their_groups)
 {
     EXPECT_THAT(Run({"show", kClassic}).out, HasSubstr("accent=#3F8FE0\n"));
     EXPECT_THAT(Run({"show", "c4"}).out, HasSubstr("world-clock group zone\n"));
+    const Result shown = Run({"world-clock", "show", "c4", "city"});
+    EXPECT_EQ(shown.status, 1);
+    EXPECT_THAT(shown.err, HasSubstr("its groups: zone, zones; "));
+    EXPECT_THAT(Run({"world-clock", "show", "c1", "zone"}).err, HasSubstr("it has no world clock; "));
 }
 
 TEST_F(AWatch, shows_what_a_face_offers)
