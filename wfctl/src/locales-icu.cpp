@@ -157,8 +157,8 @@ std::string CountryProblem(const std::string& country)
     if (withLikely && languageOf && countryCode && HasOnly(country, "") && *countryCode(alone.c_str())) {
         char likely[ULOC_FULLNAME_CAPACITY] = "", language[ULOC_LANG_CAPACITY] = "";
         UErrorCode status = U_ZERO_ERROR;
-        withLikely(alone.c_str(), likely, sizeof likely, &status);
-        languageOf(likely, language, sizeof language, &status);
+        withLikely(alone.c_str(), likely, ULOC_FULLNAME_CAPACITY, &status);
+        languageOf(likely, language, ULOC_LANG_CAPACITY, &status);
         if (U_SUCCESS(status)) meant = std::string(language) + "_" + country;
     }
     return Problem("country", country, meant.empty() ? MeantLanguage(country) : meant, "en_GB");
