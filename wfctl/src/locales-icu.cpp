@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -105,7 +106,7 @@ std::string_view WithNearCity(std::string_view typed, const std::vector<std::str
         return city;
     };
     std::vector<std::string> cities;
-    for (const std::string& id : ids) cities.push_back(cityOf(id));
+    std::ranges::transform(ids, std::back_inserter(cities), cityOf);
     const std::string_view nearest = DataUtil::NearestName(cityOf(typed), {cities.begin(), cities.end()});
     const auto at = std::ranges::find(cities, nearest);
     return nearest.empty() ? std::string_view() : ids[static_cast<std::size_t>(at - cities.begin())];

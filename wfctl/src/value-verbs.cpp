@@ -54,8 +54,11 @@ struct KeyStore {
         const int code = Platform::SetKey(values, connection->Get(), key, value);
         if (code != 0)
             throw Stop(Exit::kError, "the key [" + key + "] could not be written: " + sqlite3_errstr(code));
-        sd_bus_flush(connection->Get());
+        BeHeard();
     }
+
+    // The bus drops what it has not read of a program that is gone when it has something to write to it.
+    void BeHeard() { connection->RoundTrip(); }
 };
 
 void CheckWritten(int code, const std::string& what, const std::string& key)
@@ -186,7 +189,7 @@ Exit KeyUnset(const Options& options, const ValueArguments& arguments)
         CheckWritten(store.values.Unset(key), "key", key);
         Platform::AnnounceKey(store.connection->Get(), key);
     }
-    sd_bus_flush(store.connection->Get());
+    store.BeHeard();
     PrintUnset(options, arguments.keys);
     return Exit::kDone;
 }
