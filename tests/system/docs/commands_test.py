@@ -111,7 +111,10 @@ class APage(unittest.TestCase):
                 allowed = " || ".join("[ $status -eq %d ]" % s for s in statuses(command))
                 script += "status=$?; %s || { echo \"@@ status $status\"; exit 98; }\n" % allowed
         done = self.shell(script + "wait\n")
-        self.assertEqual(done.returncode, 0, "%s\n%s" % (page, done.stdout[-3000:]))
+        self.assertEqual(done.returncode, 0, "%s\n%s\n%s" % (page, done.stdout[-3000:], self.logs()))
+
+    def logs(self):
+        return "\n".join("%s:\n%s" % (log, log.read_text(errors="replace")[-4000:]) for log in self.tmp.glob("*/watch.log"))
 
 
 def test_of(page):
