@@ -414,26 +414,31 @@ TEST_F(APortWithABurstOfAnUnknownSender, has_a_bound_for_all_of_them_together)
 
 TEST_F(ATrustedPort, lets_senders_take_turns_when_more_has_come)
 {
+    constexpr int kMessages = 10, kMostRounds = 50;
     Peer other(bus.Address());
     home.Own(kHome);
     other.Own("com.example.second");
     ASSERT_EQ(AnswerTo(home, kHome), "");
     ASSERT_EQ(AnswerTo(other, "com.example.second"), "");
-    received.clear();
-    for (int i = 0; i < 100; ++i)
-        home.Send(kHome, *Bundle({
-                             {"type", std::to_string(i)}
+    const auto deliveredBeforeTheOther = [&] {
+        received.clear();
+        for (int i = 0; i < kMessages; ++i)
+            home.Send(kHome, *Bundle({
+                                 {"type", std::to_string(i)}
+            }));
+        home.WaitUntilRouted();
+        other.Send("com.example.second", *Bundle({
+                                             {"type", "hello"}
         }));
-    home.WaitUntilRouted();
-    other.Send("com.example.second", *Bundle({
-                                         {"type", "hello"}
-    }));
-    other.WaitUntilRouted();
-    ASSERT_TRUE(RunUntil([&] { return received.size() == 101; }));
-    const auto second =
-        std::ranges::find_if(received, [](const Received& one) { return one.Text("type") == "hello"; });
-    // How many are delivered before it depends on how many are read in a slice of time.
-    EXPECT_LT(second - received.begin(), 100);
+        other.WaitUntilRouted();
+        EXPECT_TRUE(RunUntil([&] { return received.size() == kMessages + 1; }));
+        return std::ranges::find(received, "hello", [](const Received& one) { return one.Text("type"); }) -
+               received.begin();
+    };
+    // What has come is read in slices of time, which end early in a process that has to wait for a processor.
+    auto before = deliveredBeforeTheOther();
+    for (int round = 1; before > 2 && round < kMostRounds; ++round) before = deliveredBeforeTheOther();
+    EXPECT_LE(before, 2);
 }
 
 TEST_F(ATrustedPort, refuses_another_user)
