@@ -30,7 +30,8 @@ PreviewReport CheckPreview(const Face& face)
     const PngFacts picture = LookAtPng(face.Preview());
     if (picture.kind == PictureKind::kNone) return {PreviewState::kNoPng, picture};
     if (picture.kind == PictureKind::kBlank) return {PreviewState::kBlank, picture};
-    const bool isOlder = std::filesystem::exists(face.WatchfaceXml(), error) &&
+    // In the read-only area times say when the files were copied there, in any order.
+    const bool isOlder = face.writable && std::filesystem::exists(face.WatchfaceXml(), error) &&
                          !IsNotOlder(face.Preview(), face.WatchfaceXml());
     return {isOlder ? PreviewState::kOlder : PreviewState::kGood, picture};
 }

@@ -135,6 +135,10 @@ TEST_F(AWatch, that_is_down_is_looked_at_by_verbs_that_read_files)
     // Not those beside the programs: faces are found where the watch had them.
     const std::string faces = mFolder + "/faces";
     fs::copy(STAGED_FACES, faces, fs::copy_options::recursive);
+    // Copied before its document, which says nothing of whether it is the document's.
+    fs::last_write_time(
+        faces + "/com.corvane.watchface/shared/res/watchlist/" + kDigital + "/" + kDigital + ".png",
+        fs::file_time_type::min());
     ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
     ASSERT_EQ(Wfctl({"up", "--root", mRoot, "--resources", faces}).status, 0);
     ASSERT_EQ(Wfctl({"edit", "c1", "--pick", "dial=roman", "--root", mRoot}).status, 0);
