@@ -21,6 +21,8 @@ constexpr std::size_t kLongestFaceId = 128;
 constexpr std::size_t kLongestLabel = 32;
 constexpr std::size_t kLongestShortText = 64;
 constexpr std::string_view kZoneFolder = "/zoneinfo/";
+constexpr const char* kShortTextWords = "1 to 64 characters, none of them a control character";
+constexpr const char* kShortTextPattern = ".{1,64}";
 
 bool IsDigit(char c)
 {
@@ -356,8 +358,9 @@ constexpr TextSyntax kTextSyntaxes[] = {
     {ValueKind::kPrefix, Unchanged<IsPrefix>, "1 to 8 capital letters and digits", "[A-Z0-9]{1,8}"},
     {ValueKind::kFileName, Unchanged<IsFileName>,
      "a bare file name of at most 255 bytes, without \"/\" and control characters", "[^/]{1,255}"},
-    {ValueKind::kShortText, Unchanged<IsShortText>, "1 to 64 characters, none of them a control character",
-     ".{1,64}"},
+    {ValueKind::kShortText, Unchanged<IsShortText>, kShortTextWords, kShortTextPattern},
+    {ValueKind::kZoneName, Unchanged<IsShortText>, kShortTextWords, kShortTextPattern},
+    {ValueKind::kCountry, Unchanged<IsShortText>, kShortTextWords, kShortTextPattern},
     {ValueKind::kZonePath, Unchanged<IsZonePath>,
      "a time zone as \"Asia/Tokyo\" or as a path that has it behind \"/zoneinfo/\"",
      "(/([A-Za-z0-9_+\\-]+/)*zoneinfo/)?[A-Za-z0-9_+\\-]+(/[A-Za-z0-9_+\\-]+)*"},
@@ -446,7 +449,7 @@ std::optional<std::string> CanonicalValue(const AttributeRule& rule, std::string
         if (value) return value;
         problem = syntax->expected;
         const std::string meant = ProbableValue(rule, raw);
-        if (!meant.empty()) problem += "; did you mean " + Quoted(meant) + "?";
+        if (!meant.empty()) problem += OrMeant(meant);
     } else {
         const auto names = NamesOf(rule);
         if (std::find(names.begin(), names.end(), raw) != names.end()) value = raw;

@@ -51,6 +51,8 @@ enum class ValueKind {
     kFileName,    // a bare name
     kShortText,   // one line
     kZonePath,    // a time zone, by id or by path
+    kZoneName,    // a time zone as its source names it, one line
+    kCountry,     // a country as it is shown, one line
 };
 
 // The `fallback` of an attribute that must be there; recognised by its address.

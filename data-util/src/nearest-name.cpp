@@ -64,8 +64,13 @@ std::string_view NearestName(std::string_view name, const std::vector<std::strin
 std::string Suggestion(std::string_view name, const std::vector<std::string_view>& candidates)
 {
     const std::string_view nearest = NearestName(name, candidates);
-    if (!nearest.empty()) return std::string(kMeans) + std::string(nearest) + std::string(kMeansEnd);
+    if (!nearest.empty()) return OrMeant(nearest);
     return candidates.size() > kFewCandidates ? "" : Listed("; known:", candidates);
+}
+
+std::string OrMeant(std::string_view meant)
+{
+    return std::string(kMeans) + std::string(meant) + std::string(kMeansEnd);
 }
 
 std::string Listed(std::string_view before, const std::vector<std::string_view>& names)

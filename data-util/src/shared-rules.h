@@ -190,13 +190,13 @@ inline constexpr AttributeRule kStopAttributes[] = {
     {"color",  ValueKind::kColor, kRequired},
 };
 inline constexpr AttributeRule kZone[] = {
-    {"timezone",      ValueKind::kShortText},
+    {"timezone",      ValueKind::kZoneName},
     {"timezone-path", ValueKind::kZonePath},
 };
 // What a world clock shows.
 inline constexpr AttributeRule kCity[] = {
     {"city",    ValueKind::kShortText},
-    {"country", ValueKind::kShortText},
+    {"country", ValueKind::kCountry},
 };
 inline constexpr auto kWorldClock = Joined(kCity, kZone);
 inline constexpr char kRoles[] = "text icon-text gauge arc city dial";
