@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 #include "arguments.h"
 #include "documents.h"
@@ -10,6 +11,7 @@
 #include "exit-status.h"
 #include "face-document.h"
 #include "json-text.h"
+#include "locale-findings.h"
 #include "locales-icu.h"
 #include "picture-output.h"
 #include "private-watch.h"
@@ -32,12 +34,14 @@ struct RenderArguments {
 
 Exit FlattenFile(const Options& options, const FlattenArguments& arguments)
 {
-    const DataUtil::ParseResult parsed = DataUtil::ParseFace(ReadNamedFile(arguments.file));
-    if (!options.json) PrintFindings(arguments.file, parsed.findings);
+    const std::string text = ReadNamedFile(arguments.file);
+    const DataUtil::ParseResult parsed = DataUtil::ParseFace(text);
+    const std::vector<DataUtil::Finding> all = WithUnknownLocales(text, parsed.findings);
+    if (!options.json) PrintFindings(arguments.file, all);
     const std::string flat = parsed.document ? DataUtil::Flatten(*parsed.document) : std::string();
     if (parsed.document && !arguments.out.empty()) WriteFile(arguments.out, flat);
     if (options.json) {
-        const Json findings = FindingsJson(arguments.file, parsed.findings);
+        const Json findings = FindingsJson(arguments.file, all);
         PrintLine(JsonLine(Json::object({
             {"accepted",  parsed.document.has_value()                 },
             {"findings",  findings                                    },

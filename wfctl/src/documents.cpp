@@ -1,10 +1,12 @@
 #include "documents.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "exit-status.h"
 #include "nearest-name.h"
@@ -58,6 +60,16 @@ void WriteFile(const std::string& path, const std::string& text)
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << text << std::flush;
     if (!file) throw Stop(Exit::kError, "the file [" + path + "] cannot be written: " + std::strerror(errno));
+}
+
+std::vector<DataUtil::Finding> Merged(std::vector<DataUtil::Finding> findings,
+                                      const std::vector<DataUtil::Finding>& more)
+{
+    findings.insert(findings.end(), more.begin(), more.end());
+    std::ranges::stable_sort(findings, {}, [](const DataUtil::Finding& finding) {
+        return std::pair(finding.line, finding.column);
+    });
+    return findings;
 }
 
 std::string FindingLine(const std::string& file, const DataUtil::Finding& finding)

@@ -30,6 +30,10 @@ bool IsFileName(const std::string& what);
 
 void WriteFile(const std::string& path, const std::string& text);
 
+// Findings of one document, by place.
+std::vector<DataUtil::Finding> Merged(std::vector<DataUtil::Finding> findings,
+                                      const std::vector<DataUtil::Finding>& more);
+
 // "file:line:col: code: message".
 std::string FindingLine(const std::string& file, const DataUtil::Finding& finding);
 

@@ -17,6 +17,7 @@
 #include "face-document.h"
 #include "faces.h"
 #include "json-text.h"
+#include "locale-findings.h"
 #include "process.h"
 #include "settings.h"
 #include "temporary-folder.h"
@@ -34,7 +35,7 @@ constexpr char kDrawingProgram[] = "watchface-capture";
 Drawable FlattenedInto(const std::string& scratch, const std::string& file, const std::string& text)
 {
     const DataUtil::ParseResult parsed = DataUtil::ParseFace(text);
-    PrintFindings(file, parsed.findings);
+    PrintFindings(file, WithUnknownLocales(text, parsed.findings));
     if (!parsed.document) throw Stop(Exit::kError, "[" + file + "] is refused, so there is nothing to draw");
     const std::string& id = parsed.document->id;
     WriteFile(scratch + "/watchface.xml", DataUtil::Flatten(*parsed.document));

@@ -12,6 +12,7 @@
 #include "face-update.h"
 #include "faces.h"
 #include "json-text.h"
+#include "locale-findings.h"
 #include "photo-files.h"
 #include "picture-output.h"
 #include "private-watch.h"
@@ -44,7 +45,7 @@ DataUtil::FaceDocument ParsedOrRefused(const std::string& file, const std::strin
 {
     DataUtil::ParseResult parsed = DataUtil::ParseFace(xml);
     if (parsed.document) return *std::move(parsed.document);
-    PrintFindings(file, parsed.findings);
+    PrintFindings(file, WithUnknownLocales(xml, parsed.findings));
     throw Stop(Exit::kError, "[" + file + "] is refused; type: wfctl validate " + ShellQuoted(file));
 }
 

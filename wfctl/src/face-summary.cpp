@@ -8,6 +8,7 @@
 
 #include "exit-status.h"
 #include "face-document.h"
+#include "locale-findings.h"
 #include "xml-gate.h"
 
 namespace Wfctl {
@@ -262,7 +263,7 @@ Json SummaryOfResult(const std::string& file, const std::string& xml, const std:
 {
     const DataUtil::ParseResult parsed = DataUtil::ParseFace(xml);
     if (!parsed.document) {
-        PrintFindings(file, parsed.findings);
+        PrintFindings(file, WithUnknownLocales(xml, parsed.findings));
         throw Stop(Exit::kError, "[" + file + "] is refused");
     }
     const FaceDocument& document = *parsed.document;

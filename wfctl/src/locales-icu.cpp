@@ -1,6 +1,7 @@
 #include "locales-icu.h"
 
 #include <unicode/ucal.h>
+#include <unicode/uchar.h>
 #include <unicode/uenum.h>
 #include <unicode/uloc.h>
 #include <unicode/ustring.h>
@@ -42,30 +43,6 @@ bool HasCutPart(const std::string& language)
     return false;
 }
 
-bool IsKnownLanguage(const std::string& language)
-{
-    static const auto languageCode = LATE_ICU_UC(uloc_getISO3Language);
-    static const auto country = LATE_ICU_UC(uloc_getCountry);
-    static const auto countryCode = LATE_ICU_UC(uloc_getISO3Country);
-    if (!languageCode || !country || !countryCode) return true;
-    if (!HasOnly(language, "_-") || HasCutPart(language) || !*languageCode(language.c_str())) return false;
-    char named[ULOC_COUNTRY_CAPACITY];
-    UErrorCode status = U_ZERO_ERROR;
-    const bool hasCountry =
-        country(language.c_str(), named, ULOC_COUNTRY_CAPACITY, &status) > 0 || U_FAILURE(status);
-    return !hasCountry || *countryCode(language.c_str());
-}
-
-std::vector<std::string_view> Languages()
-{
-    static const auto count = LATE_ICU_UC(uloc_countAvailable);
-    static const auto available = LATE_ICU_UC(uloc_getAvailable);
-    std::vector<std::string_view> languages;
-    if (!count || !available) return languages;
-    for (int32_t i = 0; i < count(); ++i) languages.emplace_back(available(i));
-    return languages;
-}
-
 // What ICU writes as wide characters, as UTF-8; nothing when it fails. `write` takes the room, its length and
 // the status, and gives the length.
 template <typename Write>
@@ -81,6 +58,65 @@ std::optional<std::string> Utf8Of(const Write& write)
     if (toUtf8) toUtf8(text, 3 * kMost, &bytes, wide, std::min(length, kMost), &status);
     if (!toUtf8 || U_FAILURE(status)) return std::nullopt;
     return std::string(text, static_cast<std::size_t>(bytes));
+}
+
+// What a country's code, or an area's as "419", is called in a language; the code where it is not known.
+std::string CountryName(const std::string& code, const char* language)
+{
+    static const auto displayCountry = LATE_ICU_UC(uloc_getDisplayCountry);
+    if (!displayCountry) return code;
+    const std::string locale = "und_" + code;
+    const auto name = Utf8Of([&](UChar* wide, int32_t most, UErrorCode* status) {
+        return displayCountry(locale.c_str(), language, wide, most, status);
+    });
+    return name.value_or(code);
+}
+
+// A part of a language, or an empty text where it has none.
+template <typename Get>
+std::string PartOf(const std::string& language, const Get& get)
+{
+    char part[ULOC_FULLNAME_CAPACITY] = "";
+    UErrorCode status = U_ZERO_ERROR;
+    get(language.c_str(), part, ULOC_FULLNAME_CAPACITY, &status);
+    return U_SUCCESS(status) ? part : "?";
+}
+
+bool IsKnownScript(const std::string& language)
+{
+    static const auto script = LATE_ICU_UC(uloc_getScript);
+    static const auto valueOf = LATE_ICU_UC(u_getPropertyValueEnum);
+    if (!script || !valueOf) return true;
+    const std::string code = PartOf(language, script);
+    return code.empty() || valueOf(UCHAR_SCRIPT, code.c_str()) != UCHAR_INVALID_CODE;
+}
+
+bool IsKnownCountry(const std::string& language)
+{
+    static const auto country = LATE_ICU_UC(uloc_getCountry);
+    static const auto countryCode = LATE_ICU_UC(uloc_getISO3Country);
+    if (!country || !countryCode) return true;
+    const std::string code = PartOf(language, country);
+    const bool isArea = code.find_first_not_of("0123456789") == std::string::npos;
+    return isArea ? code.empty() || CountryName(code, "en") != code : *countryCode(language.c_str()) != 0;
+}
+
+bool IsKnownLanguage(const std::string& language)
+{
+    static const auto languageCode = LATE_ICU_UC(uloc_getISO3Language);
+    if (!languageCode) return true;
+    return HasOnly(language, "_-") && !HasCutPart(language) && *languageCode(language.c_str()) &&
+           IsKnownScript(language) && IsKnownCountry(language);
+}
+
+std::vector<std::string_view> Languages()
+{
+    static const auto count = LATE_ICU_UC(uloc_countAvailable);
+    static const auto available = LATE_ICU_UC(uloc_getAvailable);
+    std::vector<std::string_view> languages;
+    if (!count || !available) return languages;
+    for (int32_t i = 0; i < count(); ++i) languages.emplace_back(available(i));
+    return languages;
 }
 
 // The shortest id that holds the last part of what was typed: people know the city, not its continent.
@@ -112,10 +148,85 @@ std::string_view WithNearCity(std::string_view typed, const std::vector<std::str
     return nearest.empty() ? std::string_view() : ids[static_cast<std::size_t>(at - cities.begin())];
 }
 
-std::string MeantLanguage(std::string language)
+// The codes of all countries.
+std::vector<std::string> Countries()
 {
-    std::replace(language.begin(), language.end(), '-', '_');  // as ICU writes it
-    return std::string(DataUtil::NearestName(language, Languages()));
+    static const auto list = LATE_ICU_UC(uloc_getISOCountries);
+    std::vector<std::string> codes;
+    for (const char* const* code = list ? list() : nullptr; code && *code; ++code) codes.emplace_back(*code);
+    return codes;
+}
+
+bool HasZone(const std::string& country, const std::string& id)
+{
+    const std::vector<std::string> ids = Timezones(country.c_str());
+    return std::ranges::find(ids, id) != ids.end();
+}
+
+// The language that most people of a country speak: "en" of "GB". Empty for what is no country's code.
+std::string LanguageOfCountry(const std::string& country)
+{
+    static const auto withLikely = LATE_ICU_UC(uloc_addLikelySubtags);
+    static const auto languageOf = LATE_ICU_UC(uloc_getLanguage);
+    static const auto countryCode = LATE_ICU_UC(uloc_getISO3Country);
+    const std::string alone = "und_" + country;  // where the language is missing
+    if (!withLikely || !languageOf || !countryCode || !HasOnly(country, "") || !*countryCode(alone.c_str()))
+        return {};
+    return PartOf(PartOf(alone, withLikely), languageOf);
+}
+
+// Of a language that begins with a country's code, the one that is spoken there: "ja" of "jp".
+std::string WithLanguageOfCountry(const std::string& typed)
+{
+    const std::size_t end = std::min(typed.find('_'), typed.size());
+    const std::string language = LanguageOfCountry(typed.substr(0, end));
+    return language.empty() ? "" : language + typed.substr(end);
+}
+
+// With the code of a country in place of another of the same name: "en_GB" of "en_UK".
+std::string WithCodeOfSameName(const std::string& typed)
+{
+    const std::size_t begin = typed.rfind('_') + 1;
+    if (begin == 0 || !HasOnly(typed, "_")) return {};
+    const std::string name = CountryName(typed.substr(begin), "en");
+    for (const std::string& code : Countries()) {
+        if (CountryName(code, "en") == name) return typed.substr(0, begin) + code;
+    }
+    return {};
+}
+
+// Custom ones, such as "GMT+9", included.
+bool IsKnownZone(const std::string& id)
+{
+    static const auto canonical = LATE_ICU_I18N(ucal_getCanonicalTimeZoneID);
+    if (!canonical) return true;
+    if (!HasOnly(id, "_+-/:") || id == UCAL_UNKNOWN_ZONE_ID) return false;
+    UChar typed[kLongestName], found[kLongestName];
+    std::ranges::copy(id, typed);
+    UErrorCode status = U_ZERO_ERROR;
+    canonical(typed, static_cast<int32_t>(id.size()), found, static_cast<int32_t>(kLongestName), nullptr,
+              &status);
+    return U_SUCCESS(status);
+}
+
+// Only letters, small ones: "Vietnam" is also written "Viet Nam".
+std::string Letters(std::string_view name)
+{
+    std::string letters;
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80 || std::isalpha(byte)) letters += static_cast<char>(std::tolower(byte));
+    }
+    return letters;
+}
+
+// Whether some language calls the country so.
+bool IsNameOf(std::string_view name, const std::string& country)
+{
+    const auto isSo = [&](std::string_view language) {
+        return Letters(CountryName(country, std::string(language).c_str())) == Letters(name);
+    };
+    return std::ranges::any_of(Languages(), isSo);
 }
 
 std::string Problem(const char* what, const std::string& text, std::string_view meant, const char* example)
@@ -141,55 +252,64 @@ std::vector<std::string> Timezones(const char* country)
     return ids;
 }
 
+Meant MeantLanguage(const std::string& language)
+{
+    if (IsKnownLanguage(language)) return std::nullopt;
+    std::string typed = language;
+    std::ranges::replace(typed, '-', '_');  // as ICU writes it
+    for (const std::string& meant : {WithLanguageOfCountry(typed), WithCodeOfSameName(typed)}) {
+        if (!meant.empty() && IsKnownLanguage(meant)) return meant;
+    }
+    return std::string(DataUtil::NearestName(typed, Languages()));
+}
+
+Meant MeantTimezone(const std::string& timezone)
+{
+    const std::string id(Platform::ZoneIdOf(timezone));
+    if (IsKnownZone(id)) return std::nullopt;
+    const std::vector<std::string> ids = Timezones();
+    std::string_view meant = WithSameCity(id, ids);
+    if (meant.empty()) meant = DataUtil::NearestName(id, {ids.begin(), ids.end()});
+    if (meant.empty()) meant = WithNearCity(id, ids);
+    return std::string(meant);
+}
+
+Meant MeantCountry(const std::string& name, const std::string& timezone)
+{
+    const std::string id(Platform::ZoneIdOf(timezone));
+    for (const std::string& country : Countries()) {
+        const std::string english = CountryName(country, "en");
+        const bool isNear = !DataUtil::NearestName(name, {english}).empty();
+        if (isNear && HasZone(country, id)) return IsNameOf(name, country) ? std::nullopt : Meant(english);
+    }
+    return std::nullopt;
+}
+
 std::string LanguageProblem(const std::string& language)
 {
-    if (IsKnownLanguage(language)) return {};
-    return Problem("language", language, MeantLanguage(language), "de_DE");
+    const Meant meant = MeantLanguage(language);
+    return meant ? Problem("language", language, *meant, "de_DE") : "";
 }
 
 std::string CountryProblem(const std::string& country)
 {
-    static const auto withLikely = LATE_ICU_UC(uloc_addLikelySubtags);
-    static const auto languageOf = LATE_ICU_UC(uloc_getLanguage);
-    static const auto countryCode = LATE_ICU_UC(uloc_getISO3Country);
-    if (IsKnownLanguage(country)) return {};
-    const std::string alone = "und_" + country;  // where the language is missing
-    std::string meant;
-    if (withLikely && languageOf && countryCode && HasOnly(country, "") && *countryCode(alone.c_str())) {
-        char likely[ULOC_FULLNAME_CAPACITY] = "", language[ULOC_LANG_CAPACITY] = "";
-        UErrorCode status = U_ZERO_ERROR;
-        withLikely(alone.c_str(), likely, ULOC_FULLNAME_CAPACITY, &status);
-        languageOf(likely, language, ULOC_LANG_CAPACITY, &status);
-        if (U_SUCCESS(status)) meant = std::string(language) + "_" + country;
-    }
-    return Problem("country", country, meant.empty() ? MeantLanguage(country) : meant, "en_GB");
+    const Meant meant = MeantLanguage(country);
+    if (!meant) return {};
+    const std::string language = LanguageOfCountry(country);
+    return Problem("country", country, language.empty() ? *meant : language + "_" + country, "en_GB");
 }
 
 std::string TimezoneProblem(const std::string& timezone)
 {
-    const std::string_view id = Platform::ZoneIdOf(timezone);
-    const std::vector<std::string> ids = Timezones();
-    if (ids.empty() || std::find(ids.begin(), ids.end(), id) != ids.end()) return {};
-    std::string_view meant = WithSameCity(id, ids);
-    if (meant.empty()) meant = DataUtil::NearestName(id, {ids.begin(), ids.end()});
-    if (meant.empty()) meant = WithNearCity(id, ids);
-    return Problem("time zone", timezone, meant, "Europe/Berlin");
+    const Meant meant = MeantTimezone(timezone);
+    return meant ? Problem("time zone", timezone, *meant, "Europe/Berlin") : "";
 }
 
 std::string CountryOfTimezone(const std::string& timezone)
 {
-    static const auto countries = LATE_ICU_UC(uloc_getISOCountries);
-    static const auto displayCountry = LATE_ICU_UC(uloc_getDisplayCountry);
-    if (!countries || !displayCountry) return {};
     const std::string id(Platform::ZoneIdOf(timezone));
-    for (const char* const* country = countries(); *country; ++country) {
-        const std::vector<std::string> ids = Timezones(*country);
-        if (std::find(ids.begin(), ids.end(), id) == ids.end()) continue;
-        const std::string locale = std::string("und_") + *country;
-        const auto name = Utf8Of([&](UChar* wide, int32_t most, UErrorCode* status) {
-            return displayCountry(locale.c_str(), "en", wide, most, status);
-        });
-        return name.value_or("");
+    for (const std::string& country : Countries()) {
+        if (HasZone(country, id)) return CountryName(country, "en");
     }
     return {};
 }

@@ -12,6 +12,7 @@
 #include "faces.h"
 #include "flat-checks.h"
 #include "json-text.h"
+#include "locale-findings.h"
 #include "private-watch.h"
 #include "verb-table.h"
 
@@ -55,13 +56,10 @@ Checked Check(const std::string& file)
         checked.findings = std::move(parsed.findings);
         if (parsed.document) {
             const auto assets = DataUtil::CheckAssets(*parsed.document, FoldersOfFile(file, facts.id));
-            checked.findings.insert(checked.findings.end(), assets.begin(), assets.end());
+            checked.findings = Merged(std::move(checked.findings), assets);
         }
     }
-    std::stable_sort(checked.findings.begin(), checked.findings.end(),
-                     [](const DataUtil::Finding& one, const DataUtil::Finding& other) {
-                         return std::pair(one.line, one.column) < std::pair(other.line, other.column);
-                     });
+    checked.findings = WithUnknownLocales(text, std::move(checked.findings));
     checked.isGood =
         std::none_of(checked.findings.begin(), checked.findings.end(),
                      [](const DataUtil::Finding& one) { return one.severity == DataUtil::Severity::kError; });

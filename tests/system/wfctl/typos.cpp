@@ -11,6 +11,8 @@ using testing::Not;
 
 namespace {
 
+constexpr char kMeridian[] = "com.corvane.watchface-mirel-c4";
+
 struct Slip {
     const char* of;   // what is mistyped
     Arguments typed;  // "%/" is the test's folder
@@ -75,6 +77,8 @@ const Slip kSlips[] = {
     {"language of a sheet",    {"sheet", "c1", "-o", "%/x.png", "--language", "de_D"}, 0, "did you mean de_DE?"},
     {"zone of a picture",      {"render", "c1", "-o", "%/x.png", "--timezone", "Asia/Tokio"}, 0, "did you mean Asia/Tokyo?"},
     {"skeleton",               {"date", "HH:mm"}, 2, "did you mean --pattern?"},
+    {"zone in a picture",      {"render", "%/typed_result.xml", "-o", "%/x.png"}, 0, "did you mean \"Asia/Tokyo\"?"},
+    {"zone in a document",     {"flatten", "%/typed_result.xml", "-o", "%/x.xml"}, 0, "did you mean \"Asia/Tokyo\"?"},
     // stored values
     {"key",                    {"key", "get", "my/onw-key"}, 10, "did you mean my/own-key? type: wfctl key list"},
     {"key to unset",           {"key", "unset", "my/onw-key"}, 10, "did you mean my/own-key?"},
@@ -126,6 +130,8 @@ protected:
         fs::copy_file(StagedResultXml(kClassic), mFolder + "/my-face_result.xml");
         fs::copy_file(ReadOnlyFace(kClassic) + kClassic + ".png", mFolder + "/holiday.png");
         fs::create_directory(mFolder + "/my-watch");
+        std::string clocks = ContentsOf(StagedResultXml(kMeridian));
+        Holding("typed_result.xml", clocks.replace(clocks.find("Asia/Tokyo"), 10, "Asia/Tokio"));
         Run({"bg", "add", mFolder + "/holiday.png"});
         Run({"key", "set", "my/own-key", "1"});
         Run({"pref", "set", kService, "my-pref", "1"});
@@ -162,8 +168,10 @@ namespace {
 
 struct DocumentSlip {
     const char* of;
-    const char *right, *typed;  // the first place in the classic face's document
+    const char *right, *typed;  // the first place in the face's document
     const char* nearest;
+    const char* severity = "error";
+    const char* face = kClassic;
 };
 
 // clang-format off
@@ -183,6 +191,13 @@ const DocumentSlip kDocumentSlips[] = {
     {"language of the defaults", "default-language=\"en\"", "default-language=\"eng\"", "en"},
     {"font",                     "font=\"serif\"", "font=\"seriff\"", "serif"},
     {"turn of numerals",         "turn=\"radial\"", "turn=\"radail\"", "radial"},
+    {"language of texts",        "strings language=\"ja\"", "strings language=\"jp\"", "ja", "warning"},
+    {"country of a language",    "strings language=\"de\"", "strings language=\"de-DX\"", "de-DE", "warning"},
+    {"zone of a world clock",    "timezone-path=\"America/New_York\"", "timezone-path=\"America/NewYork\"", "America/New_York", "warning", kMeridian},
+    {"path of a zone",           "timezone-path=\"Asia/Tokyo\"", "timezone-path=\"/usr/share/zoneinfo/Asia/Tokio\"", "/usr/share/zoneinfo/Asia/Tokyo", "warning", kMeridian},
+    {"name of a zone",           "timezone-path=\"Asia/Tokyo\"", "timezone=\"Asia/Tokio\" timezone-path=\"Asia/Tokyo\"", "Asia/Tokyo", "warning", kMeridian},
+    {"zone of a layer",          "<layer clock=\"city\"", "<layer timezone=\"Europe/Berlni\"", "Europe/Berlin", "warning", kMeridian},
+    {"country of a world clock", "country=\"Japan\"", "country=\"Jpaan\"", "Japan", "warning", kMeridian},
 };
 // clang-format on
 
@@ -191,7 +206,7 @@ const DocumentSlip kDocumentSlips[] = {
 TEST_F(AFolder, has_documents_whose_slips_are_named)
 {
     for (const DocumentSlip& slip : kDocumentSlips) {
-        std::string text = ContentsOf(StagedResultXml(kClassic));
+        std::string text = ContentsOf(StagedResultXml(slip.face));
         const auto at = text.find(slip.right);
         ASSERT_NE(at, std::string::npos) << slip.of;
         const std::string file =
@@ -199,7 +214,7 @@ TEST_F(AFolder, has_documents_whose_slips_are_named)
         const Json findings = Wfctl({"validate", file, "--json"}).AsJson()[0]["findings"];
         const bool isNamed = std::any_of(findings.begin(), findings.end(), [&](const Json& finding) {
             EXPECT_EQ(finding["file"], file);
-            return finding["severity"] == "error" && finding["nearest"] == slip.nearest;
+            return finding["severity"] == slip.severity && finding["nearest"] == slip.nearest;
         });
         EXPECT_TRUE(isNamed) << slip.of << findings;
     }
