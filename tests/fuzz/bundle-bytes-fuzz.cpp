@@ -36,7 +36,7 @@ private:
         Align(8);
         const std::string key = Text();
         const std::string type(Take(Byte()));
-        mIsRight = mIsRight && Byte() == 0 && !mValues.contains(key);
+        Require(Byte() == 0 && !mValues.contains(key));
         mHasBytes = mHasBytes || type == "ay" || type == "aay";
         if (type == "s")
             mValues[key] = Text();
@@ -55,7 +55,7 @@ private:
         Strings elements;
         const std::size_t end = ArrayEnd(4);
         while (mIsRight && mAt < end) elements.push_back((this->*next)());
-        mIsRight = mIsRight && mAt == end;
+        Require(mAt == end);
         return elements;
     }
 
@@ -64,21 +64,21 @@ private:
     {
         const std::size_t length = Word();
         Align(alignment);
-        mIsRight = mIsRight && length <= mBytes.size() - mAt;
+        Require(length <= mBytes.size() - mAt);
         return mAt + length;
     }
 
     std::string Text()
     {
         std::string text = Bytes();
-        mIsRight = mIsRight && Byte() == 0 && Fuzz::IsText(text);
+        Require(Byte() == 0 && Fuzz::IsText(text));
         return text;
     }
 
     std::string Bytes()
     {
         std::string bytes(Take(Word()));
-        mIsRight = mIsRight && bytes.find('\0') == std::string::npos;
+        Require(bytes.find('\0') == std::string::npos);
         return bytes;
     }
 
@@ -99,12 +99,15 @@ private:
 
     void Align(std::size_t to)
     {
-        while (mIsRight && mAt % to != 0) mIsRight = Byte() == 0 && mIsRight;
+        while (mIsRight && mAt % to != 0) Require(Byte() == 0);
     }
+
+    // What is asked may itself have found something wrong.
+    void Require(bool holds) { mIsRight = mIsRight && holds; }
 
     std::string_view Take(std::size_t size)
     {
-        mIsRight = mIsRight && size <= mBytes.size() - mAt;
+        Require(size <= mBytes.size() - mAt);
         if (!mIsRight) return {};
         mAt += size;
         return mBytes.substr(mAt - size, size);

@@ -15,7 +15,9 @@ using TestSupport::Body;
 
 constexpr std::size_t kMostEntries = 12, kMostElements = 8, kMostOfAText = 64;
 // Now and then a text or an array is there over and over: to come near the limits, and beyond them.
-constexpr std::size_t kTimes[] = {100, 4096, 65'536, 400'000};
+constexpr std::size_t kTimes[] = {100, 4096, 65'536, 150'000};
+// What goes far beyond them costs seconds of copying in the sanitizer's allocator.
+constexpr std::size_t kMostBytes = std::size_t{16} << 20;
 constexpr uint8_t kRarely = 250;  // of 255
 
 // The types a value may have on the wire; what is not text is a number.
@@ -29,6 +31,12 @@ struct Entry {
     bool IsArray() const { return type == "as" || type == "aay"; }
     bool IsBytes() const { return type.back() == 'y'; }
     bool IsText() const { return type.back() == 's' || IsBytes(); }
+    std::size_t Bytes() const
+    {
+        std::size_t bytes = 0;
+        for (const std::string& text : texts) bytes += text.size();
+        return bytes;
+    }
 };
 
 bool HasNul(const Strings& texts)
@@ -118,7 +126,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);
     std::vector<Entry> entries;
-    while (input.remaining_bytes() > 0 && entries.size() < kMostEntries) entries.push_back(AnyEntry(input));
+    for (std::size_t bytes = 0;
+         input.remaining_bytes() > 0 && entries.size() < kMostEntries && bytes < kMostBytes;) {
+        entries.push_back(AnyEntry(input));
+        bytes += entries.back().Bytes();
+    }
     Body body;
     body.Array([&] {
         for (const Entry& entry : entries) LayOut(entry, &body);
