@@ -66,15 +66,18 @@ private:
             return;
         }
         const auto& known = values->second;
-        const bool exists = std::find(known.begin(), known.end(), term.value) != known.end();
-        mSubjects.Add(term.subject, mNames);
+        const auto at = std::find(known.begin(), known.end(), term.value);
+        const bool exists = at != known.end();
+        mSubjects.Add(values->first);
         if (!exists && mFindings.IsRefused(term.value)) return;
-        mMentioned[term.subject].Add(term.value, known);
+        const std::string_view meant = exists ? *at : mFindings.Nearest(term.value, known);
+        mMentioned[term.subject].Add(meant);
         if (exists) return;
+        const std::string subject = Quoted(term.subject);
         mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
-                      mSlots.contains(term.subject) ? NotOffered(Quoted(term.subject), term.value, known)
-                                                    : Quoted(term.subject) + " has no " + Quoted(term.value) +
-                                                          Suggestion(term.value, known));
+                      mSlots.contains(term.subject)
+                          ? NotOffered(subject, term.value, meant, known)
+                          : subject + " has no " + Quoted(term.value) + MeantOrKnown(meant, known));
     }
 
     void ReportSubject(const Term& term, const Place& place)
@@ -84,11 +87,15 @@ private:
             mFindings.Add("E-REF-UNKNOWN", place, "nothing can depend on the photos " + Quoted(subject));
             return;
         }
-        mSubjects.Add(subject, mNames);
-        const auto meant = mValues.find(std::string(NearestName(subject, mNames)));
-        if (meant != mValues.end()) mMentioned[meant->first].Add(term.value, meant->second);
+        const std::string_view meant = mFindings.Nearest(subject, mNames);
+        mSubjects.Add(meant);
+        if (const auto values = mValues.find(std::string(meant)); values != mValues.end()) {
+            const auto& known = values->second;
+            const auto at = std::find(known.begin(), known.end(), term.value);
+            mMentioned[values->first].Add(at != known.end() ? *at : mFindings.Nearest(term.value, known));
+        }
         mFindings.Add("E-REF-UNKNOWN", place,
-                      "there is no group or slot " + Quoted(subject) + Suggestion(subject, mNames));
+                      "there is no group or slot " + Quoted(subject) + MeantOrKnown(meant, mNames));
     }
 
     // Depth first; an open subject that is met again closes a circle. At most kMostGroups + kMostSlots deep

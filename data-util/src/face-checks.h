@@ -58,7 +58,8 @@ std::vector<std::string_view> NamesOf(const std::vector<Item>& items, const std:
 }
 
 // That `slot` has `source`, known or not, among its `offers` not: what is wrong and what to choose instead.
-std::string NotOffered(const std::string& slot, std::string_view source,
+// `meant` is the offer that it is near to, or empty.
+std::string NotOffered(const std::string& slot, std::string_view source, std::string_view meant,
                        const std::vector<std::string_view>& offers);
 
 // Conditions: what they name exists, they depend on each other without a circle, every option matters.

@@ -233,13 +233,13 @@ private:
         const Group* group = FindById(mDocument.groups, &Group::id, id);
         if (mFindings.IsRefused(id)) return;
         if (group == nullptr) {
-            mFindings.Add(
-                "E-REF-UNKNOWN", node.Where("group"),
-                "there is no group " + Quoted(id) + Suggestion(id, NamesOf(mDocument.groups, &Group::id)));
+            mFindings.Add("E-REF-UNKNOWN", node.Where("group"),
+                          "there is no group " + Quoted(id) +
+                              mFindings.Suggestion(id, NamesOf(mDocument.groups, &Group::id)));
         } else if (!mFindings.IsRefused(option) && FindById(group->options, &Option::id, option) == nullptr) {
             mFindings.Add("E-REF-UNKNOWN", node.Where("option"),
                           Quoted(id) + " has no option " + Quoted(option) +
-                              Suggestion(option, NamesOf(group->options, &Option::id)));
+                              mFindings.Suggestion(option, NamesOf(group->options, &Option::id)));
         }
         preset.choices.picks[id] = option;
     }
@@ -251,13 +251,14 @@ private:
         const Slot* slot = FindById(mDocument.slots, &Slot::name, name);
         if (mFindings.IsRefused(name)) return;
         if (slot == nullptr) {
-            mFindings.Add(
-                "E-REF-UNKNOWN", node.Where("slot"),
-                "there is no slot " + Quoted(name) + Suggestion(name, NamesOf(mDocument.slots, &Slot::name)));
+            mFindings.Add("E-REF-UNKNOWN", node.Where("slot"),
+                          "there is no slot " + Quoted(name) +
+                              mFindings.Suggestion(name, NamesOf(mDocument.slots, &Slot::name)));
         } else if (source != kEmptySource && !mFindings.IsRefused(source) &&
                    slot->OfferOf(source) == nullptr) {
+            const auto offers = NamesOf(slot->offers, &Offer::source);
             mFindings.Add("E-REF-UNKNOWN", node.Where("source"),
-                          NotOffered(Quoted(name), source, NamesOf(slot->offers, &Offer::source)));
+                          NotOffered(Quoted(name), source, mFindings.Nearest(source, offers), offers));
         }
         preset.choices.places[name] = PlacementOf(node);
     }

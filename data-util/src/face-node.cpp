@@ -1,6 +1,7 @@
 #include "face-node.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <iterator>
 #include <optional>
@@ -35,6 +36,8 @@ public:
     }
 
 private:
+    using Counts = std::array<int, kElementCount>;  // of an element's children of each kind
+
     void ReadAttributes(const pugi::xml_node& xml, Node& node)
     {
         node.attributes.reserve(
@@ -44,10 +47,12 @@ private:
             const std::string_view name = attribute.name();
             const AttributeRule* rule = AttributeRuleOf(*node.rule, name);
             if (rule == nullptr) {
+                const auto known = AttributeNames(*node.rule);
+                const std::string_view meant = mFindings.Nearest(name, known);
                 mFindings.Add("E-ATTRIBUTE-UNKNOWN", node.Where(name),
                               "\"" + std::string(node.rule->name) + "\" has no attribute " + Quoted(name) +
-                                  Suggestion(name, AttributeNames(*node.rule)));
-                rule = MeantRule(name, xml, node);
+                                  MeantOrKnown(meant, known));
+                rule = MeantRule(meant, xml, node);
                 if (rule == nullptr) {
                     mFindings.Refuse(attribute.value());
                     continue;
@@ -74,11 +79,10 @@ private:
         CheckChoice(node);
     }
 
-    // The rule of the attribute that an unknown one probably means, unless that is there itself; or null.
-    static const AttributeRule* MeantRule(std::string_view name, const pugi::xml_node& xml, const Node& node)
+    // The rule of the attribute that an unknown one means, unless that is there itself; or null.
+    static const AttributeRule* MeantRule(std::string_view meant, const pugi::xml_node& xml, const Node& node)
     {
-        const AttributeRule* rule =
-            AttributeRuleOf(*node.rule, NearestName(name, AttributeNames(*node.rule)));
+        const AttributeRule* rule = AttributeRuleOf(*node.rule, meant);
         return rule == nullptr || xml.attribute(rule->name) || node.Mentions(rule->name) ? nullptr : rule;
     }
 
@@ -101,18 +105,19 @@ private:
     void ReadChildren(const pugi::xml_node& xml, Node& node)
     {
         node.children.reserve(static_cast<std::size_t>(std::distance(xml.begin(), xml.end())));
+        Counts counts{};
         for (const pugi::xml_node& child : xml.children()) {
             if (mFindings.IsFull()) return;
             if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
                 ReadText(child, node);
             } else if (child.type() == pugi::node_element) {
-                ReadElement(child, node);
+                ReadElement(child, node, counts);
             }
         }
         if (node.rule->Is(kHasText) && node.text.find_first_not_of(" \t\r\n") == std::string::npos) {
             mFindings.Add("E-TEXT", node.Where(), "\"" + std::string(node.rule->name) + "\" needs a text");
         }
-        CheckCounts(node);
+        CheckCounts(node, counts);
         CheckTotal(node);
     }
 
@@ -127,21 +132,22 @@ private:
         }
     }
 
-    void ReadElement(const pugi::xml_node& xml, Node& node)
+    void ReadElement(const pugi::xml_node& xml, Node& node, Counts& counts)
     {
         const std::string_view name = xml.name();
         if (const ElementRule* rule = mSchema.ChildRuleOf(*node.rule, name)) {
-            node.children.push_back(Read(xml, *rule));
+            ReadChild(xml, *rule, node, counts);
             return;
         }
         const Place place = Origin(mTree, xml).Where();
         const auto parents = mSchema.ParentNames(name);
         if (parents.empty()) {
             const auto known = mSchema.ChildNames(*node.rule);
+            const std::string_view meant = mFindings.Nearest(name, known);
             mFindings.Add("E-ELEMENT-UNKNOWN", place,
-                          "there is no element " + Quoted(name) + Suggestion(name, known));
-            if (const ElementRule* meant = mSchema.ChildRuleOf(*node.rule, NearestName(name, known))) {
-                node.children.push_back(Read(xml, *meant));
+                          "there is no element " + Quoted(name) + MeantOrKnown(meant, known));
+            if (const ElementRule* rule = mSchema.ChildRuleOf(*node.rule, meant)) {
+                ReadChild(xml, *rule, node, counts);
             } else {
                 node.hasUnknownChild = true;
                 RefuseNames(xml);
@@ -157,30 +163,43 @@ private:
             Quoted(name) + " may not stand in \"" + node.rule->name + "\"; move it into one of: " + where);
     }
 
+    // What is more than may be is left out: everything that is read has a limit.
+    void ReadChild(const pugi::xml_node& xml, const ElementRule& rule, Node& node, Counts& counts)
+    {
+        const int most = ChildRuleOf(*node.rule, rule.element).most;
+        const int count = ++counts[static_cast<std::size_t>(rule.element)];
+        if (most == 0 || count <= most) {
+            node.children.push_back(Read(xml, rule));
+            return;
+        }
+        RefuseNames(xml);
+        if (count > most + 1) return;
+        mFindings.Add("E-CHILD-COUNT", Origin(mTree, xml).Where(),
+                      "\"" + std::string(node.rule->name) + "\" takes at most " + std::to_string(most) +
+                          " \"" + rule.name + "\"");
+    }
+
+    static const ChildRule& ChildRuleOf(const ElementRule& parent, Element child)
+    {
+        return *std::find_if(parent.children.begin(), parent.children.end(),
+                             [child](const ChildRule& rule) { return rule.element == child; });
+    }
+
     void RefuseNames(const pugi::xml_node& xml)
     {
         for (const pugi::xml_attribute& attribute : xml.attributes()) mFindings.Refuse(attribute.value());
         for (const pugi::xml_node& child : xml.children()) RefuseNames(child);
     }
 
-    void CheckCounts(const Node& node)
+    void CheckCounts(const Node& node, const Counts& counts)
     {
+        if (node.hasUnknownChild) return;
         for (const ChildRule& child : node.rule->children) {
-            const char* name = mSchema.RuleOf(child.element).name;
-            int count = 0;
-            for (const Node& present : node.children) {
-                if (!present.Is(child.element)) continue;
-                if (++count == child.most + 1 && child.most != 0) {
-                    mFindings.Add("E-CHILD-COUNT", present.Where(),
-                                  "\"" + std::string(node.rule->name) + "\" takes at most " +
-                                      std::to_string(child.most) + " \"" + name + "\"");
-                }
-            }
-            if (count < child.least && !node.hasUnknownChild) {
-                mFindings.Add("E-CHILD-COUNT", node.Where(),
-                              "\"" + std::string(node.rule->name) + "\" needs at least " +
-                                  std::to_string(child.least) + " \"" + name + "\"");
-            }
+            if (counts[static_cast<std::size_t>(child.element)] >= child.least) continue;
+            mFindings.Add("E-CHILD-COUNT", node.Where(),
+                          "\"" + std::string(node.rule->name) + "\" needs at least " +
+                              std::to_string(child.least) + " \"" + mSchema.RuleOf(child.element).name +
+                              "\"");
         }
     }
 

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "nearest-name.h"
+
 namespace DataUtil {
 
 enum class Severity { kError, kWarning, kNote };
@@ -48,6 +50,18 @@ public:
     // used or lacking somewhere may only follow from what was refused, so it is no finding.
     bool IsRefused(std::string_view name) const { return name.empty() || mRefusedNames.contains(name); }
 
+    // What an unknown name of the document probably means: the candidate that it is near to, or an empty text
+    // when there is none, or when too much was asked already.
+    std::string_view Nearest(std::string_view name, const std::vector<std::string_view>& candidates)
+    {
+        return mGuesses.Nearest(name, candidates);
+    }
+    // The same as the end of a message.
+    std::string Suggestion(std::string_view name, const std::vector<std::string_view>& candidates)
+    {
+        return MeantOrKnown(Nearest(name, candidates), candidates);
+    }
+
     bool HasErrors() const { return mHasErrors || IsFull(); }
     // True when nothing more is kept; checks then end.
     bool IsFull() const { return mFindings.size() >= kMostFindings; }
@@ -57,6 +71,7 @@ public:
 private:
     std::vector<Finding> mFindings;
     std::set<std::string, std::less<>> mRefusedNames;
+    NameGuesses mGuesses;
     bool mHasErrors = false;
 };
 

@@ -1,8 +1,7 @@
 #include "nearest-name.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <numeric>
+#include <array>
 
 #include "utf8.h"
 
@@ -17,30 +16,38 @@ constexpr std::string_view kMeans = "; did you mean \"";
 constexpr std::string_view kMeansEnd = "\"?";
 
 // Edit distance: insertions, deletions, replacements, and exchanges of neighbours, the most common slip of
-// typing. Given up at `enough`: a hostile document has half a million pairs of long names.
+// typing. Of names of at most kLongestName bytes, and given up at `enough`: cell [i][j] of the table, the
+// distance of the first i bytes from the first j, is at least |i - j|, so only the diagonals nearer to the
+// middle are filled in, between two that are `enough`.
 std::size_t Distance(std::string_view a, std::string_view b, std::size_t enough)
 {
     if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= enough) return enough;
-    std::vector<std::size_t> beforeLast(b.size() + 1);
-    std::vector<std::size_t> last(b.size() + 1);
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        beforeLast.swap(last);
-        last.swap(row);
-        row[0] = i + 1;
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t replaced = last[j] + (a[i] == b[j] ? 0 : 1);
-            row[j + 1] = std::min({row[j] + 1, last[j + 1] + 1, replaced});
-            if (i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j]) {
-                row[j + 1] = std::min(row[j + 1], beforeLast[j - 1] + 1);
+    std::array<std::array<std::size_t, kLongestName + 1>, 3> rows;  // the last three
+    for (std::size_t i = 0; i <= a.size(); ++i) {
+        const auto& beforeLast = rows[(i + 1) % 3];
+        const auto& last = rows[(i + 2) % 3];
+        auto& row = rows[i % 3];
+        const std::size_t begin = i - std::min(i, enough);
+        const std::size_t end = std::min(i + enough, b.size());
+        std::size_t least = enough;
+        for (std::size_t j = begin; j <= end; ++j) {
+            std::size_t& cell = row[j];
+            if (i == 0 || j == 0) {
+                cell = i + j;
+            } else if (j + enough == i || i + enough == j) {
+                cell = enough;
+            } else {
+                cell = std::min({row[j - 1] + 1, last[j] + 1, last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
+                if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                    cell = std::min(cell, beforeLast[j - 2] + 1);
             }
+            least = std::min(least, cell);
         }
         // No later row has less: an exchange adds one to the row before the last, which is less by one at
         // most.
-        if (*std::min_element(row.begin(), row.end()) >= enough) return enough;
+        if (least >= enough) return enough;
     }
-    return row.back();
+    return rows[a.size() % 3][b.size()];
 }
 
 }  // namespace
@@ -61,11 +68,21 @@ std::string_view NearestName(std::string_view name, const std::vector<std::strin
     return nearest;
 }
 
+std::string_view NameGuesses::Nearest(std::string_view name, const std::vector<std::string_view>& candidates)
+{
+    mComparisons += candidates.size();
+    return mComparisons > kMostComparisons ? std::string_view() : NearestName(name, candidates);
+}
+
 std::string Suggestion(std::string_view name, const std::vector<std::string_view>& candidates)
 {
-    const std::string_view nearest = NearestName(name, candidates);
-    if (!nearest.empty()) return OrMeant(nearest);
-    return candidates.size() > kFewCandidates ? "" : Listed("; known:", candidates);
+    return MeantOrKnown(NearestName(name, candidates), candidates);
+}
+
+std::string MeantOrKnown(std::string_view meant, const std::vector<std::string_view>& known)
+{
+    if (!meant.empty()) return OrMeant(meant);
+    return known.size() > kFewCandidates ? "" : Listed("; known:", known);
 }
 
 std::string OrMeant(std::string_view meant)

@@ -52,28 +52,30 @@ private:
                 value.starts_with('#'))
                 continue;
             if (mFindings.IsRefused(value)) continue;
-            mUsedRoles.Add(value, mRoles);
-            if (std::binary_search(mRoles.begin(), mRoles.end(), value)) continue;
+            const bool exists = std::binary_search(mRoles.begin(), mRoles.end(), value);
+            const std::string_view role = exists ? value : mFindings.Nearest(value, mRoles);
+            mUsedRoles.Add(role);
+            if (exists) continue;
+            const std::string_view meant = role.empty() ? ValueOfColor(value) : role;
             mFindings.Add("E-REF-UNKNOWN", node.Where(attribute.rule->name),
-                          Quoted(value) + " is neither #RRGGBB nor a role that a palette sets" + Hint(value));
+                          Quoted(value) + " is neither #RRGGBB nor a role that a palette sets" +
+                              MeantOrKnown(meant, mRoles));
         }
-    }
-
-    std::string Hint(std::string_view color) const
-    {
-        const std::string_view value = NearestName(color, mRoles).empty() ? ValueOfColor(color) : "";
-        return value.empty() ? Suggestion(color, mRoles) : "; did you mean " + Quoted(value) + "?";
     }
 
     void CheckPhoto(const Node& node)
     {
         const std::string& id = node.Get("photos");
         if (mFindings.IsRefused(id)) return;
+        if (FindById(mDocument.photos, &Photos::id, id) != nullptr) {
+            mUsedPhotos.Add(id);
+            return;
+        }
         const auto known = NamesOf(mDocument.photos, &Photos::id);
-        mUsedPhotos.Add(id, known);
-        if (FindById(mDocument.photos, &Photos::id, id) != nullptr) return;
+        const std::string_view meant = mFindings.Nearest(id, known);
+        mUsedPhotos.Add(meant);
         mFindings.Add("E-REF-UNKNOWN", node.Where("photos"),
-                      "there are no photos " + Quoted(id) + Suggestion(id, known));
+                      "there are no photos " + Quoted(id) + MeantOrKnown(meant, known));
     }
 
     void CheckSlot(const Node& node)
@@ -108,7 +110,8 @@ private:
                               "a chain of fallbacks ends in \"empty\", and only its end is \"empty\"");
             } else if (source != kEmptySource && !mFindings.IsRefused(source) &&
                        std::find(offers.begin(), offers.end(), source) == offers.end()) {
-                mFindings.Add("E-REF-UNKNOWN", child.Where("source"), NotOffered("the slot", source, offers));
+                mFindings.Add("E-REF-UNKNOWN", child.Where("source"),
+                              NotOffered("the slot", source, mFindings.Nearest(source, offers), offers));
             }
         }
     }
@@ -146,13 +149,13 @@ private:
 
 }  // namespace
 
-std::string NotOffered(const std::string& slot, std::string_view source,
+std::string NotOffered(const std::string& slot, std::string_view source, std::string_view meant,
                        const std::vector<std::string_view>& offers)
 {
     // A source that exists is no slip of typing for another one.
     const bool exists = source == kEmptySource || FindSource(source) != nullptr;
     return slot + " does not offer " + Quoted(source) +
-           (exists ? Listed("; it offers:", offers) : Suggestion(source, offers));
+           (exists ? Listed("; it offers:", offers) : MeantOrKnown(meant, offers));
 }
 
 void CheckScene(const FaceDocument& document, Findings& findings)

@@ -82,8 +82,9 @@ private:
         if (slot == nullptr) {
             Unknown(node, "slot", "there is no slot " + Quoted(name) + "; the placement is ignored");
         } else if (source != kEmptySource && slot->OfferOf(source) == nullptr) {
+            const auto offers = NamesOf(slot->offers, &Offer::source);
             Unknown(node, "source",
-                    NotOffered(Quoted(name), source, NamesOf(slot->offers, &Offer::source)) +
+                    NotOffered(Quoted(name), source, mFindings.Nearest(source, offers), offers) +
                         "; the placement is ignored");
         } else {
             Take(mDocument.selection.places, node, name, PlacementOf(node));

@@ -30,7 +30,7 @@ public:
             if (mFindings.IsRefused(language)) return;
             mFindings.Add("E-REF-UNKNOWN", mRoot.Where("default-language"),
                           "there are no texts of the default language " + Quoted(language) +
-                              Suggestion(language, Languages()));
+                              mFindings.Suggestion(language, Languages()));
             return;
         }
         for (const auto& [key, text] : at->second) mKeys.emplace_back(key);
@@ -56,12 +56,18 @@ private:
             const std::string& key = node.Get(attribute);
             if (mFindings.IsFull()) return;
             if (mFindings.IsRefused(key)) continue;
-            mUsed.Add(key, mKeys);
-            if (Exists(key)) continue;
-            mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
-                          "the default language has no text " + Quoted(key) + Suggestion(key, mKeys));
+            const bool exists = Exists(key);
+            const std::string_view meant = exists ? key : mFindings.Nearest(key, mKeys);
+            mUsed.Add(meant);
+            if (!exists) ReportUnknown(node.Where(attribute), key, meant);
         }
         for (const Node& child : node.children) CheckUses(child);
+    }
+
+    void ReportUnknown(const Place& place, std::string_view key, std::string_view meant)
+    {
+        mFindings.Add("E-REF-UNKNOWN", place,
+                      "the default language has no text " + Quoted(key) + MeantOrKnown(meant, mKeys));
     }
 
     void CheckLanguage(const Node& strings)
@@ -77,8 +83,7 @@ private:
                 mFindings.Add("W-UNUSED", string.Where("key"),
                               "nothing uses the text " + Quoted(key) + "; remove it");
             } else if (!Exists(key)) {
-                mFindings.Add("E-REF-UNKNOWN", string.Where("key"),
-                              "the default language has no text " + Quoted(key) + Suggestion(key, mKeys));
+                ReportUnknown(string.Where("key"), key, mFindings.Nearest(key, mKeys));
             }
         }
         if (!isDefault) ReportUntranslated(strings, present);

@@ -4,7 +4,6 @@
 
 #include <set>
 #include <string_view>
-#include <vector>
 
 namespace DataUtil {
 
@@ -12,7 +11,12 @@ namespace DataUtil {
 // unused only because a reference is misspelled is not to be removed. The known names must outlive this.
 class Uses {
 public:
-    void Add(std::string_view name, const std::vector<std::string_view>& known);
+    // The known name that is used or meant; empty for an unknown name that is near to none.
+    void Add(std::string_view meant)
+    {
+        mNames.insert(meant);
+        mAny = mAny || meant.empty();
+    }
     bool Has(std::string_view name) const { return mAny || mNames.contains(name); }
 
 private:

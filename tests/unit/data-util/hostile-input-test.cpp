@@ -1,8 +1,10 @@
 // Texts that mean harm. Each is refused with one finding, quickly and without a half result.
 
+#include <algorithm>
 #include <chrono>
 
 #include "a-face-document.h"
+#include "nearest-name.h"
 #include "xml-gate.h"
 
 using testing::ElementsAre;
@@ -17,6 +19,40 @@ std::string Times(int count, std::string_view text)
     for (int i = 0; i < count; ++i) all += text;
     return all;
 }
+
+// Long names that differ in their last letters only: nothing is slower to compare.
+std::string LongName(int number, char last)
+{
+    const std::string digits = std::to_string(10000 + number);
+    return std::string(57, 'a') + digits + last;
+}
+
+class ADocumentOfManyNames : public AFaceDocument {
+protected:
+    // So many texts, and 999 elements that show none of them, but each one with nearly the same name.
+    void FillWith(int texts)
+    {
+        mText =
+            R"(<face-result format="1" id="a" version="1" width="360" height="360" shape="round" default-language="en")"
+            R"( preview-time="10:08:36" title-key=")" +
+            LongName(0, 'k') + "\"><strings language=\"en\">\n";
+        for (int i = 0; i < texts; ++i) mText += "<string key=\"" + LongName(i, 'k') + "\">T</string>\n";
+        mText += "</strings><scene>\n";
+        for (int i = 0; i < 999; ++i) {
+            mText += "<text text-key=\"" + LongName(i % 512, 'x') +
+                     "\" x=\"1\" y=\"1\" size=\"9\" color=\"#FFFFFF\"/>\n";
+        }
+        mText += "</scene></face-result>\n";
+    }
+
+    static std::size_t SuggestionsIn(const std::vector<DataUtil::Finding>& findings)
+    {
+        return static_cast<std::size_t>(
+            std::count_if(findings.begin(), findings.end(), [](const DataUtil::Finding& finding) {
+                return !DataUtil::SuggestedName(finding.message).empty();
+            }));
+    }
+};
 
 }  // namespace
 
@@ -165,6 +201,22 @@ TEST_F(AFaceDocument, costs_little_time_however_many_faults_one_long_line_has)
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_FALSE(DataUtil::ParseFace(mText).document);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+}
+
+TEST_F(ADocumentOfManyNames, has_each_unknown_one_compared_once_with_the_known_and_not_without_end)
+{
+    FillWith(512);
+    const auto findings = Check();
+    ASSERT_THAT(findings, SizeIs(999));
+    EXPECT_EQ(SuggestionsIn(findings), DataUtil::NameGuesses::kMostComparisons / 512);
+}
+
+TEST_F(ADocumentOfManyNames, has_none_of_those_compared_that_are_too_many)
+{
+    FillWith(6000);
+    const auto findings = Check();
+    EXPECT_EQ(findings.front().code, "E-CHILD-COUNT");
+    EXPECT_EQ(SuggestionsIn(findings), DataUtil::NameGuesses::kMostComparisons / 512);
 }
 
 TEST_F(AFaceDocument, quotes_the_text_of_a_finding_on_one_line)
