@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <optional>
 
+#include "face-schema.h"
+#include "flat-schema.h"
 #include "nearest-name.h"
 
 namespace DataUtil {
 
 namespace {
+
+constexpr const Schema& (*kSchemas[])() = {FaceSchema, FlatSchema};
 
 struct Advice {
     XML_Error error;
@@ -41,6 +45,14 @@ std::string Tag(const char* begin, std::string_view name)
     return Quoted(begin + std::string(name) + ">");
 }
 
+// That the element whose start tag begins at `tag` is open.
+std::string CloseOpen(std::size_t tag, std::string_view text, const TextMap& map)
+{
+    const std::string_view name = NameAt(text, tag + 1);
+    return " where " + Tag("<", name) + " of line " + std::to_string(map.PlaceAt(tag).line) +
+           " is open; close it with " + Tag("</", name);
+}
+
 // A "&" before `offset` that is the beginning of no reference.
 std::optional<std::size_t> BareAmpersand(std::string_view text, std::size_t offset)
 {
@@ -70,6 +82,46 @@ Surroundings SurroundingsOf(std::string_view text, std::size_t tag, std::size_t 
         }
     }
     return quote != '\0' ? Surroundings::kValue : Surroundings::kTag;
+}
+
+// True for the name of an element of either document.
+bool IsElement(std::string_view name)
+{
+    return std::any_of(std::begin(kSchemas), std::end(kSchemas), [&](const Schema& (*schema)()) {
+        return name == schema().Root().name || !schema().ParentNames(name).empty();
+    });
+}
+
+// True where an element of that name may stand in `parent`, or as the root when that is empty.
+bool MayStandIn(std::string_view parent, std::string_view name)
+{
+    return std::any_of(std::begin(kSchemas), std::end(kSchemas), [&](const Schema& (*schema)()) {
+        if (parent.empty()) return name == schema().Root().name;
+        const auto parents = schema().ParentNames(name);
+        return std::find(parents.begin(), parents.end(), parent) != parents.end();
+    });
+}
+
+// Of a start tag and an end tag that do not match, true when the start tag is the one to mend.
+bool IsStartMisspelled(std::string_view parent, std::string_view start, std::string_view end)
+{
+    if (MayStandIn(parent, end)) return !MayStandIn(parent, start);
+    return !IsElement(start) && IsElement(end) && !NearestName(start, {end}).empty();
+}
+
+// The end tag whose name begins at `offset` is not that of the innermost open element.
+SyntaxFault ExplainMismatch(std::size_t offset, std::string_view text, const TextMap& map,
+                            std::span<const std::size_t> open)
+{
+    const std::string_view start = NameAt(text, open.back() + 1);
+    const std::string_view end = NameAt(text, offset);
+    const std::string_view parent = open.size() < 2 ? "" : NameAt(text, open[open.size() - 2] + 1);
+    if (IsStartMisspelled(parent, start, end))
+        return {open.back(), Tag("<", start) + ", which " + Tag("</", end) + " of line " +
+                                 std::to_string(map.PlaceAt(offset).line) + " closes; open it with " +
+                                 Tag("<", end)};
+    // The parser points at the name, behind "</".
+    return {offset - 2, Tag("</", end) + CloseOpen(open.back(), text, map)};
 }
 
 SyntaxFault ExplainToken(std::size_t offset, std::string_view text, const TextMap& map)
@@ -103,15 +155,10 @@ SyntaxFault ExplainSyntax(XML_Error error, std::size_t offset, std::string_view 
                           std::span<const std::size_t> open)
 {
     if (error == XML_ERROR_INVALID_TOKEN) return ExplainToken(offset, text, map);
-    const bool mismatch = error == XML_ERROR_TAG_MISMATCH;
-    if (open.empty() || (!mismatch && error != XML_ERROR_NO_ELEMENTS)) return {offset, AdviceOn(error)};
-    const std::string_view name = NameAt(text, open.back() + 1);
-    const std::string remedy = " where " + Tag("<", name) + " of line " +
-                               std::to_string(map.PlaceAt(open.back()).line) + " is open; close it with " +
-                               Tag("</", name);
-    if (!mismatch) return {offset, "the text ends" + remedy};
-    // The parser points at the name, behind "</".
-    return {offset - 2, Tag("</", NameAt(text, offset)) + remedy};
+    if (open.empty()) return {offset, AdviceOn(error)};
+    if (error == XML_ERROR_TAG_MISMATCH) return ExplainMismatch(offset, text, map, open);
+    if (error == XML_ERROR_NO_ELEMENTS) return {offset, "the text ends" + CloseOpen(open.back(), text, map)};
+    return {offset, AdviceOn(error)};
 }
 
 }  // namespace DataUtil
