@@ -9,6 +9,7 @@
 #include <optional>
 #include <utility>
 
+#include "face-schema.h"
 #include "file-descriptor.h"
 #include "nearest-name.h"
 
@@ -76,34 +77,44 @@ void CollectImages(const Node& node, std::set<std::string>& paths)
 
 class AssetChecks {
 public:
-    AssetChecks(const FaceDocument& document, const std::vector<std::string>& folders)
-        : mDocument(document), mFolders(folders)
-    {
-    }
+    explicit AssetChecks(const std::vector<std::string>& folders) : mFolders(folders) {}
 
-    std::vector<Finding> Run()
+    std::vector<Finding> Run(const Node& root)
     {
-        for (const Photos& photos : mDocument.photos)
-            Report(Find(photos.defaultImage), photos.defaultImage, photos.origin.Where("default"));
-        Check(mDocument.root);
+        CollectPhotos(root);
+        Check(root);
         return mFindings.Take();
     }
 
 private:
+    void CollectPhotos(const Node& node)
+    {
+        if (node.Is(Element::kPhotos)) mDefaults.emplace(node.Get("id"), node.Get("default"));
+        for (const Node& child : node.children) CollectPhotos(child);
+    }
+
     void Check(const Node& node)
     {
-        if (node.Is(Element::kImage)) {
-            const std::string& path = node.Get("src");
-            const Asset& asset = Find(path);
-            Report(asset, path, node.Where("src"));
-            CheckSize(asset, path, node);
+        if (node.Is(Element::kPhotos)) {
+            CheckFile(node, "default");
+        } else if (node.Is(Element::kImage)) {
+            CheckFile(node, "src");
+            CheckSize(node.Get("src"), node);
         } else if (node.Is(Element::kPhoto)) {
-            for (const Photos& photos : mDocument.photos) {
-                if (photos.id == node.Get("photos"))
-                    CheckSize(Find(photos.defaultImage), photos.defaultImage, node);
-            }
+            const auto photos = mDefaults.find(node.Get("photos"));
+            if (photos != mDefaults.end()) CheckSize(photos->second, node);
         }
         for (const Node& child : node.children) Check(child);
+    }
+
+    // A path that was refused is empty.
+    void CheckFile(const Node& node, const char* attribute)
+    {
+        const std::string& path = node.Get(attribute);
+        if (path.empty()) return;
+        const Asset& asset = Find(path);
+        if (asset.code != nullptr)
+            mFindings.Add(asset.code, node.Where(attribute), Quoted(path) + " " + asset.problem);
     }
 
     const Asset& Find(const std::string& path)
@@ -120,13 +131,10 @@ private:
         return mAssets.emplace(path, asset).first->second;
     }
 
-    void Report(const Asset& asset, const std::string& path, const Place& place)
+    void CheckSize(const std::string& path, const Node& node)
     {
-        if (asset.code != nullptr) mFindings.Add(asset.code, place, Quoted(path) + " " + asset.problem);
-    }
-
-    void CheckSize(const Asset& asset, const std::string& path, const Node& node)
-    {
+        if (path.empty() || !node.Has("width") || !node.Has("height")) return;
+        const Asset& asset = Find(path);
         // In thousandths, as the box.
         const auto exceeds = [&](int pixels, const char* side) {
             return pixels * 1000 > 2 * ParseThousandths(node.Get(side)).value_or(0);
@@ -139,8 +147,8 @@ private:
                           node.Get("height") + "; scale it down");
     }
 
-    const FaceDocument& mDocument;
     const std::vector<std::string>& mFolders;
+    std::map<std::string, std::string> mDefaults;  // photos -> the image that stands for them
     std::map<std::string, Asset> mAssets;
     Findings mFindings;
 };
@@ -155,9 +163,13 @@ std::set<std::string> AssetPaths(const FaceDocument& document)
     return paths;
 }
 
-std::vector<Finding> CheckAssets(const FaceDocument& document, const std::vector<std::string>& folders)
+std::vector<Finding> CheckAssets(std::string_view resultXml, const std::vector<std::string>& folders)
 {
-    return AssetChecks(document, folders).Run();
+    Findings ignored;
+    Node root;
+    const auto tree = XmlTree::Load(resultXml, ignored);
+    if (!tree || !ReadNodes(*tree, FaceSchema(), root, ignored)) return {};
+    return AssetChecks(folders).Run(root);
 }
 
 }  // namespace DataUtil

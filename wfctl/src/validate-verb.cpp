@@ -40,7 +40,8 @@ std::vector<std::string> FoldersOfFile(const std::string& file, const std::strin
 {
     std::vector<std::string> folders = {file == "-" ? "." : fs::absolute(file).parent_path().string()};
     if (const auto face = FindFace(id)) folders.push_back(face->folder);
-    if (!id.empty()) folders.push_back(ShippedFaces() + id);
+    // A refused id may be any text, a way to elsewhere too.
+    if (!id.empty() && id.find('/') == std::string::npos) folders.push_back(ShippedFaces() + id);
     return folders;
 }
 
@@ -52,12 +53,8 @@ Checked Check(const std::string& file)
     if (facts.root == kFlatRoot) {
         checked.findings = DataUtil::CheckFlat(text);
     } else {
-        DataUtil::ParseResult parsed = DataUtil::ParseFace(text);
-        checked.findings = std::move(parsed.findings);
-        if (parsed.document) {
-            const auto assets = DataUtil::CheckAssets(*parsed.document, FoldersOfFile(file, facts.id));
-            checked.findings = Merged(std::move(checked.findings), assets);
-        }
+        const auto assets = DataUtil::CheckAssets(text, FoldersOfFile(file, facts.id));
+        checked.findings = Merged(DataUtil::ParseFace(text).findings, assets);
     }
     checked.findings = WithUnknownLocales(text, std::move(checked.findings));
     checked.isGood =

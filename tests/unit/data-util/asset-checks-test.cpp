@@ -48,7 +48,7 @@ protected:
 
     std::vector<DataUtil::Finding> Check() const override
     {
-        return DataUtil::CheckAssets(*DataUtil::ParseFace(mText).document, {mFirst, mSecond});
+        return DataUtil::CheckAssets(mText, {mFirst, mSecond});
     }
 
     std::string mFolder, mFirst, mSecond;
@@ -155,4 +155,31 @@ TEST_F(AnAsset, as_the_default_of_photos_is_held_against_the_boxes_that_show_it)
 {
     Write(mSecond + "/bg/face.png", Png(161, 160));
     ExpectOnly("W-ASSET-SIZE", "<photo photos=\"portrait\"", "\"bg/face.png\"");
+}
+
+TEST_F(AnAsset, is_looked_at_beside_faults_of_the_document)
+{
+    std::filesystem::remove(mSecond + "/bg/plain.png");
+    Write(mSecond + "/dial/rim.png", Png(801, 640));
+    Replace("version=\"7\"", "version=\"seven\"");
+    Replace("role=\"icon-text\"", "rolle=\"icon-txt\"");
+    EXPECT_THAT(Codes(), ElementsAre("E-ASSET-MISSING", "W-ASSET-SIZE"));
+}
+
+TEST_F(AnAsset, without_a_path_or_a_box_is_not_looked_at)
+{
+    Replace("src=\"dial/rim.png\"", "src=\"../rim.png\"");
+    Replace("default=\"bg/plain.png\"", "picture=\"bg/plain.png\"");
+    EXPECT_THAT(Codes(), IsEmpty());
+    Replace("src=\"../rim.png\"", "src=\"dial/rim.png\"");
+    Write(mSecond + "/dial/rim.png", Png(801, 640));
+    ExpectOnly("W-ASSET-SIZE", "dial/rim.png");
+    Replace("width=\"400\" height=\"320\" opacity", "width=\"4OO\" height=\"320\" opacity");
+    EXPECT_THAT(Codes(), IsEmpty());
+}
+
+TEST_F(AnAsset, of_a_text_that_cannot_be_read_is_not_looked_at)
+{
+    mText = "<face-result><image";
+    EXPECT_THAT(Codes(), IsEmpty());
 }

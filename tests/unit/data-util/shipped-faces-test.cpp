@@ -48,9 +48,8 @@ TEST_P(AShippedFace, has_no_finding)
 
 TEST_P(AShippedFace, has_all_its_assets)
 {
-    ASSERT_TRUE(mParsed.document);
     const std::string folder = GetParam().substr(0, GetParam().rfind('/'));
-    for (const DataUtil::Finding& finding : DataUtil::CheckAssets(*mParsed.document, {folder}))
+    for (const DataUtil::Finding& finding : DataUtil::CheckAssets(TextOf(GetParam()), {folder}))
         ADD_FAILURE() << DataUtil::FormatFinding(finding);
 }
 
