@@ -102,7 +102,7 @@ Action DefineFlatten(CLI::App& parser)
 {
     const auto arguments = std::make_shared<FlattenArguments>();
     parser.add_option("RESULT.xml", arguments->file, "the result XML; - is stdin")->required();
-    parser.add_option("-o", arguments->out, "where the flat document goes (default: stdout)")
+    parser.add_option("-o,--output", arguments->out, "where the flat document goes (default: stdout)")
         ->type_name("OUT");
     return [arguments](const Options& options) { return FlattenFile(options, *arguments); };
 }
@@ -115,7 +115,7 @@ Action DefineRender(CLI::App& parser)
                     "a result XML, a watchface.xml, or a watch face of the watch")
         ->required();
     parser
-        .add_option("-o", arguments->out,
+        .add_option("-o,--output", arguments->out,
                     "the picture, an SVG where its name ends in .svg (default: the face's name with .png, "
                     "which must be new)")
         ->type_name("OUT")

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "completion.h"
+#include "help-text.h"
 #include "verb-table.h"
 
 namespace Wfctl {

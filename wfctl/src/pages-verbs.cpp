@@ -1,4 +1,4 @@
-// What is made from the table of verbs for other programs: completion, manual.
+// What is made from the table of verbs for people and other programs: completion, help, manual.
 
 #include <cstdio>
 #include <filesystem>
@@ -7,6 +7,7 @@
 #include "completion.h"
 #include "documents.h"
 #include "exit-status.h"
+#include "help-text.h"
 #include "hint.h"
 #include "json-text.h"
 #include "manual-page.h"
@@ -43,21 +44,34 @@ void Print(const Options& options, const char* name, const std::string& text)
         std::fputs(text.c_str(), stdout);
 }
 
+// Null for no words at all.
+const Verb* NamedVerb(const std::vector<std::string>& words)
+{
+    std::size_t length = 0;
+    const Verb* verb = FindVerb(words, &length);
+    if (length == words.size()) return verb;
+    std::string all;
+    for (const std::string& word : words) all += (all.empty() ? "" : " ") + word;
+    throw Stop(Exit::kUsage, "there is no verb [" + all + "]; " + VerbHint(words) + "type: wfctl --help");
+}
+
 Exit Manual(const Options& options, const ManualArguments& arguments)
 {
     if (!arguments.into.empty()) {
         WritePages(arguments.into);
         return Exit::kDone;
     }
-    std::size_t length = 0;
-    const Verb* verb = FindVerb(arguments.words, &length);
-    if (length != arguments.words.size()) {
-        std::string words;
-        for (const std::string& word : arguments.words) words += (words.empty() ? "" : " ") + word;
-        throw Stop(Exit::kUsage,
-                   "there is no verb [" + words + "]; " + VerbHint(arguments.words) + "type: wfctl --help");
-    }
+    const Verb* verb = NamedVerb(arguments.words);
     Print(options, "manual", verb ? ManualPage(*verb) : ManualPage());
+    return Exit::kDone;
+}
+
+Exit Help(const Options& options, const std::vector<std::string>& words)
+{
+    const bool isGroup = words.size() == 1 && !VerbsOf(words[0]).empty();
+    std::size_t length = 0;
+    const Verb* verb = isGroup ? FindVerb(words, &length) : NamedVerb(words);
+    Print(options, "help", verb ? HelpText(*verb) : isGroup ? GroupText(words[0]) : OverviewText());
     return Exit::kDone;
 }
 
@@ -73,6 +87,13 @@ Action DefineCompletion(CLI::App& parser)
         Print(options, "script", CompletionScript(*shell));
         return Exit::kDone;
     };
+}
+
+Action DefineHelp(CLI::App& parser)
+{
+    const auto words = std::make_shared<std::vector<std::string>>();
+    parser.add_option("VERB", *words, "this verb, or this group of verbs (default: all)");
+    return [words](const Options& options) { return Help(options, *words); };
 }
 
 Action DefineManual(CLI::App& parser)

@@ -353,7 +353,8 @@ Action DefinePreview(CLI::App& parser)
     const auto forMatrix = [&](CLI::Option* option, const char* type) {
         option->type_name(type)->needs(matrix);
     };
-    forMatrix(parser.add_option("-o", arguments->out, "the sheet")->check(PictureNameProblem), "OUT.png");
+    forMatrix(parser.add_option("-o,--output", arguments->out, "the sheet")->check(PictureNameProblem),
+              "OUT.png");
     forMatrix(parser.add_option("--language", arguments->languages, "(default: those of the documents)"),
               "L,L…");
     forMatrix(parser.add_option("--hours", arguments->hours, "(default: 12,24)"), "12,24");
@@ -367,7 +368,7 @@ Action DefineSheet(CLI::App& parser)
     const auto arguments = std::make_shared<SheetArguments>();
     parser.add_option("FACE", arguments->faces,
                       "watch faces, result XMLs or watchface.xml files (default: all faces)");
-    parser.add_option("-o", arguments->out, "the picture")
+    parser.add_option("-o,--output", arguments->out, "the picture")
         ->type_name("OUT.png")
         ->required()
         ->check(PictureNameProblem);

@@ -105,7 +105,7 @@ Action DefineTraceOn(CLI::App&)
 Action DefineTraceOff(CLI::App& parser)
 {
     const auto arguments = std::make_shared<OffArguments>();
-    parser.add_option("-o", arguments->out, "a copy of the trace")->type_name("OUT.json");
+    parser.add_option("-o,--output", arguments->out, "a copy of the trace")->type_name("OUT.json");
     return [arguments](const Options& options) { return Off(options, *arguments); };
 }
 

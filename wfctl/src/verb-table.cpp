@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "help-text.h"
 #include "hint.h"
 #include "nearest-name.h"
 
@@ -178,45 +179,25 @@ constexpr Verb kVerbs[] = {
     {"completion", "SHELL",
      "print what makes bash, zsh or fish complete wfctl's words",
      "wfctl completion bash", DefineCompletion},
+    {"help", "[VERB…]",
+     "explain a verb, or list the verbs",
+     "wfctl help edit", DefineHelp},
     {"manual", "[VERB…] [--into DIR]",
      "print a manual page, as man takes it",
      "wfctl manual edit", DefineManual},
 };
 // clang-format on
 
-// Of UTF-8 text.
-std::size_t LettersOf(std::string_view text)
-{
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
-// "  --name VALUE   what it is": below each other where the name is long.
-std::string OptionLine(const std::string& name, const std::string& description)
-{
-    constexpr std::size_t kColumn = 25;
-    std::string line = "  " + name;
-    const std::size_t letters = LettersOf(line);
-    line += letters < kColumn ? std::string(kColumn - letters, ' ') : "\n" + std::string(kColumn, ' ');
-    return line + description + "\n";
-}
-
-constexpr char kExitStatuses[] =
-    "Exit status: 0 done, 1 error or the service said no, 2 usage, 3 no answer in time, 4 not permitted,\n"
-    "  8 no watch running, 9 nothing to do, 10 not found, 130 interrupted.\n";
-
 // The words of the command line, with the options in front of the verb moved behind it.
 std::vector<std::string> VerbFirst(std::vector<std::string> arguments)
 {
-    auto word = arguments.begin();
-    while (word != arguments.end() && word->starts_with("-")) {
-        const bool hasValue = *word == "--root";
-        word += hasValue && std::next(word) != arguments.end() ? 2 : 1;
-    }
+    const std::size_t before = std::min(OptionsBefore(arguments), arguments.size());
+    const auto word = arguments.begin() + static_cast<std::ptrdiff_t>(before);
     // One word or two name the verb; the options go behind both.
     std::size_t length = 0;
     const std::vector<std::string> rest(word, arguments.end());
     FindVerb(rest, &length);
+    if (length == 0 && !rest.empty() && !VerbsOf(rest[0]).empty()) length = 1;  // a group's help
     std::rotate(arguments.begin(), word, word + static_cast<std::ptrdiff_t>(length));
     return arguments;
 }
@@ -250,16 +231,6 @@ std::string ParseErrorText(const CLI::ParseError& error, const CLI::App& parser)
     return words + "is not expected here";
 }
 
-// The verbs of two words that begin with this one.
-Names VerbsOf(const std::string& word)
-{
-    Names verbs;
-    for (const Verb& verb : kVerbs) {
-        if (verb.name.starts_with(word + " ")) verbs.push_back(verb.name);
-    }
-    return verbs;
-}
-
 // The verb that may be meant by the words, of which one or two name it.
 std::string_view MeantVerb(std::span<const std::string> words)
 {
@@ -279,36 +250,44 @@ std::string_view MeantVerb(std::span<const std::string> words)
 // Behind a verb of one word that took another's second word for an argument: "; did you mean the verb …?"
 std::string OtherVerbHint(const Verb& verb, const std::vector<std::string>& arguments)
 {
-    const Names siblings = VerbsOf(std::string(verb.name));
+    const Names siblings = VerbsOf(verb.name);
     if (siblings.empty() || arguments.size() < 2) return {};
     const std::string_view meant = MeantName(arguments[0] + " " + arguments[1], siblings);
     return meant.empty() ? "" : "; did you mean the verb " + std::string(meant) + "?";
 }
 
+bool IsHelp(const std::string& word)
+{
+    return word == "--help" || word == "-h";
+}
+
+int UnknownOption(const std::string& word)
+{
+    Names known;
+    for (const FrontOption& option : kFrontOptions) known.push_back(option.name);
+    return Complain(Exit::kUsage, "there is no option [" + word + "]; " +
+                                      DidYouMean(word.substr(0, word.find('=')), known) +
+                                      "type: wfctl --help");
+}
+
+int Printed(const std::string& text)
+{
+    std::fputs(text.c_str(), stdout);
+    return static_cast<int>(Exit::kDone);
+}
+
 int UnknownVerb(const std::vector<std::string>& arguments)
 {
     if (arguments.empty()) return Complain(Exit::kUsage, "which verb? type: wfctl --help");
-    if (arguments[0] == "--help" || arguments[0] == "-h" || arguments[0] == "help") {
-        std::fputs(OverviewText().c_str(), stdout);
-        return static_cast<int>(Exit::kDone);
-    }
-    if (arguments[0] == "--version") {
-        std::puts("wfctl " WATCH_VERSION);
-        return static_cast<int>(Exit::kDone);
-    }
     const std::string& word = arguments[0];
-    if (word.starts_with("-")) {
-        return Complain(Exit::kUsage, "there is no option [" + word + "]; " +
-                                          DidYouMean(word.substr(0, word.find('=')),
-                                                     {"--help", "--version", "--root", "--json"}) +
-                                          "type: wfctl --help");
-    }
-    std::string siblings;
-    for (const std::string_view verb : VerbsOf(word))
-        siblings += (siblings.empty() ? "" : ", ") + std::string(verb);
+    if (IsHelp(word)) return Printed(OverviewText());
+    if (word == "--version") return Printed("wfctl " WATCH_VERSION "\n");
+    if (word.starts_with("-")) return UnknownOption(word);
+    const std::string siblings = Listed(VerbsOf(word));
     const std::string hint = VerbHint(arguments);
     if (siblings.empty())
         return Complain(Exit::kUsage, "there is no verb [" + word + "]; " + hint + "type: wfctl --help");
+    if (std::ranges::any_of(arguments, IsHelp)) return Printed(GroupText(word));
     if (arguments.size() == 1 || arguments[1].starts_with("-"))
         return Complain(Exit::kUsage, "[" + word + "] takes another word: " + siblings);
     return Complain(Exit::kUsage,
@@ -328,6 +307,16 @@ std::span<const Verb> Verbs()
     return kVerbs;
 }
 
+Names VerbsOf(std::string_view word)
+{
+    const std::string before = std::string(word) + " ";
+    Names verbs;
+    for (const Verb& verb : kVerbs) {
+        if (verb.name.starts_with(before)) verbs.push_back(verb.name);
+    }
+    return verbs;
+}
+
 const Verb* FindVerb(std::span<const std::string> words, std::size_t* length)
 {
     *length = 0;
@@ -342,78 +331,16 @@ const Verb* FindVerb(std::span<const std::string> words, std::size_t* length)
     return nullptr;
 }
 
-std::string TypeOf(const CLI::Option& option)
+std::size_t OptionsBefore(std::span<const std::string> words)
 {
-    if (option.get_items_expected_max() == 0) return {};
-    // What follows the type's name is the checks'.
-    std::string type = option.get_type_name();
-    const auto colon = type.find(':');
-    if (colon != std::string::npos && colon > 0 && type[colon - 1] != '[') type.erase(colon);
-    return type;
-}
-
-std::string OptionText(const CLI::Option& option)
-{
-    if (option.get_positional()) return option.get_name(true);
-    std::string text;
-    for (const std::string& name : option.get_snames()) text += (text.empty() ? "-" : ", -") + name;
-    for (const std::string& name : option.get_lnames()) text += (text.empty() ? "--" : ", --") + name;
-    const std::string type = TypeOf(option);
-    return type.empty() ? text : text + " " + type;
-}
-
-std::string UsageText(const Verb& verb)
-{
-    constexpr std::size_t kLongest = 100;
-    std::string text = "usage: wfctl " + std::string(verb.name);
-    std::size_t letters = text.size(), depth = 0, begin = 0;
-    const std::string_view arguments = verb.arguments;
-    for (std::size_t i = 0; i <= arguments.size() && !arguments.empty(); ++i) {
-        if (i < arguments.size() && arguments[i] == '[') ++depth;
-        if (i < arguments.size() && arguments[i] == ']') --depth;
-        if (i < arguments.size() && (arguments[i] != ' ' || depth > 0)) continue;
-        const std::string_view word = arguments.substr(begin, i - begin);
-        const bool breaks = letters + 1 + LettersOf(word) > kLongest;
-        text += breaks ? "\n           " : " ";
-        letters = (breaks ? 11 : letters + 1) + LettersOf(word);
-        text += word;
-        begin = i + 1;
-    }
-    return text + "\n";
-}
-
-std::string OverviewText()
-{
-    std::string text =
-        "usage: wfctl VERB … [--root DIR] [--json]\n\nTalks to a watch, as whichever application you "
-        "say.\n\n";
-    std::size_t width = 0;
-    for (const Verb& verb : kVerbs) width = std::max(width, verb.name.size());
-    for (const Verb& verb : kVerbs) {
-        std::string name(verb.name);
-        name.resize(width, ' ');
-        text += "  " + name + " " + std::string(verb.help) + "\n";
-    }
-    text +=
-        "\n`wfctl VERB --help` tells more. Which watch: that of --root DIR, else of the environment\n"
-        "(DBUS_SESSION_BUS_ADDRESS, WATCH_ROOT, WATCH_RESOURCES, as DIR/watch.env sets them).\n\n";
-    return text + kExitStatuses;
-}
-
-std::string HelpText(const Verb& verb)
-{
-    CLI::App parser;
-    Options options;
-    DefineVerb(verb, parser, options);
-    std::string text = UsageText(verb) + "\n" + std::string(verb.help) + "\n\n";
-    for (const CLI::Option* option : parser.get_options())
-        text += OptionLine(OptionText(*option), option->get_description());
-    return text + "\nExample:\n  " + std::string(verb.example) + "\n\n" + kExitStatuses;
+    std::size_t count = 0;
+    while (count < words.size() && words[count].starts_with("-")) count += words[count] == "--root" ? 2 : 1;
+    return count;
 }
 
 Action DefineVerb(const Verb& verb, CLI::App& parser, Options& options)
 {
-    parser.set_help_flag("-h,--help", "this text");
+    parser.set_help_flag("-h,--help", "show the help");
     Action action = verb.define(parser);
     parser.add_option("--root", options.root, "the private watch below this folder")->type_name("DIR");
     parser.add_flag("--json", options.json, "print JSON");
@@ -436,8 +363,7 @@ int RunCommandLine(std::vector<std::string> arguments)
         parser.parse(words);
         return static_cast<int>(action(options));
     } catch (const CLI::CallForHelp&) {
-        std::fputs(HelpText(*verb).c_str(), stdout);
-        return static_cast<int>(Exit::kDone);
+        return Printed(HelpText(*verb));
     } catch (const CLI::ParseError& error) {
         const std::string what = ParseErrorText(error, parser);
         return Complain(Exit::kUsage, what + (what.ends_with('?') ? " " : "; ") + OptionHint(parser) +

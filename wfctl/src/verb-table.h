@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "exit-status.h"
+#include "hint.h"
 
 namespace Wfctl {
 
@@ -39,15 +40,23 @@ const Verb* FindVerb(std::span<const std::string> words, std::size_t* length);
 // "did you mean key get? " for words that name no verb, or empty.
 std::string VerbHint(std::span<const std::string> words);
 
-// An option as usage says it: "-h, --help", "--wait S"; a positional's name alone.
-std::string OptionText(const CLI::Option& option);
-// The name of what an option takes: "S"; empty for a flag.
-std::string TypeOf(const CLI::Option& option);
-// "usage: wfctl …", broken between arguments where it gets long.
-std::string UsageText(const Verb& verb);
+// The verbs of two words of which this one is the first.
+Names VerbsOf(std::string_view word);
 
-std::string OverviewText();
-std::string HelpText(const Verb& verb);
+// What may stand alone, or in front of a verb.
+struct FrontOption {
+    std::string_view name, help;
+};
+inline constexpr FrontOption kFrontOptions[] = {
+    {"--help",    "list the verbs"                     },
+    {"--version", "print the version"                  },
+    {"--root",    "the private watch below this folder"},
+    {"--json",    "print JSON"                         },
+};
+
+// How many words in front of the verb are options and their values: more than there are where a value is
+// missing.
+std::size_t OptionsBefore(std::span<const std::string> words);
 
 // The parser of one verb, with the options that every verb takes.
 Action DefineVerb(const Verb& verb, CLI::App& parser, Options& options);
@@ -106,6 +115,7 @@ Action DefineSettingWatch(CLI::App&);
 Action DefineMonitor(CLI::App&);
 Action DefineDoctor(CLI::App&);
 Action DefineCompletion(CLI::App&);
+Action DefineHelp(CLI::App&);
 Action DefineManual(CLI::App&);
 Action DefineSurveyList(CLI::App&);
 Action DefineSurveyQuery(CLI::App&);

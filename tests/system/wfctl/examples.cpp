@@ -55,6 +55,7 @@ constexpr const char* kVerbs[] = {
     "preview",
     "doctor",
     "completion",
+    "help",
     "manual",
     "delete",
 };

@@ -80,6 +80,7 @@ const Case kCases[] = {
     {"restore",             {"%/my-watch", "--yes"}, Form::kValue, {"folder", "faces", "pictures", "current", "notCarried"}},
     {"doctor",              {"--fix"}, Form::kValue, {"findings", "time"}},
     {"completion",          {"bash"}, Form::kValue, {"script"}},
+    {"help",                {"edit"}, Form::kValue, {"help"}},
     {"manual",              {"edit"}, Form::kValue, {"manual"}},
     {"up",                  {"--root", "%/other"}, Form::kValue, {"root", "address", "resources"}},
     {"down",                {"--root", "%/other"}, Form::kValue, {"root"}},

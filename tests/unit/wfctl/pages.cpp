@@ -15,6 +15,7 @@
 
 using namespace Wfctl;
 using testing::Contains;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -104,7 +105,7 @@ TEST(Completion, has_every_option)
 {
     for (const Verb& verb : Verbs()) {
         std::vector<std::string> typed = WordsOf(verb.name);
-        typed.emplace_back("--");
+        typed.emplace_back("-");
         const std::vector<std::string> completed = Completed(typed);
         CLI::App parser;
         Options options;
@@ -112,24 +113,86 @@ TEST(Completion, has_every_option)
         for (const CLI::Option* option : parser.get_options()) {
             for (const std::string& name : option->get_lnames())
                 EXPECT_THAT(completed, Contains("--" + name)) << verb.name;
+            for (const std::string& name : option->get_snames())
+                EXPECT_THAT(completed, Contains("-" + name)) << verb.name;
+            EXPECT_FALSE(!option->get_positional() && option->get_lnames().empty()) << verb.name;
         }
     }
 }
 
 TEST(Completion, has_only_what_begins_as_it_is_typed)
 {
-    EXPECT_THAT(Completed({"ed"}), testing::ElementsAre("edit"));
+    EXPECT_THAT(Completed({"ed"}), ElementsAre("edit"));
     EXPECT_THAT(Completed({"flyx"}), IsEmpty());
 }
 
 TEST(Completion, has_the_values_of_options)
 {
-    EXPECT_THAT(Completed({"render", "x", "--hours", ""}), testing::ElementsAre("12", "24"));
-    EXPECT_THAT(Completed({"setting", "set", "lang"}), testing::ElementsAre("language="));
-    EXPECT_THAT(Completed({"setting", "get", "lang"}), testing::ElementsAre("language"));
-    EXPECT_THAT(Completed({"bg", "add", "--type", "g"}), testing::ElementsAre("gallery-u1", "gallery"));
-    EXPECT_THAT(Completed({"key", "set", "--type", "b"}), testing::ElementsAre("bool"));
-    EXPECT_THAT(Completed({"launch", "com.corvane.w-h"}), testing::ElementsAre("com.corvane.w-home"));
+    EXPECT_THAT(Completed({"render", "x", "--hours", ""}), ElementsAre("12", "24"));
+    EXPECT_THAT(Completed({"setting", "set", "lang"}), ElementsAre("language="));
+    EXPECT_THAT(Completed({"setting", "get", "lang"}), ElementsAre("language"));
+    EXPECT_THAT(Completed({"bg", "add", "--type", "g"}), ElementsAre("gallery-u1", "gallery"));
+    EXPECT_THAT(Completed({"key", "set", "--type", "b"}), ElementsAre("bool"));
+    EXPECT_THAT(Completed({"launch", "com.corvane.w-h"}), ElementsAre("com.corvane.w-home"));
+}
+
+TEST(Completion, has_the_options_in_front_of_a_verb)
+{
+    EXPECT_THAT(Completed({"--"}), testing::UnorderedElementsAre("--help", "--version", "--root", "--json"));
+    EXPECT_THAT(Completed({"--root", "/x", "--json", "ed"}), ElementsAre("edit"));
+    EXPECT_TRUE(Complete(std::vector<std::string>{"--root", ""}).files);
+    EXPECT_THAT(Completed({"bg", "--h"}), ElementsAre("--help"));
+}
+
+TEST(Completion, has_the_verbs_behind_help)
+{
+    EXPECT_THAT(Completed({"help", "ed"}), ElementsAre("edit"));
+    EXPECT_THAT(Completed({"help", "setting", "se"}), ElementsAre("set"));
+}
+
+TEST(Completion, has_the_ports_of_the_application_that_is_typed)
+{
+    EXPECT_THAT(Completed({"listen", "--as", "com.corvane.w-home:"}),
+                ElementsAre("com.corvane.w-home:w-home::localport"));
+    EXPECT_THAT(Completed({"send", "com.corvane.watchface-service:"}),
+                ElementsAre("com.corvane.watchface-service:watchface-service::localport",
+                            "com.corvane.watchface-service:evaluation-helper-port"));
+    // A space behind the application would be in the way of its port.
+    EXPECT_THAT(Completed({"listen", "--as", "com.corvane.w-h"}),
+                ElementsAre("com.corvane.w-home", "com.corvane.w-home:w-home::localport"));
+    EXPECT_THAT(Completed({"listen", "--as", "com.corvane.w-"}),
+                ElementsAre("com.corvane.w-home", "com.corvane.w-manager-service"));
+}
+
+TEST(Completion, has_the_words_of_messages_and_launch_requests)
+{
+    EXPECT_THAT(Completed({"send", "com.corvane.watchface-service", "ty"}), ElementsAre("type="));
+    EXPECT_THAT(Completed({"send", "com.corvane.watchface-service", "type=watch-idle"}),
+                ElementsAre("type=watch-idle-changed"));
+    EXPECT_THAT(Completed({"launch", "com.corvane.watchface-service", "oper"}), ElementsAre("operation="));
+    EXPECT_THAT(Completed({"launch", "com.corvane.watchface-service", "operation=init"}),
+                ElementsAre("operation=init_watch"));
+}
+
+TEST(Completion, has_the_values_of_settings)
+{
+    EXPECT_THAT(Completed({"setting", "set", "language=k"}), ElementsAre("language=ko_KR"));
+    EXPECT_THAT(Completed({"setting", "set", "language", "k"}), ElementsAre("ko_KR"));
+    EXPECT_THAT(Completed({"setting", "set", "24-hour="}), ElementsAre("24-hour=true", "24-hour=false"));
+}
+
+TEST(Completion, goes_on_behind_a_comma)
+{
+    EXPECT_THAT(Completed({"sheet", "--language", "en_GB,k"}), ElementsAre("en_GB,ko_KR"));
+    EXPECT_THAT(Completed({"preview", "--language", "ko_KR,de_DE,k"}), IsEmpty());
+    EXPECT_THAT(Completed({"sheet", "--hours", "12,"}), ElementsAre("12,24"));
+}
+
+TEST(Completion, offers_what_is_repeated_only_once)
+{
+    EXPECT_THAT(Completed({"setting", "set", "language=de_DE", "l"}), IsEmpty());
+    EXPECT_THAT(Completed({"setting", "set", "language=de_DE", "timez"}), ElementsAre("timezone="));
+    EXPECT_THAT(Completed({"send", "com.corvane.w-home", "type=x", "type"}), IsEmpty());
 }
 
 TEST(Completion, leaves_files_to_the_shell)

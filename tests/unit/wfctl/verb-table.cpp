@@ -36,10 +36,11 @@ std::set<std::string> OptionsOf(const Verb& verb)
     verb.define(parser);
     std::set<std::string> options;
     for (const CLI::Option* option : parser.get_options()) {
-        for (const std::string& name : option->get_lnames()) options.insert("--" + name);
+        // Usage says the short name of those that have one.
         for (const std::string& name : option->get_snames()) options.insert("-" + name);
+        if (!option->get_snames().empty()) continue;
+        for (const std::string& name : option->get_lnames()) options.insert("--" + name);
     }
-    options.erase("--help");
     options.erase("-h");
     return options;
 }
@@ -112,6 +113,40 @@ TEST(Help, of_a_verb_has_a_line_for_every_option)
                              "\n  --untrusted ", "\n  --root DIR ", "\n  --json "}) {
         EXPECT_THAT(output.out, HasSubstr(text));
     }
+}
+
+TEST(Help, of_a_group_lists_its_verbs)
+{
+    for (const std::vector<std::string>& typed : std::vector<std::vector<std::string>>{
+             {"bg",     "--help"},
+             {"bg",     "-h"    },
+             {"--json", "bg",     "--help"},
+             {"help",        "bg"          }
+    }) {
+        const Output output = RunWfctl(typed);
+        EXPECT_EQ(output.status, 0) << typed[0];
+        EXPECT_THAT(output.out, StartsWith("usage: wfctl bg VERB"));
+        for (const char* verb :
+             {"\n  bg add ", "\n  bg del ", "\n  bg save ", "\n  bg cancel ", "\n  bg list "})
+            EXPECT_THAT(output.out, HasSubstr(verb));
+        EXPECT_THAT(output.out, testing::Not(HasSubstr("key get")));
+    }
+}
+
+TEST(Help, is_a_verb_too)
+{
+    EXPECT_EQ(RunWfctl({"help", "edit"}).out, RunWfctl({"edit", "--help"}).out);
+    EXPECT_EQ(RunWfctl({"help", "key", "get"}).out, RunWfctl({"key", "get", "--help"}).out);
+    EXPECT_EQ(RunWfctl({"help", "preview"}).out, RunWfctl({"preview", "--help"}).out);
+    EXPECT_EQ(RunWfctl({"help"}).out, RunWfctl({"--help"}).out);
+    const Output unknown = RunWfctl({"help", "edt"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_THAT(unknown.err, HasSubstr("did you mean edit?"));
+}
+
+TEST(Help, of_a_verb_names_those_of_two_words)
+{
+    EXPECT_THAT(RunWfctl({"preview", "--help"}).out, HasSubstr("See also: preview request, preview check\n"));
 }
 
 TEST(Help, of_a_verb_has_short_lines)
