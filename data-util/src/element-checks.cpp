@@ -154,10 +154,11 @@ void CheckElement(const Node& node, Findings& findings)
 
 void CheckBox(const Node& node, const Node& root, Findings& findings)
 {
+    // The canvas may lack a side, which is a finding of its own.
     const auto outside = [&](const char* from, const char* extent, const char* side) {
         const int begin = Thousandths(node.GetOrDefault(from));
-        return begin < 0 ||
-               begin + Thousandths(node.GetOrDefault(extent)) > Thousandths(root.GetOrDefault(side));
+        return begin < 0 || (root.Has(side) && begin + Thousandths(node.GetOrDefault(extent)) >
+                                                   Thousandths(root.GetOrDefault(side)));
     };
     if (!outside("x", "width", "width") && !outside("y", "height", "height")) return;
     findings.Add("W-OFF-CANVAS", node.Where(),

@@ -16,6 +16,10 @@ constexpr std::size_t kMostGroups = 16;
 constexpr std::size_t kMostSlots = 8;
 constexpr std::size_t kMostUsages = 2;
 
+// Names that are misspelled where they are defined: nothing names them so, but what is near to them. Either
+// spelling counts as refused from then on.
+void CheckDefinitions(const Node& root, Findings& findings);
+
 // Fills the document from its nodes: groups, photos, presets, slots, texts. Ids, defaults and palettes are
 // checked on the way.
 void FillDocument(FaceDocument& document, Findings& findings);
@@ -34,6 +38,9 @@ struct Condition {
 std::vector<Condition> ConditionsOf(const Node& node);
 // The same, the terms alone.
 std::vector<Term> TermsOf(const Node& node);
+
+// True for the value of a paint that names a palette's role.
+bool IsRole(std::string_view color);
 
 // What the attributes of an offer, a placement or a complication say about a world clock.
 WorldClock WorldClockOf(const Node& node);

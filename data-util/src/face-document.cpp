@@ -15,6 +15,7 @@ ParseResult ParseFace(std::string_view resultXml)
     FaceDocument document;
     document.tree = XmlTree::Load(resultXml, findings);
     if (document.tree && ReadNodes(*document.tree, FaceSchema(), document.root, findings)) {
+        CheckDefinitions(document.root, findings);
         FillDocument(document, findings);
         if (const Node* selection = document.root.Child(Element::kSelection))
             FillSelection(*selection, document, findings);

@@ -104,8 +104,10 @@ private:
     {
         std::set<std::string> ids;
         const Node* first = nullptr;
+        bool isKnown = !node.hasUnknownChild;  // a refused value may be the default
         for (const Node& child : node.children) {
             IsNew(ids, child, "id", "option");
+            isKnown = isKnown && (child.Has("default") || !child.Mentions("default"));
             Option option{child.Get("id"), child.Get("label-key"), {}, child.origin};
             if (child.Get("default") == "true") {
                 if (first != nullptr) {
@@ -120,7 +122,7 @@ private:
             AddColors(child, option);
             group.options.push_back(std::move(option));
         }
-        if (first == nullptr && !node.children.empty() && !node.hasUnknownChild) {
+        if (first == nullptr && !node.children.empty() && isKnown) {
             mFindings.Add("E-DEFAULT", node.Where(),
                           NameOf(group) + " has no default; mark one option with default=\"true\"");
         }

@@ -48,10 +48,8 @@ private:
     {
         for (const Node::Attribute& attribute : node.attributes) {
             const std::string& value = attribute.value;
-            if (attribute.rule->kind != ValueKind::kColor || value.empty() || value == "none" ||
-                value.starts_with('#'))
+            if (attribute.rule->kind != ValueKind::kColor || !IsRole(value) || mFindings.IsRefused(value))
                 continue;
-            if (mFindings.IsRefused(value)) continue;
             const bool exists = std::binary_search(mRoles.begin(), mRoles.end(), value);
             const std::string_view role = exists ? value : mFindings.Nearest(value, mRoles);
             mUsedRoles.Add(role);

@@ -83,7 +83,9 @@ private:
                 mFindings.Add("W-UNUSED", string.Where("key"),
                               "nothing uses the text " + Quoted(key) + "; remove it");
             } else if (!Exists(key)) {
-                ReportUnknown(string.Where("key"), key, mFindings.Nearest(key, mKeys));
+                const std::string_view meant = mFindings.Nearest(key, mKeys);
+                present.insert(meant);
+                ReportUnknown(string.Where("key"), key, meant);
             }
         }
         if (!isDefault) ReportUntranslated(strings, present);

@@ -106,6 +106,13 @@ std::vector<std::string> AFaceDocument::Codes() const
     return codes;
 }
 
+std::string AFaceDocument::Listed() const
+{
+    std::string listed;
+    for (const DataUtil::Finding& finding : Check()) listed += DataUtil::FormatFinding(finding) + "\n";
+    return listed;
+}
+
 std::string AFaceDocument::Flat() const
 {
     const DataUtil::ParseResult parsed = DataUtil::ParseFace(mText);
@@ -118,8 +125,7 @@ std::string AFaceDocument::Flat() const
 void AFaceDocument::ExpectOnly(std::string_view code, std::string_view where, std::string_view says) const
 {
     const auto findings = Check();
-    std::string listed;
-    for (const DataUtil::Finding& finding : findings) listed += DataUtil::FormatFinding(finding) + "\n";
+    const std::string listed = Listed();
     ASSERT_EQ(findings.size(), 1U) << listed;
     EXPECT_EQ(findings[0].code, code) << listed;
     EXPECT_EQ(findings[0].line, LineOf(where)) << listed;

@@ -23,6 +23,8 @@ protected:
 
     virtual std::vector<DataUtil::Finding> Check() const;
     std::vector<std::string> Codes() const;
+    // All findings, a line each.
+    std::string Listed() const;
     // The flat document; the text must be free of errors.
     std::string Flat() const;
 

@@ -1,6 +1,7 @@
 // A slip is told once: what only follows from it, and ends when it is mended, is no finding.
 
 #include <algorithm>
+#include <regex>
 #include <set>
 
 #include "a-face-document.h"
@@ -117,6 +118,24 @@ TEST_F(ASlip, in_an_element_keeps_no_fault_within_it_from_being_told)
     EXPECT_THAT(Codes(), ElementsAre("E-ELEMENT-UNKNOWN", "E-VALUE"));
 }
 
+TEST_F(ASlip, in_any_name_that_is_a_value_is_the_only_finding)
+{
+    const std::string whole = mText;
+    const std::regex name("=\"([a-z][a-z0-9.-]*)\"");
+    const std::size_t begin = whole.find("<face-result");
+    const std::string read = whole.substr(begin, whole.find("<selection") - begin);
+    for (std::sregex_iterator at(read.begin(), read.end(), name), end; at != end; ++at) {
+        const std::size_t last = begin + static_cast<std::size_t>(at->position(1) + at->length(1)) - 1;
+        mText = whole;
+        mText.insert(last, 1, mText[last]);
+        EXPECT_LE(Check().size(), 1U) << Listed();
+        if (at->length(1) < 4) continue;
+        mText = whole;
+        mText.erase(last, 1);
+        EXPECT_LE(Check().size(), 1U) << Listed();
+    }
+}
+
 TEST_F(AFaceDocument, reads_an_attribute_by_its_own_name_when_a_misspelled_one_stands_beside_it)
 {
     Replace("<switch id=\"seconds\"", "<switch idd=\"dial\" id=\"seconds\"");
@@ -203,4 +222,99 @@ TEST_F(AFaceDocument, names_no_group_without_a_name)
     Replace("label-key=\"dial.bars\" default=\"true\"", "label-key=\"dial.bars\"");
     ASSERT_THAT(Codes(), ElementsAre("E-DEFAULT", "E-VALUE"));
     EXPECT_THAT(Check()[0].message, testing::StartsWith("this group has no default;"));
+}
+
+TEST_F(AFaceDocument, is_told_of_a_misspelled_key_of_the_default_language_where_it_stands)
+{
+    Replace("<string key=\"tone.red\">Red</string>", "<string\nkey=\"tone.rde\">Red</string>");
+    ExpectOnly("E-REF-UNKNOWN", "key=\"tone.rde\"",
+               "nothing uses the text \"tone.rde\", but one that is not there; did you mean \"tone.red\"?");
+}
+
+TEST_F(AFaceDocument, is_told_of_a_misspelled_key_of_another_language_where_it_stands)
+{
+    Replace("<string key=\"tone.red\">Rot</string>", "<string key=\"tone.rde\">Rot</string>");
+    ExpectOnly("E-REF-UNKNOWN", ">Rot<", "did you mean \"tone.red\"?");
+}
+
+TEST_F(AFaceDocument, is_told_of_a_use_that_is_misspelled_where_the_text_is_translated)
+{
+    Replace("<option id=\"dots\" label-key=\"dial.dots\"/>", "<option id=\"dots\" label-key=\"tops\"/>");
+    Replace("label-key=\"top\"", "label-key=\"tops\"");
+    EXPECT_THAT(Codes(), ElementsAre("W-UNUSED", "E-REF-UNKNOWN", "E-REF-UNKNOWN"));
+}
+
+TEST_F(AFaceDocument, is_told_of_a_text_that_nothing_uses_though_what_is_used_is_nearer_to_another)
+{
+    Replace("<string key=\"top\">Top field</string>",
+            "<string key=\"top\">Top field</string><string key=\"topics\">Topics</string>");
+    Replace("text-key=\"title\"", "text-key=\"topi\"");
+    Replace("label-key=\"top\"", "label-key=\"topi\"");
+    EXPECT_THAT(Codes(), ElementsAre("W-UNUSED", "W-UNTRANSLATED", "E-REF-UNKNOWN", "E-REF-UNKNOWN"));
+}
+
+TEST_F(AFaceDocument, is_told_of_a_role_that_one_option_misspells_where_it_stands)
+{
+    const std::string whole = mText;
+    for (const std::string color : {"#FF0000", "#0000FF"}) {
+        mText = whole;
+        Replace("role=\"main\" value=\"" + color, "role=\"mian\" value=\"" + color);
+        ExpectOnly("E-COVERAGE", "mian", "not every option sets the role \"mian\"; did you mean \"main\"?");
+        EXPECT_THAT(Check()[0].path, testing::EndsWith("/color[mian]/@role"));
+    }
+}
+
+TEST_F(AFaceDocument, has_its_first_option_taken_for_right_where_nothing_else_tells)
+{
+    Replace("<color role=\"main\" value=\"#FF0000\"/>",
+            "<color role=\"main\" value=\"#FF0000\"/><color role=\"edge\" value=\"#880000\"/>");
+    Replace("<color role=\"main\" value=\"#0000FF\"/>",
+            "<color role=\"main\" value=\"#0000FF\"/><color role=\"egde\" value=\"#000088\"/>");
+    ExpectOnly("E-COVERAGE", "egde", "did you mean \"edge\"?");
+}
+
+TEST_F(AFaceDocument, is_told_of_a_misspelled_role_of_its_only_option_where_it_stands)
+{
+    Replace(
+        "      <option id=\"blue\" label-key=\"tone.blue\">\n"
+        "        <color role=\"main\" value=\"#0000FF\"/>\n      </option>\n",
+        "");
+    Replace("label-key=\"dial.dots\"/>", "label-key=\"tone.blue\"/>");
+    for (const char* text : {"Dots", "Punkte"})
+        Replace("    <string key=\"dial.dots\">" + std::string(text) + "</string>\n", "");
+    ASSERT_THAT(Codes(), IsEmpty());
+    Replace("role=\"main\"", "role=\"mian\"");
+    ExpectOnly("E-REF-UNKNOWN", "mian", "nothing uses the role \"mian\"");
+}
+
+TEST_F(AFaceDocument, is_told_of_the_misspelled_id_of_a_group_where_it_stands)
+{
+    Replace("<style id=\"dial\"", "<style id=\"dail\"");
+    ExpectOnly("E-REF-UNKNOWN", "<style", "nothing uses the group or slot \"dail\"");
+}
+
+TEST_F(AFaceDocument, is_not_refused_for_an_unused_group_near_to_one_that_was_chosen_before)
+{
+    Replace("<layer when=\"dial=bars\">", "<layer>");
+    Replace("<ticks when=\"dial=dots\"", "<ticks");
+    Replace(" when=\"dial=bars\"/>", "/>");
+    Replace("<selection>",
+            "<selection><pick group=\"dail\" option=\"bars\"/><pick group=\"dail\" option=\"dots\"/>");
+    EXPECT_THAT(Codes(), testing::UnorderedElementsAre("W-UNUSED", "N-PICK-UNKNOWN", "N-PICK-UNKNOWN"));
+}
+
+TEST_F(AFaceDocument, lacks_no_default_where_one_is_refused)
+{
+    Replace("default=\"true\"/>", "default=\"yes\"/>");
+    ExpectOnly("E-VALUE", "default=\"yes\"");
+}
+
+TEST_F(AFaceDocument, has_no_slot_beyond_a_canvas_without_a_side)
+{
+    Replace("width=\"360\" height=\"360\"", "width=\"360\"");
+    ExpectOnly("E-ATTRIBUTE-MISSING", "<face-result", "\"height\"");
+    Replace("width=\"360\" shape", "height=\"36O\" width=\"360\" shape");
+    ExpectOnly("E-VALUE", "<face-result");
+    Replace("x=\"150\" y=\"40\"", "x=\"150\" y=\"-1\"");
+    EXPECT_THAT(Codes(), ElementsAre("E-VALUE", "W-OFF-CANVAS"));
 }
