@@ -110,6 +110,9 @@ int RunDrawCommand(int argc, char** argv, const ConfineTo& confine)
     app.add_option("--timezone", settings.timezone, "Time zone of the preview's time")->capture_default_str();
     app.add_option("--size", settings.size, "Pixels of the longer side; the canvas' own by default")
         ->check(CLI::Range(1, Drawing::Limits::kLargestSide));
+    app.add_option("--assets", settings.assetFolders,
+                   "Folder where assets are looked up first; repeated for more")
+        ->allow_extra_args(false);
     app.add_option("--faces", settings.facesFolder, "Folder of faces where assets are looked up too");
     app.add_option("--trusted", settings.trustedFolder, "Folder of the user's pictures (theme/… below it)");
     try {

@@ -53,25 +53,29 @@ Exit FlattenFile(const Options& options, const FlattenArguments& arguments)
     return parsed.document ? Exit::kDone : Exit::kError;
 }
 
-// The watch's look, but for what the user says. What nobody knows is drawn as if it were not said, and told.
+// The watch's look, but for what the user says. What nobody knows is told; a language may still be one of the
+// document's own.
 Look ChosenLook(const RenderArguments& arguments)
 {
     Look look = WatchLook();
     if (arguments.hours != 0) look.is24Hours = arguments.hours == 24;
     if (!arguments.language.empty()) Warn(LanguageProblem(look.language = arguments.language));
-    if (!arguments.timezone.empty()) Warn(TimezoneProblem(look.timezone = arguments.timezone));
+    if (const std::string problem = arguments.timezone.empty() ? "" : TimezoneProblem(arguments.timezone);
+        !problem.empty())
+        Warn(problem);
+    else if (!arguments.timezone.empty())
+        look.timezone = arguments.timezone;
     look.size = arguments.size;
     return look;
 }
 
 // The picture's name where the user gave none; what is there by that name may be another's.
-std::string NewPicture(const RenderArguments& arguments, const Drawable& drawable)
+std::string NewPicture(const Drawable& drawable)
 {
     std::string out = drawable.name + ".png";
     std::error_code error;
     if (!std::filesystem::exists(std::filesystem::symlink_status(out, error))) return out;
-    throw Stop(Exit::kError, "[" + out + "] is there already; to draw over it, type: wfctl render " +
-                                 ShellQuoted(arguments.what) + " -o " + ShellQuoted(out));
+    throw Stop(Exit::kError, "[" + out + "] is there already; to draw over it, add: -o " + ShellQuoted(out));
 }
 
 Exit Render(const Options& options, const RenderArguments& arguments)
@@ -80,7 +84,7 @@ Exit Render(const Options& options, const RenderArguments& arguments)
     SelectWatch(options.root);
     const TemporaryFolder scratch;
     const Drawable drawable = FindDrawable(arguments.what, scratch.Path());
-    const std::string out = arguments.out.empty() ? NewPicture(arguments, drawable) : arguments.out;
+    const std::string out = arguments.out.empty() ? NewPicture(drawable) : arguments.out;
     if (!Draw({
             {drawable, ChosenLook(arguments), out}
     })[0])

@@ -9,7 +9,9 @@
 #include <utility>
 
 #include "exit-status.h"
+#include "locale-findings.h"
 #include "nearest-name.h"
+#include "private-watch.h"
 #include "xml-gate.h"
 
 namespace Wfctl {
@@ -82,6 +84,15 @@ void PrintFindings(const std::string& file, const std::vector<DataUtil::Finding>
     for (const DataUtil::Finding& finding : findings) {
         std::fprintf(stderr, "%s\n", FindingLine(file, finding).c_str());
     }
+}
+
+DataUtil::FaceDocument ParsedOrRefused(const std::string& file, const std::string& xml)
+{
+    DataUtil::ParseResult parsed = DataUtil::ParseFace(xml);
+    if (parsed.document) return *std::move(parsed.document);
+    PrintFindings(file, WithUnknownLocales(xml, parsed.findings));
+    throw Stop(Exit::kError,
+               "[" + file + "] is refused, so nothing is sent; type: wfctl validate " + ShellQuoted(file));
 }
 
 Json FindingsJson(const std::string& file, const std::vector<DataUtil::Finding>& findings)

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "face-document.h"
 #include "finding.h"
 #include "json-text.h"
 
@@ -39,6 +40,11 @@ std::string FindingLine(const std::string& file, const DataUtil::Finding& findin
 
 // To stderr, one line each.
 void PrintFindings(const std::string& file, const std::vector<DataUtil::Finding>& findings);
+
+// The document of a result XML; where it is refused its findings go to stderr, and the verb stops: before
+// anything is sent. `file` is what the user named.
+DataUtil::FaceDocument ParsedOrRefused(const std::string& file, const std::string& xml);
+
 Json FindingsJson(const std::string& file, const std::vector<DataUtil::Finding>& findings);
 
 }  // namespace Wfctl

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -31,7 +32,8 @@ namespace fs = std::filesystem;
 
 constexpr char kDrawingProgram[] = "watchface-capture";
 
-// A result XML that the user named.
+// A result XML that the user named. Its assets lie beside it, and those that do not in the folder of the
+// watch's face that it is a copy of.
 Drawable FlattenedInto(const std::string& scratch, const std::string& file, const std::string& text)
 {
     const DataUtil::ParseResult parsed = DataUtil::ParseFace(text);
@@ -39,15 +41,17 @@ Drawable FlattenedInto(const std::string& scratch, const std::string& file, cons
     if (!parsed.document) throw Stop(Exit::kError, "[" + file + "] is refused, so there is nothing to draw");
     const std::string& id = parsed.document->id;
     WriteFile(scratch + "/watchface.xml", DataUtil::Flatten(*parsed.document));
-    // A face's assets lie beside its result XML; one that lies elsewhere is an edited copy of a shipped
-    // face's.
-    const fs::path folder = fs::absolute(file).parent_path();
-    const auto shipped = FindFace(id);
-    const bool isCopy = shipped && folder.filename() != id;
-    std::error_code error;
-    fs::create_directory_symlink(isCopy ? fs::path(shipped->folder) : folder, fs::path(scratch) / id, error);
+    std::vector<std::string> assets = {fs::absolute(file).parent_path()};
+    if (const auto face = FindFace(id)) assets.push_back(face->folder);
     const DocumentFacts facts = FactsOf(text);
-    return {scratch + "/watchface.xml", scratch, id, facts.title, facts.isRound, file + " (flattened)"};
+    return {scratch + "/watchface.xml",
+            ShippedFaces(),
+            id,
+            facts.title,
+            facts.isRound,
+            file,
+            std::move(assets),
+            true};
 }
 
 std::string SettingText(std::string_view name)
@@ -73,6 +77,7 @@ std::vector<std::string> WordsFor(const Picture& picture)
                                       "--trusted",
                                       Platform::CurrentAreas().TrustedOf(std::string(Platform::kFacesId))};
     if (!picture.what.faces.empty()) words.insert(words.end(), {"--faces", picture.what.faces});
+    for (const std::string& folder : picture.what.assets) words.insert(words.end(), {"--assets", folder});
     if (picture.look.size > 0) words.insert(words.end(), {"--size", std::to_string(picture.look.size)});
     return words;
 }
@@ -85,12 +90,22 @@ std::string Program()
                "the drawing program [" + program + "] is missing; build or install it first");
 }
 
-// Passes on what was said about a picture, with the document's name as the user knows it.
+// "watchface.xml:41:3: warning: …", with the document's name as the user knows it, and without a place that
+// the user's document does not have.
+std::string AsKnown(std::string line, const Drawable& about)
+{
+    if (!line.starts_with(about.document + ":")) return line;
+    line.erase(0, about.document.size());
+    if (about.isMade) line.erase(0, std::min(line.find_first_not_of(":0123456789"), line.size()));
+    return about.shownAs + (about.isMade ? ":" : "") + line;
+}
+
+// Passes on what was said about a picture.
 void PrintComplaints(const std::string& file, const Drawable& about, std::set<std::string>& printed)
 {
     std::ifstream lines(file);
     for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with(about.document)) line.replace(0, about.document.size(), about.shownAs);
+        line = AsKnown(std::move(line), about);
         if (printed.insert(line).second) std::fprintf(stderr, "%s\n", line.c_str());
     }
 }

@@ -15,7 +15,9 @@ struct Drawable {
     std::string name;
     std::string title;  // may be empty
     bool isRound = true;
-    std::string shownAs;  // how messages name the document
+    std::string shownAs;                   // how messages name the document
+    std::vector<std::string> assets = {};  // folders where they are looked up first
+    bool isMade = false;                   // from shownAs, in which nothing has the document's lines
 };
 
 // What `what` names: a result XML, a flat document, or a watch face of the selected watch. A result XML is

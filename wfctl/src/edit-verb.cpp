@@ -40,15 +40,6 @@ struct StoredFace {
     DataUtil::FaceDocument document;
 };
 
-// The document, or Stop with its findings.
-DataUtil::FaceDocument ParsedOrRefused(const std::string& file, const std::string& xml)
-{
-    DataUtil::ParseResult parsed = DataUtil::ParseFace(xml);
-    if (parsed.document) return *std::move(parsed.document);
-    PrintFindings(file, WithUnknownLocales(xml, parsed.findings));
-    throw Stop(Exit::kError, "[" + file + "] is refused; type: wfctl validate " + ShellQuoted(file));
-}
-
 StoredFace ReadStored(const std::string& name)
 {
     const Face face = RequireFace(name);

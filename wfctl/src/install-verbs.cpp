@@ -22,8 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kResultSuffix[] = "_result";
-
 struct InstallArguments {
     std::string type;  // of the message
     std::string file, name, icon, label;
@@ -36,32 +34,16 @@ struct InstallArguments {
 struct Document {
     std::string xml, name, label;
     std::set<std::string> assets;
-    bool isGood = false;
 };
 
-// The face's name and label where the user gave none: the document's own.
+// The service makes a face's folder before it looks at the document, so a bad one is not even sent. The name
+// and the label are the document's own where the user gave none.
 Document ReadDocument(const InstallArguments& arguments)
 {
-    Document document{ReadNamedFile(arguments.file), arguments.name, arguments.label, {}, false};
-    const DataUtil::ParseResult parsed = DataUtil::ParseFace(document.xml);
-    document.isGood = parsed.document.has_value();
-    if (parsed.document) {
-        if (document.name.empty()) document.name = parsed.document->id;
-        if (document.label.empty()) document.label = FactsOf(document.xml).title;
-        document.assets = DataUtil::AssetPaths(*parsed.document);
-    }
-    std::string stem = fs::path(arguments.file).stem().string();
-    if (document.name.empty() && stem.ends_with(kResultSuffix)) {
-        document.name = stem.substr(0, stem.size() - std::string_view(kResultSuffix).size());
-    }
-    if (document.name.empty()) {
-        throw Stop(Exit::kUsage,
-                   "[" + arguments.file +
-                       "] does not say which watch face it is, because it cannot be read as one; "
-                       "type: wfctl flatten " +
-                       ShellQuoted(arguments.file) + ", or say --name NAME");
-    }
-    return document;
+    const std::string xml = ReadNamedFile(arguments.file);
+    const DataUtil::FaceDocument face = ParsedOrRefused(arguments.file, xml);
+    return {xml, arguments.name.empty() ? face.id : arguments.name,
+            arguments.label.empty() ? FactsOf(xml).title : arguments.label, DataUtil::AssetPaths(face)};
 }
 
 // What the user had chosen, in the new document too; what it does not offer any more is told.
@@ -69,7 +51,7 @@ void KeepSelection(Document& document)
 {
     const auto stored = FindFace(document.name);
     std::error_code error;
-    if (!stored || !document.isGood || !fs::exists(stored->ResultXml(), error)) return;
+    if (!stored || !fs::exists(stored->ResultXml(), error)) return;
     DataUtil::Migrated migrated = DataUtil::Migrate(document.xml, ReadNamedFile(stored->ResultXml()));
     PrintFindings(stored->ResultXml(), migrated.notes);
     document.xml = std::move(migrated.text);
@@ -130,10 +112,7 @@ Action Define(CLI::App& parser, const char* type)
     const auto arguments = std::make_shared<InstallArguments>();
     arguments->type = type;
     parser.add_option("RESULT.xml", arguments->file, "the face's result XML")->required();
-    parser
-        .add_option(
-            "--name", arguments->name,
-            "the watch face's name (default: the document's id, or the file's where that cannot be read)")
+    parser.add_option("--name", arguments->name, "the watch face's name (default: the document's id)")
         ->type_name("NAME");
     parser.add_option("--icon", arguments->icon, "a preview to start with")->type_name("PNG");
     parser.add_option("--label", arguments->label, "the name to display (default: the document's title)")

@@ -162,7 +162,11 @@ TEST_F(ADoctor, leaves_what_changed_after_the_service_began_until_that_ends)
 
 TEST_F(ADoctor, moves_the_empty_folder_of_a_refused_face_away)
 {
-    EXPECT_EQ(Run({"install", Holding("five.xml", "<face-result/>"), "--name", "five"}).status, 1);
+    const std::string document = "data/xml_data=@" + Holding("five.xml", "<face-result/>");
+    ASSERT_EQ(Run({"send", "--as", kManager, kService, "type=watch-setting-created", "pkgid=five", document,
+                   "--wait", "20", "--count", "1"})
+                  .status,
+              0);
     const Json report = Findings();
     ASSERT_THAT(Codes(report), ElementsAre("no-document"));
     EXPECT_THAT(report["findings"][0]["what"].get<std::string>(), HasSubstr("is empty"));

@@ -97,18 +97,36 @@ TEST_F(AWatch, names_no_preview_that_was_not_waited_for)
               "installed " + std::string(kClassic) + " (Mirel Classic)\n");
 }
 
-TEST_F(AWatch, says_why_a_face_was_refused_and_changes_nothing)
+TEST_F(AWatch, is_not_sent_a_face_that_would_be_refused)
 {
-    const std::string bad = Replaced(ContentsOf(StagedResultXml(kClassic)), "format=\"1\"", "format=\"99\"");
-    const std::string file = Holding("bad_result.xml", bad);
-    const Result refused = Run({"install", file, "--name", kClassic});
+    const std::string bad = Replaced(ContentsOf(StagedResultXml(kClassic)), "<ticks", "<tickz");
+    const std::string file = Holding("element_result.xml", bad);
+    for (const char* verb : {"install", "update"}) {
+        const Result refused = Run({verb, file});
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_EQ(refused.out, "");
+        EXPECT_THAT(refused.err, StartsWith(file + ":"));
+        EXPECT_THAT(refused.err, HasSubstr("did you mean \"ticks\"?"));
+        EXPECT_THAT(refused.err,
+                    HasSubstr("is refused, so nothing is sent; type: wfctl validate '" + file + "'"));
+    }
+    EXPECT_FALSE(fs::exists(fs::path(ReadWriteFace(kClassic)).parent_path().parent_path() / "element"));
+    EXPECT_FALSE(fs::exists(ReadWriteFace(kClassic)));
+}
+
+TEST_F(AWatch, says_that_the_service_refused_a_face_and_where_to_look)
+{
+    fs::path folder = ReadWriteFace(kClassic);
+    folder = folder.parent_path();
+    fs::create_directories(folder.parent_path());
+    std::ofstream(folder) << "a file where the folder would be";
+    const std::string file = StagedResultXml(kClassic);
+    const Result refused = Run({"install", file});
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.out, "");
-    EXPECT_THAT(refused.err,
-                HasSubstr("refused [" + std::string(kClassic) + "]; type: wfctl validate '" + file + "'; "));
+    EXPECT_THAT(refused.err, HasSubstr("the service refused [" + std::string(kClassic) +
+                                       "]; type: wfctl validate '" + file + "'; "));
     EXPECT_EQ(Run({"install", file, "--json"}).AsJson()["bundle"]["status"], "fail");
-    EXPECT_THAT(refused.err, HasSubstr("E-FORMAT-VERSION"));
-    EXPECT_FALSE(fs::exists(ReadWriteFace(kClassic) + kClassic + "_result.xml"));
 }
 
 TEST_F(AWatch, takes_an_icon_from_anywhere)

@@ -115,6 +115,67 @@ TEST_F(AFolder, is_told_of_languages_and_time_zones_that_nobody_knows)
                 IsEmpty());
 }
 
+TEST_F(AFolder, has_one_warning_of_an_unknown_time_zone_which_changes_nothing)
+{
+    const std::string face = StagedResultXml("com.corvane.watchface-mirel-c4");
+    const std::string plain = mFolder + "/plain.png", zoned = mFolder + "/zoned.png";
+    EXPECT_EQ(Wfctl({"render", face, "-o", plain}).status, 0);
+    EXPECT_EQ(Wfctl({"render", face, "-o", zoned, "--timezone", "Asia/Tokio"}).err,
+              "wfctl: warning: there is no time zone [Asia/Tokio]; did you mean Asia/Tokyo?\n");
+    EXPECT_EQ(ContentsOf(zoned), ContentsOf(plain));
+}
+
+TEST_F(AFolder, keeps_its_pictures_where_none_is_named)
+{
+    const std::string render = "cd " + mFolder + " && '" WFCTL "' render '" + StagedResultXml(kDigital) +
+                               "' --language de_DE --hours 12";
+    ASSERT_EQ(RunProgram({"sh", "-c", render}, {}).status, 0);
+    const std::string picture = std::string("'") + kDigital + ".png'";
+    const Result again = RunProgram({"sh", "-c", render}, {});
+    EXPECT_EQ(again.status, 1);
+    EXPECT_THAT(again.err, HasSubstr("to draw over it, add: -o " + picture + "\n"));
+    EXPECT_EQ(RunProgram({"sh", "-c", render + " -o " + picture}, {}).status, 0);
+}
+
+namespace {
+
+constexpr char kPictured[] =
+    R"(<face-result format="1" id="com.example.pictured" version="1" width="64" height="64"
+ shape="round" default-language="en" preview-time="10:08:36" title-key="t">
+<strings language="en"><string key="t">T</string></strings>
+<scene><image src="own.png" x="0" y="0" width="64" height="64"/></scene></face-result>)";
+
+}  // namespace
+
+TEST_F(AWatch, draws_a_named_file_with_the_assets_beside_it)
+{
+    const std::string file = Holding("pictured_result.xml", kPictured);
+    Holding("own.png", ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png"));
+    const std::string before = mFolder + "/before.png", after = mFolder + "/after.png";
+    EXPECT_EQ(Run({"render", file, "-o", before}).err, "");
+    ASSERT_EQ(Run({"install", file}).status, 0);
+    EXPECT_EQ(Run({"render", file, "-o", after}).err, "");
+    EXPECT_EQ(ContentsOf(after), ContentsOf(before));
+    EXPECT_EQ(Run({"sheet", file, "-o", after}).err, "");
+    EXPECT_EQ(Run({"preview", "--matrix", file, "-o", after}).err, "");
+}
+
+TEST_F(AWatch, draws_a_named_file_with_the_assets_of_its_face_where_none_lie_beside_it)
+{
+    const std::string file = Holding("pictured_result.xml", kPictured);
+    ASSERT_EQ(Run({"install", file}).status, 0);
+    fs::copy_file(ReadOnlyFace(kClassic) + kClassic + ".png",
+                  ReadWriteFace("com.example.pictured") + "own.png");
+    EXPECT_EQ(Run({"render", file, "-o", mFolder + "/x.png"}).err, "");
+}
+
+TEST_F(AFolder, is_told_of_a_missing_image_without_the_line_of_another_document)
+{
+    const std::string file = Holding("pictured_result.xml", kPictured);
+    EXPECT_EQ(Wfctl({"render", file, "-o", mFolder + "/x.png"}).err,
+              file + ": warning: <image>: the image \"own.png\" is missing\n");
+}
+
 TEST_F(AWatch, takes_no_language_or_time_zone_that_nobody_knows)
 {
     const Result language = Run({"setting", "set", "24-hour=true", "language=xx"});

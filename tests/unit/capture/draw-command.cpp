@@ -146,6 +146,26 @@ TEST_F(ADrawCommand, finds_assets_beside_the_document_and_among_the_faces)
     EXPECT_THAT(said, HasSubstr("watchface.xml:5:1: warning: <image>: the image \"a.png\" is missing"));
 }
 
+TEST_F(ADrawCommand, looks_first_where_it_is_told_for_assets)
+{
+    Draw();
+    const std::string picture = folder + "/out.png";
+    for (const char* name : {"one", "two"}) std::filesystem::create_directories(folder + "/" + name);
+    Write("watchface.xml",
+          std::string(kDocument) + R"(<image src="a.png" x="0" y="0" width="9" height="9"/></watchface>)");
+    std::filesystem::copy_file(picture, folder + "/two/a.png");
+    EXPECT_EQ(Draw({"--assets", folder + "/one", "--assets", folder + "/two"}), 0);
+    EXPECT_EQ(said, "");
+    const std::string drawn = Read("out.png");
+    Write("one/a.png", "no picture");
+    EXPECT_EQ(Draw({"--assets", folder + "/one", "--assets", folder + "/two"}), 0);
+    EXPECT_THAT(said, HasSubstr("a.png"));
+    Write("a.png", "no picture");
+    EXPECT_EQ(Draw({"--assets", folder + "/two"}), 0);
+    EXPECT_EQ(said, "");
+    EXPECT_EQ(Read("out.png"), drawn);
+}
+
 TEST_F(ADrawCommand, takes_the_folder_of_the_users_pictures)
 {
     Draw();
