@@ -86,6 +86,16 @@ void AFaceDocument::Replace(std::string_view from, std::string_view to)
     mText.replace(at, from.size(), to);
 }
 
+void AFaceDocument::AddBefore(std::string_view there, std::string_view more)
+{
+    Replace(there, std::string(more).append(there));
+}
+
+void AFaceDocument::AddAfter(std::string_view there, std::string_view more)
+{
+    Replace(there, std::string(there).append(more));
+}
+
 int AFaceDocument::LineOf(std::string_view text) const
 {
     const std::size_t at = mText.find(text);

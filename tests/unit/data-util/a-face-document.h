@@ -18,6 +18,9 @@ protected:
 
     // Replaces the one place in the text that reads `from`.
     void Replace(std::string_view from, std::string_view to);
+    // Adds to the one place that reads `there`.
+    void AddBefore(std::string_view there, std::string_view more);
+    void AddAfter(std::string_view there, std::string_view more);
     // The number of the one line that holds `text`.
     int LineOf(std::string_view text) const;
 

@@ -107,7 +107,7 @@ TEST_F(ASlip, that_misplaces_an_element_leaves_no_reference_unknown)
     const std::size_t end = mText.find("    <switch");
     const std::string palette = mText.substr(begin, end - begin);
     mText.erase(begin, end - begin);
-    Replace("  <options>", palette + "  <options>");
+    AddBefore("  <options>", palette);
     ExpectOnly("E-PLACE", "<palette");
 }
 
@@ -177,10 +177,8 @@ TEST_F(AFaceDocument, is_not_told_to_remove_what_a_reference_near_to_nothing_may
 TEST_F(AFaceDocument, is_told_of_an_unused_text_beside_a_misspelled_one)
 {
     Replace("label-key=\"top\"", "label-key=\"tops\"");
-    Replace("<string key=\"top\">Top field</string>",
-            "<string key=\"top\">Top field</string><string key=\"extra\">E</string>");
-    Replace("<string key=\"top\">Oberes Feld</string>",
-            "<string key=\"top\">Oberes Feld</string><string key=\"extra\">E</string>");
+    AddAfter("<string key=\"top\">Top field</string>", "<string key=\"extra\">E</string>");
+    AddAfter("<string key=\"top\">Oberes Feld</string>", "<string key=\"extra\">E</string>");
     EXPECT_THAT(Codes(), ElementsAre("W-UNUSED", "E-REF-UNKNOWN"));
     EXPECT_THAT(Check()[0].message, testing::HasSubstr("\"extra\""));
 }
@@ -193,8 +191,8 @@ TEST_F(AFaceDocument, is_not_told_to_remove_the_group_that_a_misspelled_one_is_n
 
 TEST_F(AFaceDocument, tells_options_apart_by_a_condition_with_a_misspelled_group_or_option)
 {
-    Replace("<option id=\"dots\" label-key=\"dial.dots\"/>",
-            "<option id=\"dots\" label-key=\"dial.dots\"/><option id=\"none\" label-key=\"dial.dots\"/>");
+    AddAfter("<option id=\"dots\" label-key=\"dial.dots\"/>",
+             "<option id=\"none\" label-key=\"dial.dots\"/>");
     const std::string whole = mText;
     Replace("when=\"dial=dots\"", "when=\"dail=dots\"");
     ExpectOnly("E-REF-UNKNOWN", "dail=dots");
@@ -246,8 +244,7 @@ TEST_F(AFaceDocument, is_told_of_a_use_that_is_misspelled_where_the_text_is_tran
 
 TEST_F(AFaceDocument, is_told_of_a_text_that_nothing_uses_though_what_is_used_is_nearer_to_another)
 {
-    Replace("<string key=\"top\">Top field</string>",
-            "<string key=\"top\">Top field</string><string key=\"topics\">Topics</string>");
+    AddAfter("<string key=\"top\">Top field</string>", "<string key=\"topics\">Topics</string>");
     Replace("text-key=\"title\"", "text-key=\"topi\"");
     Replace("label-key=\"top\"", "label-key=\"topi\"");
     EXPECT_THAT(Codes(), ElementsAre("W-UNUSED", "W-UNTRANSLATED", "E-REF-UNKNOWN", "E-REF-UNKNOWN"));
@@ -266,10 +263,8 @@ TEST_F(AFaceDocument, is_told_of_a_role_that_one_option_misspells_where_it_stand
 
 TEST_F(AFaceDocument, has_its_first_option_taken_for_right_where_nothing_else_tells)
 {
-    Replace("<color role=\"main\" value=\"#FF0000\"/>",
-            "<color role=\"main\" value=\"#FF0000\"/><color role=\"edge\" value=\"#880000\"/>");
-    Replace("<color role=\"main\" value=\"#0000FF\"/>",
-            "<color role=\"main\" value=\"#0000FF\"/><color role=\"egde\" value=\"#000088\"/>");
+    AddAfter("<color role=\"main\" value=\"#FF0000\"/>", "<color role=\"edge\" value=\"#880000\"/>");
+    AddAfter("<color role=\"main\" value=\"#0000FF\"/>", "<color role=\"egde\" value=\"#000088\"/>");
     ExpectOnly("E-COVERAGE", "egde", "did you mean \"edge\"?");
 }
 
@@ -287,6 +282,16 @@ TEST_F(AFaceDocument, is_told_of_a_misspelled_role_of_its_only_option_where_it_s
     ExpectOnly("E-REF-UNKNOWN", "mian", "nothing uses the role \"mian\"");
 }
 
+TEST_F(AFaceDocument, is_told_of_uses_that_are_misspelled_where_they_are_no_more_than_the_definitions)
+{
+    AddAfter("<color role=\"main\" value=\"#FF0000\"/>", "<color role=\"edge\" value=\"#880000\"/>");
+    AddAfter("<color role=\"main\" value=\"#0000FF\"/>", "<color role=\"edge\" value=\"#000088\"/>");
+    Replace("width=\"4\" color=\"main\"", "width=\"4\" color=\"egde\"");
+    Replace("width=\"6\" color=\"main\"", "width=\"6\" color=\"egde\"");
+    EXPECT_THAT(Codes(), ElementsAre("E-REF-UNKNOWN", "E-REF-UNKNOWN"));
+    EXPECT_EQ(Check()[0].line, LineOf("width=\"4\" color=\"egde\""));
+}
+
 TEST_F(AFaceDocument, is_told_of_the_misspelled_id_of_a_group_where_it_stands)
 {
     Replace("<style id=\"dial\"", "<style id=\"dail\"");
@@ -298,8 +303,7 @@ TEST_F(AFaceDocument, is_not_refused_for_an_unused_group_near_to_one_that_was_ch
     Replace("<layer when=\"dial=bars\">", "<layer>");
     Replace("<ticks when=\"dial=dots\"", "<ticks");
     Replace(" when=\"dial=bars\"/>", "/>");
-    Replace("<selection>",
-            "<selection><pick group=\"dail\" option=\"bars\"/><pick group=\"dail\" option=\"dots\"/>");
+    AddAfter("<selection>", "<pick group=\"dail\" option=\"bars\"/><pick group=\"dail\" option=\"dots\"/>");
     EXPECT_THAT(Codes(), testing::UnorderedElementsAre("W-UNUSED", "N-PICK-UNKNOWN", "N-PICK-UNKNOWN"));
 }
 
@@ -313,7 +317,7 @@ TEST_F(AFaceDocument, has_no_slot_beyond_a_canvas_without_a_side)
 {
     Replace("width=\"360\" height=\"360\"", "width=\"360\"");
     ExpectOnly("E-ATTRIBUTE-MISSING", "<face-result", "\"height\"");
-    Replace("width=\"360\" shape", "height=\"36O\" width=\"360\" shape");
+    AddBefore("width=\"360\" shape", "height=\"36O\" ");
     ExpectOnly("E-VALUE", "<face-result");
     Replace("x=\"150\" y=\"40\"", "x=\"150\" y=\"-1\"");
     EXPECT_THAT(Codes(), ElementsAre("E-VALUE", "W-OFF-CANVAS"));

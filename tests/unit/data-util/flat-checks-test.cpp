@@ -44,14 +44,13 @@ TEST_F(AFlatDocumentCheck, refuses_a_palette_role)
 
 TEST_F(AFlatDocumentCheck, refuses_options)
 {
-    Replace("</watchface>", "<options/></watchface>");
+    AddBefore("</watchface>", "<options/>");
     ExpectOnly("E-ELEMENT-UNKNOWN", "<options/>");
 }
 
 TEST_F(AFlatDocumentCheck, refuses_texts_behind_the_drawing)
 {
-    Replace("</watchface>",
-            "<strings language=\"de\"><string key=\"title\">A</string></strings></watchface>");
+    AddBefore("</watchface>", "<strings language=\"de\"><string key=\"title\">A</string></strings>");
     EXPECT_THAT(Codes(), testing::UnorderedElementsAre("E-PLACE", "W-UNTRANSLATED"));
 }
 
@@ -63,9 +62,7 @@ TEST_F(AFlatDocumentCheck, refuses_a_key_without_a_text)
 
 TEST_F(AFlatDocumentCheck, says_nothing_of_texts_of_labels)
 {
-    Replace("    <string key=\"far\">Far away</string>\n",
-            "    <string key=\"far\">Far away</string>\n"
-            "    <string key=\"unused\">Unused</string>\n");
+    AddAfter("    <string key=\"far\">Far away</string>\n", "    <string key=\"unused\">Unused</string>\n");
     ExpectOnly("W-UNTRANSLATED", "<strings language=\"pt-BR\">", "unused");
 }
 
@@ -78,7 +75,7 @@ TEST_F(AFlatDocumentCheck, refuses_a_layer_that_changes_nothing)
 
 TEST_F(AFlatDocumentCheck, refuses_a_text_with_two_contents)
 {
-    Replace("<text text=\"Lima\"", "<text text=\"Lima\" skeleton=\"d\"");
+    AddAfter("<text text=\"Lima\"", " skeleton=\"d\"");
     ExpectOnly("E-ATTRIBUTE-CHOICE", "skeleton=\"d\"", "exactly one of");
 }
 
@@ -101,7 +98,7 @@ TEST_F(AFlatDocumentCheck, refuses_a_ninth_complication)
         more += "<complication name=\"c" + std::to_string(i) +
                 "\" group=\"g\" source=\"empty\" x=\"0\" y=\"0\" width=\"9\" height=\"9\"/>\n";
     }
-    Replace("</watchface>", more + "</watchface>");
+    AddBefore("</watchface>", more);
     ExpectOnly("E-LIMIT-COUNT", "name=\"c5\"", "8 complications");
 }
 
@@ -137,7 +134,7 @@ TEST_F(AFlatDocumentCheck, refuses_a_world_clock_without_its_city)
 
 TEST_F(AFlatDocumentCheck, refuses_a_city_without_a_world_clock)
 {
-    Replace("source=\"weather\"", "source=\"weather\" city=\"Lima\"");
+    AddAfter("source=\"weather\"", " city=\"Lima\"");
     ExpectOnly("E-ATTRIBUTE-CHOICE", "name=\"info\"");
 }
 

@@ -110,9 +110,8 @@ TEST_F(AFlatDocument, escapes_what_texts_hold)
 
 TEST_F(AFlatDocument, escapes_what_labels_hold)
 {
-    Replace("<text skeleton",
-            "<numerals cx=\"1\" cy=\"1\" r=\"1\" labels=\"&lt; &amp; &quot;\" size=\"9\" color=\"main\"/>"
-            "<text skeleton");
+    AddBefore("<text skeleton",
+              "<numerals cx=\"1\" cy=\"1\" r=\"1\" labels=\"&lt; &amp; &quot;\" size=\"9\" color=\"main\"/>");
     EXPECT_THAT(Flat(), HasSubstr("labels=\"&lt; &amp; &quot;\""));
 }
 

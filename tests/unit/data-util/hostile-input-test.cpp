@@ -58,21 +58,20 @@ protected:
 
 TEST_F(AFaceDocument, refuses_a_doctype)
 {
-    Replace("<face-result", "<!DOCTYPE face-result>\n<face-result");
+    AddBefore("<face-result", "<!DOCTYPE face-result>\n");
     ExpectOnly("E-DOCTYPE", "<!DOCTYPE");
 }
 
 TEST_F(AFaceDocument, refuses_a_billion_laughs_at_the_doctype)
 {
-    Replace("<face-result",
-            "<!DOCTYPE lolz [<!ENTITY a \"lol\"><!ENTITY b \"&a;&a;&a;&a;\">]>\n<face-result");
+    AddBefore("<face-result", "<!DOCTYPE lolz [<!ENTITY a \"lol\"><!ENTITY b \"&a;&a;&a;&a;\">]>\n");
     Replace(">Dawn<", ">&b;<");
     ExpectOnly("E-DOCTYPE", "<!DOCTYPE");
 }
 
 TEST_F(AFaceDocument, refuses_an_external_entity_at_the_doctype)
 {
-    Replace("<face-result", "<!DOCTYPE x [<!ENTITY e SYSTEM \"file:///etc/passwd\">]>\n<face-result");
+    AddBefore("<face-result", "<!DOCTYPE x [<!ENTITY e SYSTEM \"file:///etc/passwd\">]>\n");
     ExpectOnly("E-DOCTYPE", "<!DOCTYPE");
 }
 
@@ -84,7 +83,7 @@ TEST_F(AFaceDocument, refuses_an_undefined_entity)
 
 TEST_F(AFaceDocument, refuses_a_duplicate_attribute)
 {
-    Replace("<switch id=\"seconds\"", "<switch id=\"seconds\" id=\"other\"");
+    AddAfter("<switch id=\"seconds\"", " id=\"other\"");
     ExpectOnly("E-SYNTAX", "<switch", "duplicate attribute");
 }
 

@@ -15,13 +15,12 @@ class ADocumentWithLocales : public AFaceDocument {
 protected:
     ADocumentWithLocales()
     {
-        Replace("<fallback source=\"battery\"/>",
-                "<offer source=\"worldclock\" city=\"Tokyo\" country=\"Japan\" timezone=\"JST\"\n"
-                "  timezone-path=\"/usr/share/zoneinfo/Asia/Tokyo\"/><fallback source=\"battery\"/>");
+        AddBefore("<fallback source=\"battery\"/>",
+                  "<offer source=\"worldclock\" city=\"Tokyo\" country=\"Japan\" timezone=\"JST\"\n  "
+                  "timezone-path=\"/usr/share/zoneinfo/Asia/Tokyo\"/>");
         Replace("role=\"gauge\"", "role=\"text\"");
-        Replace("<selection>",
-                "<selection><place slot=\"top\" source=\"worldclock\" country=\"Peru\" "
-                "timezone=\"America/Lima\"/>");
+        AddAfter("<selection>",
+                 "<place slot=\"top\" source=\"worldclock\" country=\"Peru\" timezone=\"America/Lima\"/>");
     }
 
     // In the document's order.

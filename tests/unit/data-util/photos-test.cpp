@@ -115,7 +115,7 @@ TEST_F(APhoto, is_one_of_four_at_most)
         Replace("  </scene>",
                 "<photo photos=\"" + id + "\" x=\"0\" y=\"0\" width=\"9\" height=\"9\"/>\n  </scene>");
     }
-    Replace("  </options>", photos + "  </options>");
+    AddBefore("  </options>", photos);
     ExpectOnly("E-CHILD-COUNT", "<photos id=\"p2\"", "at most 4");
 }
 

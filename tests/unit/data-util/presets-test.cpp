@@ -116,8 +116,7 @@ TEST_F(APreset, is_refused_when_it_chooses_twice_for_one_group)
 
 TEST_F(APreset, is_refused_when_it_places_twice_in_one_slot)
 {
-    Replace("<place slot=\"info\" source=\"empty\"/>",
-            "<place slot=\"info\" source=\"empty\"/>\n<place slot=\"info\" source=\"date\"/>");
+    AddAfter("<place slot=\"info\" source=\"empty\"/>", "\n<place slot=\"info\" source=\"date\"/>");
     ExpectOnly("E-ID-DUPLICATE", "<place slot=\"info\" source=\"date\"/>");
 }
 
@@ -128,7 +127,7 @@ TEST_F(APreset, is_one_of_sixteen_at_most)
         presets += "<preset id=\"p" + std::to_string(i) +
                    "\" label-key=\"calm\"><pick group=\"dial\" option=\"dots\"/></preset>\n";
     }
-    Replace("  </options>", presets + "  </options>");
+    AddBefore("  </options>", presets);
     ExpectOnly("E-CHILD-COUNT", "id=\"p14\"", "at most 16");
 }
 

@@ -27,37 +27,36 @@ TEST_F(AFaceDocument, refuses_an_option_with_the_id_of_another)
 
 TEST_F(AFaceDocument, refuses_a_text_key_twice_in_one_language)
 {
-    Replace("<string key=\"top\">Oberes Feld</string>",
-            "<string key=\"top\">Oberes Feld</string>\n<string key=\"top\">Oben</string>");
+    AddAfter("<string key=\"top\">Oberes Feld</string>", "\n<string key=\"top\">Oben</string>");
     ExpectOnly("E-ID-DUPLICATE", ">Oben<");
 }
 
 TEST_F(AFaceDocument, refuses_a_language_twice_whatever_its_case)
 {
-    Replace("<options>",
-            "<strings\nlanguage=\"de-AT\"><string key=\"title\">A</string></strings>"
-            "<strings\nlanguage=\"de-at\"><string key=\"title\">B</string></strings><options>");
+    AddBefore("<options>",
+              "<strings\nlanguage=\"de-AT\"><string key=\"title\">A</string></strings>"
+              "<strings\nlanguage=\"de-at\"><string key=\"title\">B</string></strings>");
     EXPECT_THAT(Codes(), testing::ElementsAre("W-UNTRANSLATED", "E-ID-DUPLICATE", "W-UNTRANSLATED"));
 }
 
 TEST_F(AFaceDocument, refuses_a_role_that_two_palettes_set)
 {
-    Replace("    <switch",
-            "<palette id=\"other\" label-key=\"tone\"><option id=\"one\" label-key=\"tone\" default=\"true\">"
-            "<color role=\"main\" value=\"#111111\"/></option></palette>\n    <switch");
+    AddBefore("    <switch",
+              "<palette id=\"other\" label-key=\"tone\">"
+              "<option id=\"one\" label-key=\"tone\" default=\"true\">"
+              "<color role=\"main\" value=\"#111111\"/></option></palette>\n");
     ExpectOnly("E-ID-DUPLICATE", "<palette id=\"other\"");
 }
 
 TEST_F(AFaceDocument, refuses_a_role_twice_in_one_option)
 {
-    Replace("<color role=\"main\" value=\"#0000FF\"/>",
-            "<color role=\"main\" value=\"#0000FF\"/>\n<color role=\"main\" value=\"#0000FE\"/>");
+    AddAfter("<color role=\"main\" value=\"#0000FF\"/>", "\n<color role=\"main\" value=\"#0000FE\"/>");
     ExpectOnly("E-ID-DUPLICATE", "#0000FE");
 }
 
 TEST_F(AFaceDocument, refuses_an_offer_twice)
 {
-    Replace("<offer source=\"pedometer\"/>", "<offer source=\"pedometer\"/>\n<offer  source=\"pedometer\"/>");
+    AddAfter("<offer source=\"pedometer\"/>", "\n<offer  source=\"pedometer\"/>");
     ExpectOnly("E-ID-DUPLICATE", "<offer  ");
 }
 
@@ -76,8 +75,7 @@ TEST_F(AFaceDocument, refuses_a_group_with_two_defaults)
 
 TEST_F(AFaceDocument, refuses_a_palette_option_that_lacks_a_role)
 {
-    Replace("<color role=\"main\" value=\"#FF0000\"/>",
-            "<color role=\"main\" value=\"#FF0000\"/><color role=\"edge\" value=\"#880000\"/>");
+    AddAfter("<color role=\"main\" value=\"#FF0000\"/>", "<color role=\"edge\" value=\"#880000\"/>");
     Replace("width=\"4\" color=\"main\"", "width=\"4\" color=\"edge\"");
     ExpectOnly("E-COVERAGE", "<option id=\"blue\"", "\"edge\"");
 }
@@ -112,8 +110,7 @@ TEST_F(AFaceDocument, refuses_a_label_that_the_default_language_lacks)
 
 TEST_F(AFaceDocument, refuses_a_translation_of_a_text_that_the_default_language_lacks)
 {
-    Replace("<string key=\"top\">Oberes Feld</string>",
-            "<string key=\"top\">Oberes Feld</string>\n<string key=\"bottom\">Unteres Feld</string>");
+    AddAfter("<string key=\"top\">Oberes Feld</string>", "\n<string key=\"bottom\">Unteres Feld</string>");
     ExpectOnly("E-REF-UNKNOWN", "Unteres Feld");
 }
 
@@ -163,14 +160,14 @@ TEST_F(AFaceDocument, does_not_take_a_source_that_exists_for_a_slip_of_another)
 
 TEST_F(AFaceDocument, refuses_conditions_in_a_circle)
 {
-    Replace("<style id=\"dial\" ", "<style id=\"dial\" when=\"seconds=on\" ");
+    AddAfter("<style id=\"dial\" ", "when=\"seconds=on\" ");
     EXPECT_THAT(Codes(), testing::ElementsAre("E-CIRCLE"));
 }
 
 TEST_F(AFaceDocument, refuses_a_slot_in_a_layer_that_depends_on_that_slot)
 {
     Replace("    <slot name=\"top\"", "<layer when=\"top=empty\"><slot name=\"top\"");
-    Replace("    </slot>", "    </slot></layer>");
+    AddAfter("    </slot>", "</layer>");
     ExpectOnly("E-CIRCLE", "<slot");
 }
 
@@ -233,19 +230,16 @@ TEST_F(AFaceDocument, is_warned_of_a_group_on_which_nothing_depends)
 
 TEST_F(AFaceDocument, is_warned_of_a_role_in_which_nothing_is_painted)
 {
-    Replace("<color role=\"main\" value=\"#FF0000\"/>",
-            "<color role=\"main\" value=\"#FF0000\"/><color role=\"edge\" value=\"#880000\"/>");
-    Replace("<color role=\"main\" value=\"#0000FF\"/>",
-            "<color role=\"main\" value=\"#0000FF\"/><color role=\"edge\" value=\"#000088\"/>");
+    AddAfter("<color role=\"main\" value=\"#FF0000\"/>", "<color role=\"edge\" value=\"#880000\"/>");
+    AddAfter("<color role=\"main\" value=\"#0000FF\"/>", "<color role=\"edge\" value=\"#000088\"/>");
     ExpectOnly("W-UNUSED", "<palette", "\"edge\"");
 }
 
 TEST_F(AFaceDocument, is_warned_of_options_that_no_condition_tells_apart)
 {
-    Replace(
+    AddAfter(
         "<option id=\"dots\" label-key=\"dial.dots\"/>",
-        "<option id=\"dots\" label-key=\"dial.dots\"/>\n<option id=\"nothing\" label-key=\"dial.dots\"/>\n"
-        "<option id=\"void\" label-key=\"dial.dots\"/>");
+        "\n<option id=\"nothing\" label-key=\"dial.dots\"/>\n<option id=\"void\" label-key=\"dial.dots\"/>");
     ExpectOnly("W-SAME", "id=\"void\"", "\"nothing\" and \"void\"");
 }
 

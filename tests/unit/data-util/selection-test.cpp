@@ -80,9 +80,8 @@ TEST_F(ASelection, meets_no_condition_on_a_hidden_group_even_a_negated_one)
 
 TEST_F(ASelection, settles_a_group_that_depends_on_a_group_declared_later)
 {
-    Replace("    <style id=\"dial\"",
-            "    <switch id=\"early\" label-key=\"top\" default=\"on\" when=\"seconds=on\"/>\n"
-            "    <style id=\"dial\"");
+    AddBefore("    <style id=\"dial\"",
+              "    <switch id=\"early\" label-key=\"top\" default=\"on\" when=\"seconds=on\"/>\n");
     Replace("<hand kind=\"second\" when=\"seconds=on\"", "<hand kind=\"second\" when=\"early=on\"");
     EXPECT_THAT(Flat(), HasSubstr("<hand"));
     Select("<pick group=\"dial\" option=\"dots\"/>");

@@ -109,7 +109,7 @@ TEST_F(ASelectionText, is_the_same_text_for_the_same_selection)
 
 TEST_F(ASelectionText, is_not_mistaken_for_what_looks_like_one)
 {
-    Replace("<options>", "<!-- <selection> --><?note <selection/>?><options>");
+    AddBefore("<options>", "<!-- <selection> --><?note <selection/>?>");
     const std::string text = WithSelection(mText, Some());
     EXPECT_THAT(text, HasSubstr("<!-- <selection> --><?note <selection/>?><options>"));
     EXPECT_EQ(Read(text), Some());
@@ -191,7 +191,7 @@ TEST_F(AMigration, keeps_picks_by_id_when_options_change_their_order)
     const std::string old = WithSelection(mText, Some());
     const std::string option = "      <option id=\"dots\" label-key=\"dial.dots\"/>\n";
     Replace(option, "");
-    Replace("      <option id=\"bars\"", option + "      <option id=\"bars\"");
+    AddBefore("      <option id=\"bars\"", option);
     EXPECT_EQ(Read(Migrate(mText, old).text), Some());
 }
 

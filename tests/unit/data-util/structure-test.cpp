@@ -33,7 +33,7 @@ TEST_F(AFaceDocument, refuses_an_unknown_element_and_names_the_nearest)
 
 TEST_F(AFaceDocument, refuses_an_element_in_the_wrong_place_and_says_where_it_belongs)
 {
-    Replace("<selection>", "<selection><circle cx=\"1\" cy=\"1\" r=\"1\" fill=\"main\"/>");
+    AddAfter("<selection>", "<circle cx=\"1\" cy=\"1\" r=\"1\" fill=\"main\"/>");
     ExpectOnly("E-PLACE", "<selection>", "scene, layer, hand");
 }
 
@@ -84,7 +84,7 @@ TEST_F(AFaceDocument, refuses_two_gradients_in_one_shape)
 
 TEST_F(AFaceDocument, refuses_a_second_scene)
 {
-    Replace("  <selection>", "  <scene/>\n  <selection>");
+    AddBefore("  <selection>", "  <scene/>\n");
     ExpectOnly("E-CHILD-COUNT", "<scene/>", "at most 1");
 }
 
@@ -104,7 +104,7 @@ TEST_F(AFaceDocument, refuses_a_hand_without_a_shape)
 
 TEST_F(AFaceDocument, refuses_text_between_elements)
 {
-    Replace("<options>", "<options>stray");
+    AddAfter("<options>", "stray");
     ExpectOnly("E-TEXT", "<options>", "stray");
 }
 
@@ -162,7 +162,7 @@ TEST_F(AFaceDocument, names_the_path_of_a_finding)
 
 TEST_F(AFaceDocument, allows_comments_and_processing_instructions)
 {
-    Replace("<scene>", "<?xml-model href=\"face.rng\"?><!-- the drawing --><scene>");
+    AddBefore("<scene>", "<?xml-model href=\"face.rng\"?><!-- the drawing -->");
     EXPECT_THAT(Codes(), IsEmpty());
 }
 
@@ -174,7 +174,7 @@ TEST_F(AFaceDocument, takes_at_most_eight_slots)
                  "\" group=\"data\" label-key=\"top\" role=\"text\" x=\"0\" y=\"0\" width=\"9\" height=\"9\" "
                  "color=\"main\"><offer source=\"date\"/><fallback source=\"empty\"/></slot>\n";
     }
-    Replace("    <slot name=\"top\"", slots + "    <slot name=\"top\"");
+    AddBefore("    <slot name=\"top\"", slots);
     ExpectOnly("E-LIMIT-COUNT", "name=\"top\"", "8 slots");
 }
 
@@ -187,6 +187,6 @@ TEST_F(AFaceDocument, takes_at_most_sixteen_groups)
         Replace("  </scene>",
                 "<circle when=\"" + id + "=on\" cx=\"9\" cy=\"9\" r=\"1\" fill=\"main\"/>\n  </scene>");
     }
-    Replace("  </options>", switches + "  </options>");
+    AddBefore("  </options>", switches);
     ExpectOnly("E-LIMIT-COUNT", "id=\"s13\"", "16 groups");
 }

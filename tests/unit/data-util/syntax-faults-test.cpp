@@ -8,62 +8,92 @@ namespace {
 
 struct Slip {
     const char* text;
-    const char* finding;  // behind "LINE:COL: E-SYNTAX: not well-formed XML: "
     int line, column;
+    const char* says;
 };
 
+// clang-format off
 constexpr Slip kSlips[] = {
-    {"<a>\n<b><c/>\n</a>",                                         "\"</a>\" where \"<b>\" of line 2 is open; close it with \"</b>\"",                    3, 1 },
-    {"<a>\n<layer x='1'>\n</layr></a>",
-     "\"</layr>\" where \"<layer>\" of line 2 is open; close it with \"</layer>\"",                                                                       3, 1 },
-    {"<face-results>\n</face-result>",
-     "\"<face-results>\", which \"</face-result>\" of line 2 closes; open it with \"<face-result>\"",                                                     1, 1 },
-    {"<options>\n <palete>\n</palette>",
-     "\"<palete>\", which \"</palette>\" of line 3 closes; open it with \"<palette>\"",                                                                   2, 2 },
-    {"<face-result>\n<scen>\n</scene>",
-     "\"<scen>\", which \"</scene>\" of line 3 closes; open it with \"<scene>\"",                                                                         2, 1 },
-    {"<face-result>\n<string language='de'>\n<string/></strings>",
-     "\"<string>\", which \"</strings>\" of line 3 closes; open it with \"<strings>\"",                                                                   2, 1 },
-    {"<watchface>\n<complicaton>\n</complication>",
-     "\"<complicaton>\", which \"</complication>\" of line 3 closes; open it with \"<complication>\"",                                                    2, 1 },
-    {"<face-resutl>\n<optons>\n</options>",
-     "\"<optons>\", which \"</options>\" of line 3 closes; open it with \"<options>\"",                                                                   2, 1 },
-    {"<scene>\n<palete>\n</palette>",
-     "\"<palete>\", which \"</palette>\" of line 3 closes; open it with \"<palette>\"",                                                                   2, 1 },
-    {"<scene>\n<layer>\n<hand>\n</layer>",
-     "\"</layer>\" where \"<hand>\" of line 3 is open; close it with \"</hand>\"",                                                                        4, 1 },
-    {"<options>\n<styel>\n</scene>",
-     "\"</scene>\" where \"<styel>\" of line 2 is open; close it with \"</styel>\"",                                                                      3, 1 },
-    {"<a>\n  <b\n/>\n<c>",                                         "the text ends where \"<c>\" of line 4 is open; close it with \"</c>\"",               4, 4 },
-    {"<a></a></b>",                                                "\"</b>\" closes no element; remove it",                                               1, 8 },
-    {"<a/>\n<b/>",                                                 "nothing may follow the end of the root element",                                      2, 1 },
-    {"<a>x & y</a>",                                               "a bare \"&\"; write \"&amp;\"",                                                       1, 6 },
-    {"<a>AT&T</a>",                                                "a bare \"&\"; write \"&amp;\"",                                                       1, 6 },
-    {"<a x='fish & chips'/>",                                      "a bare \"&\"; write \"&amp;\"",                                                       1, 12},
-    {"<a>&nbsp;</a>",                                              "undefined entity; only &amp; &lt; &gt; &quot; &apos; and numeric references exist",   1,
-     4                                                                                                                                                         },
-    {"<a>1 < 2</a>",                                               "a bare \"<\"; write \"&lt;\"",                                                        1, 6 },
-    {"<a x=\"1<2\"/>",                                             "\"<\" in the value of an attribute; write \"&lt;\", or end the value with its quote",
-     1,                                                                                                                                                      8 },
-    {"<a>\n<b x='1>Text</b></a>",
-     "\"<\" in the value of an attribute; write \"&lt;\", or end the value with its quote",                                                               2, 13},
-    {"<a>\n<b x='1'\n<c/></a>",                                    "\"<\" within the tag that line 2 begins; end that with \">\"",                        3, 1 },
-    {"<a x=5/>",                                                   "the value of an attribute stands in quotes",                                          1, 6 },
-    {"<a>\x01</a>",                                                "invalid token",                                                                       1, 4 },
-    {"<a><b",                                                      "the text ends before what begins here does",                                          1, 4 },
+    {"<a>\n  <b\n/>\n<c>", 4, 4, "the text ends where \"<c>\" of line 4 is open; close it with \"</c>\""},
+    {"<a></a></b>", 1, 8, "\"</b>\" closes no element; remove it"},
+    {"<a/>\n<b/>", 2, 1, "nothing may follow the end of the root element"},
+    {"<a>x & y</a>", 1, 6, "a bare \"&\"; write \"&amp;\""},
+    {"<a>AT&T</a>", 1, 6, "a bare \"&\"; write \"&amp;\""},
+    {"<a x='fish & chips'/>", 1, 12, "a bare \"&\"; write \"&amp;\""},
+    {"<a>&nbsp;</a>", 1, 4, "undefined entity; only &amp; &lt; &gt; &quot; &apos; and numeric references exist"},
+    {"<a>1 < 2</a>", 1, 6, "a bare \"<\"; write \"&lt;\""},
+    {"<a x=\"1<2\"/>", 1, 8, "\"<\" in the value of an attribute; write \"&lt;\", or end the value with its quote"},
+    {"<a>\n<b x='1>Text</b></a>", 2, 13, "\"<\" in the value of an attribute; write \"&lt;\", or end the value with its quote"},
+    {"<a>\n<b x='1'\n<c/></a>", 3, 1, "\"<\" within the tag that line 2 begins; end that with \">\""},
+    {"<a x=5/>", 1, 6, "the value of an attribute stands in quotes"},
+    {"<a>\x01</a>", 1, 4, "invalid token"},
+    {"<a><b", 1, 4, "the text ends before what begins here does"},
 };
+
+// A start tag on line 2 and an end tag on line 3 that do not match.
+struct Mismatch {
+    const char* text;
+    const char* start;
+    const char* end;
+};
+constexpr Mismatch kMisspelledEnds[] = {
+    {"<a>\n<b><c/>\n</a>", "b", "a"},
+    {"<a>\n<layer x='1'>\n</layr></a>", "layer", "layr"},
+    {"<scene><layer>\n<hand>\n</layer>", "hand", "layer"},
+    {"<options>\n<styel>\n</scene>", "styel", "scene"},
+};
+constexpr Mismatch kMisspelledStarts[] = {
+    {"\n<face-results>\n</face-result>", "face-results", "face-result"},
+    {"<options>\n<palete>\n</palette>", "palete", "palette"},
+    {"<face-result>\n<scen>\n</scene>", "scen", "scene"},
+    {"<face-result>\n<string language='de'><string key='a'/>\n</strings>", "string", "strings"},
+    {"<watchface>\n<complicaton>\n</complication>", "complicaton", "complication"},
+    {"<face-resutl>\n<optons>\n</options>", "optons", "options"},
+    {"<scene>\n<palete>\n</palette>", "palete", "palette"},
+};
+// clang-format on
+
+// The only finding.
+std::string FindingOf(const std::string& text)
+{
+    const auto findings = DataUtil::ParseFace(text).findings;
+    EXPECT_EQ(findings.size(), 1U) << text;
+    return findings.empty() ? "" : DataUtil::FormatFinding(findings[0]);
+}
+
+std::string AtPlace(int line, int column, const std::string& says)
+{
+    return std::to_string(line) + ":" + std::to_string(column) + ": E-SYNTAX: not well-formed XML: " + says;
+}
+
+std::string Tag(const std::string& begin, const std::string& name)
+{
+    return "\"" + begin + name + ">\"";
+}
 
 }  // namespace
 
 TEST(ATextThatIsNotWellFormed, has_a_finding_that_says_what_to_write)
 {
-    for (const Slip& slip : kSlips) {
-        const auto findings = DataUtil::ParseFace(slip.text).findings;
-        ASSERT_EQ(findings.size(), 1U) << slip.text;
-        EXPECT_EQ(DataUtil::FormatFinding(findings[0]),
-                  std::to_string(slip.line) + ":" + std::to_string(slip.column) +
-                      ": E-SYNTAX: not well-formed XML: " + slip.finding)
-            << slip.text;
+    for (const Slip& slip : kSlips)
+        EXPECT_EQ(FindingOf(slip.text), AtPlace(slip.line, slip.column, slip.says)) << slip.text;
+}
+
+TEST(ATextThatIsNotWellFormed, is_told_which_end_tag_is_missing_or_misspelled)
+{
+    for (const auto& [text, start, end] : kMisspelledEnds) {
+        EXPECT_EQ(FindingOf(text), AtPlace(3, 1,
+                                           Tag("</", end) + " where " + Tag("<", start) +
+                                               " of line 2 is open; close it with " + Tag("</", start)));
+    }
+}
+
+TEST(ATextThatIsNotWellFormed, is_told_which_start_tag_is_misspelled)
+{
+    for (const auto& [text, start, end] : kMisspelledStarts) {
+        EXPECT_EQ(FindingOf(text), AtPlace(2, 1,
+                                           Tag("<", start) + ", which " + Tag("</", end) +
+                                               " of line 3 closes; open it with " + Tag("<", end)));
     }
 }
 

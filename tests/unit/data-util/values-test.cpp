@@ -126,7 +126,7 @@ TEST_F(AFaceDocument, refuses_an_empty_value)
 
 TEST_F(AFaceDocument, refuses_an_asset_outside_of_its_folder)
 {
-    Replace("<scene>", "<scene>\n<image src=\"../other/x.png\" x=\"0\" y=\"0\" width=\"9\" height=\"9\"/>");
+    AddAfter("<scene>", "\n<image src=\"../other/x.png\" x=\"0\" y=\"0\" width=\"9\" height=\"9\"/>");
     ExpectOnly("E-ASSET-PATH", "<image", "inside the face's folder");
 }
 

@@ -177,15 +177,14 @@ TEST_F(AWorldClock, of_a_group_is_refused)
 TEST_F(AWorldClock, cannot_give_its_zone_to_a_layer_that_its_slot_stands_in)
 {
     Replace("    <slot name=\"place\"", "    <layer clock=\"place\"><slot name=\"place\"");
-    Replace(
-        "      <fallback source=\"worldclock\"/>\n      <fallback source=\"empty\"/>\n    </slot>",
-        "      <fallback source=\"worldclock\"/>\n      <fallback source=\"empty\"/>\n    </slot></layer>");
+    AddAfter("      <fallback source=\"worldclock\"/>\n      <fallback source=\"empty\"/>\n    </slot>",
+             "</layer>");
     EXPECT_THAT(Codes(), ElementsAre("E-CIRCLE"));
 }
 
 TEST_F(AWorldClock, is_one_of_three_ways_of_a_text)
 {
-    Replace("<text city=\"place\"", "<text city=\"place\" text-key=\"title\"");
+    AddAfter("<text city=\"place\"", " text-key=\"title\"");
     ExpectOnly("E-ATTRIBUTE-CHOICE", "<text city", "\"text-key\", \"skeleton\", \"city\"");
 }
 
