@@ -7,6 +7,7 @@
 
 #include "completion.h"
 #include "help-text.h"
+#include "manual-text.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -15,11 +16,13 @@ namespace {
 
 constexpr char kRevised[] = "2026-11-21";  // when these pages were last looked through
 
-// A text as man takes it: hyphens that can be searched for, no requests at the beginning of a line.
+// A text as man takes it: hyphens that can be searched for, bold between backquotes, no requests at the
+// beginning of a line.
 std::string Escaped(std::string_view text)
 {
     constexpr std::string_view kEllipsis = "…";
     std::string escaped;
+    bool isBold = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text.substr(i).starts_with(kEllipsis)) {
             escaped += "\\[u2026]";
@@ -28,8 +31,10 @@ std::string Escaped(std::string_view text)
             escaped += "\\e";
         } else if (text[i] == '-') {
             escaped += "\\-";
-        } else if (text[i] == '`' || text[i] == '\'') {
-            escaped += text[i] == '`' ? "\\(ga" : "\\(aq";
+        } else if (text[i] == '`') {
+            escaped += (isBold = !isBold) ? "\\fB" : "\\fR";
+        } else if (text[i] == '\'') {
+            escaped += "\\(aq";
         } else {
             escaped += text[i];
         }
@@ -43,11 +48,23 @@ std::string Option(const CLI::Option& option)
 }
 
 // "wfctl-key-get".
-std::string PageName(const Verb& verb)
+std::string PageName(std::string_view verb)
 {
-    std::string name = "wfctl-" + std::string(verb.name);
+    std::string name = "wfctl-" + std::string(verb);
     std::ranges::replace(name, ' ', '-');
     return name;
+}
+
+// An option stays on one line with what it takes.
+std::string Arguments(const Verb& verb)
+{
+    std::string text;
+    int depth = 0;
+    for (const char c : Escaped(verb.arguments)) {
+        depth += c == '[' ? 1 : c == ']' ? -1 : 0;
+        text += c == ' ' && depth > 0 ? "\\ " : std::string(1, c);
+    }
+    return text.empty() ? "" : text + "\n";
 }
 
 std::string Head(std::string name, std::string_view help)
@@ -55,8 +72,8 @@ std::string Head(std::string name, std::string_view help)
     const std::string title = Escaped(name);
     std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
     return ".TH " + Escaped(name) + " 1 " + kRevised +
-           " \"wfctl " WATCH_VERSION "\" \"User Commands\"\n.SH NAME\n" + title + " \\- " + Escaped(help) +
-           "\n";
+           " \"wfctl " WATCH_VERSION "\" \"User Commands\"\n.nh\n.ad l\n.SH NAME\n" + title + " \\- " +
+           Escaped(help) + "\n";
 }
 
 struct Term {
@@ -96,6 +113,14 @@ std::string Terms(const char* title, const Term (&terms)[n])
     return text;
 }
 
+std::string SeeAlso(const Verb& verb)
+{
+    std::string text = ".BR wfctl (1)";
+    for (const std::string_view other : RelatedTo(verb))
+        text += ",\n.BR " + Escaped(PageName(other)) + " (1)";
+    return text + "\n";
+}
+
 constexpr char kSeeOthers[] = ".BR busctl (1),\n.BR dbus\\-daemon (1)\n";
 
 }  // namespace
@@ -111,12 +136,12 @@ std::string ManualPage()
         "and watches what its applications send each other, as whichever application you say.\n"
         ".SH VERBS\nEach has a page of its own.\n";
     for (const Verb& verb : Verbs())
-        text += ".TP\n.BR " + Escaped(PageName(verb)) + " (1)\n" + Escaped(verb.help) + "\n";
+        text += ".TP\n.BR " + Escaped(PageName(verb.name)) + " (1)\n" + Escaped(verb.help) + "\n";
     return text +
            ".SH OPTIONS\nEvery verb takes these.\n"
            ".TP\n.B \\-\\-root DIR\nthe private watch below this folder; else it is that of the environment\n"
            ".TP\n.B \\-\\-json\nprint JSON\n"
-           ".TP\n.B \\-h, \\-\\-help\nexplain the verb\n" +
+           ".TP\n.B \\-h, \\-\\-help\nshow the help\n" +
            Terms("EXIT STATUS", kExitStatuses) + Terms("ENVIRONMENT", kEnvironment) + Terms("FILES", kFiles) +
            ".SH SEE ALSO\n" + kSeeOthers;
 }
@@ -126,13 +151,12 @@ std::string ManualPage(const Verb& verb)
     CLI::App parser;
     Options options;
     DefineVerb(verb, parser, options);
-    std::string text =
-        Head(PageName(verb), verb.help) + ".SH SYNOPSIS\n.B wfctl " + Escaped(verb.name) + "\n";
-    if (!verb.arguments.empty()) text += Escaped(verb.arguments) + "\n";
-    text += ".SH OPTIONS\n";
+    std::string text = Head(PageName(verb.name), verb.help) + ".SH SYNOPSIS\n.B wfctl " + Escaped(verb.name) +
+                       "\n" + Arguments(verb) + ".SH DESCRIPTION\n" + Escaped(DescriptionOf(verb)) +
+                       "\n.SH OPTIONS\n";
     for (const CLI::Option* option : parser.get_options()) text += Option(*option);
     return text + ".SH EXAMPLES\n.EX\n" + Escaped(verb.example) + "\n.EE\n" +
-           Terms("EXIT STATUS", kExitStatuses) + ".SH SEE ALSO\n.BR wfctl (1),\n" + kSeeOthers;
+           Terms("EXIT STATUS", kExitStatuses) + ".SH SEE ALSO\n" + SeeAlso(verb);
 }
 
 std::vector<InstalledPage> InstalledPages()
@@ -143,7 +167,8 @@ std::vector<InstalledPage> InstalledPages()
         {"zsh/site-functions/_wfctl",            CompletionScript("zsh") },
         {"fish/vendor_completions.d/wfctl.fish", CompletionScript("fish")},
     };
-    for (const Verb& verb : Verbs()) pages.push_back({"man/man1/" + PageName(verb) + ".1", ManualPage(verb)});
+    for (const Verb& verb : Verbs())
+        pages.push_back({"man/man1/" + PageName(verb.name) + ".1", ManualPage(verb)});
     return pages;
 }
 

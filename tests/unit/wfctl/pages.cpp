@@ -226,6 +226,34 @@ TEST(TheManual, has_a_page_with_the_options_and_the_example_of_every_verb)
     }
 }
 
+TEST(TheManual, describes_every_verb)
+{
+    for (const Verb& verb : Verbs()) {
+        const std::string page = TextOf(PathOf(verb));
+        EXPECT_THAT(page, testing::ContainsRegex("\n.SH DESCRIPTION\n[^.\n][^\n]+\\.\n.SH OPTIONS\n"))
+            << verb.name;
+        EXPECT_THAT(page, testing::Not(HasSubstr("`"))) << verb.name;
+        EXPECT_THAT(page, testing::Not(HasSubstr("\\(ga"))) << verb.name;
+    }
+}
+
+TEST(TheManual, typesets_what_is_typed)
+{
+    EXPECT_THAT(TextOf("man/man1/wfctl-down.1"), HasSubstr("take down what \\fBup\\fR started"));
+}
+
+TEST(TheManual, names_the_pages_that_belong_together)
+{
+    EXPECT_THAT(TextOf("man/man1/wfctl-install.1"), HasSubstr(".BR wfctl\\-update (1)"));
+    EXPECT_THAT(TextOf("man/man1/wfctl-update.1"), HasSubstr(".BR wfctl\\-install (1)"));
+    for (const char* verb : {"add", "del", "save", "cancel"}) {
+        const std::string page = TextOf(std::string("man/man1/wfctl-bg-") + verb + ".1");
+        EXPECT_THAT(page, HasSubstr(".BR wfctl\\-bg\\-list (1)"));
+        EXPECT_THAT(page, testing::Not(HasSubstr(".BR wfctl\\-bg\\-" + std::string(verb) + " (1)")))
+            << "itself";
+    }
+}
+
 TEST_F(InstalledBelow, the_manual_is_taken_by_groff_without_a_warning)
 {
     if (FindProgram("groff").empty()) GTEST_SKIP() << "there is no groff here";
