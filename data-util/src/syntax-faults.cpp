@@ -124,8 +124,16 @@ SyntaxFault ExplainMismatch(std::size_t offset, std::string_view text, const Tex
     return {offset - 2, Tag("</", end) + CloseOpen(open.back(), text, map)};
 }
 
+// What the first bytes say that a text is: "a PNG picture"; null for other texts.
+const char* PictureKind(std::string_view text)
+{
+    if (text.starts_with("\x89PNG\r\n")) return "a PNG picture";
+    return text.starts_with("\xFF\xD8\xFF") ? "a JPEG picture" : nullptr;
+}
+
 SyntaxFault ExplainToken(std::size_t offset, std::string_view text, const TextMap& map)
 {
+    if (const char* kind = PictureKind(text)) return {offset, std::string("this is ") + kind};
     if (const auto ampersand = BareAmpersand(text, offset))
         return {*ampersand, "a bare \"&\"; write \"&amp;\""};
     const std::string_view before = text.substr(0, offset);

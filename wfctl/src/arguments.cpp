@@ -113,6 +113,7 @@ std::string ReadNamedFile(const std::string& path)
     errno = stat(path.c_str(), &info) != 0 ? errno : S_ISDIR(info.st_mode) ? EISDIR : 0;
     std::ifstream file;
     if (errno == 0) file.open(path, std::ios::binary);
+    if (errno == EISDIR) throw Stop(Exit::kError, "[" + path + "] is a folder; name a file in it");
     if (!file.is_open()) {
         const Exit status = errno == ENOENT || errno == ENOTDIR ? Exit::kNotFound : Exit::kError;
         const std::string why = std::strerror(errno ? errno : EIO);

@@ -53,8 +53,8 @@ DocumentFacts FactsOf(std::string_view document)
 bool IsFileName(const std::string& what)
 {
     std::error_code error;
-    return what == "-" || what.find('/') != std::string::npos || what.ends_with(".xml") ||
-           std::filesystem::is_regular_file(what, error);
+    return what == "-" || what == "." || what == ".." || what.find('/') != std::string::npos ||
+           what.ends_with(".xml") || std::filesystem::is_regular_file(what, error);
 }
 
 void WriteFile(const std::string& path, const std::string& text)

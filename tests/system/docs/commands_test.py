@@ -21,7 +21,7 @@ FACES = PREFIX / "share/watch/com.corvane.watchface/shared/res/watchlist"
 C1 = "com.corvane.watchface-mirel-c1"
 
 # What a line begins with that is run.
-COMMAND = re.compile(r"(([A-Z_]+=\S+ )?(wfctl|/usr/bin/python3)|busctl|cp|\.|export) ")
+COMMAND = re.compile(r"(([A-Z_]+=\S+ )?(wfctl|/usr/bin/python3)|busctl|cp|mkdir|\.|export) ")
 
 # What is shown and not run here, and why.
 NOT_RUN = {

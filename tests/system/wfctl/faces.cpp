@@ -97,6 +97,16 @@ TEST_F(AWatch, names_no_preview_that_was_not_waited_for)
               "installed " + std::string(kClassic) + " (Mirel Classic)\n");
 }
 
+TEST_F(AFolder, is_told_from_a_document)
+{
+    for (const std::string& folder : {std::string("."), std::string(".."), mFolder}) {
+        const Result checked = Wfctl({"validate", folder});
+        EXPECT_EQ(checked.status, 1);
+        EXPECT_EQ(checked.err, "wfctl: [" + folder + "] is a folder; name a file in it\n");
+    }
+    EXPECT_THAT(Wfctl({"validate", BlankPicture(*this)}).out, HasSubstr("this is a PNG picture"));
+}
+
 TEST_F(AWatch, is_not_sent_a_face_that_would_be_refused)
 {
     const std::string bad = Replaced(ContentsOf(StagedResultXml(kClassic)), "<ticks", "<tickz");

@@ -27,6 +27,8 @@ constexpr Slip kSlips[] = {
     {"<a>\n<b x='1'\n<c/></a>", 3, 1, "\"<\" within the tag that line 2 begins; end that with \">\""},
     {"<a x=5/>", 1, 6, "the value of an attribute stands in quotes"},
     {"<a>\x01</a>", 1, 4, "invalid token"},
+    {"\x89PNG\r\n\x1A\n", 1, 1, "this is a PNG picture"},
+    {"\xFF\xD8\xFF\xE0", 1, 1, "this is a JPEG picture"},
     {"<a><b", 1, 4, "the text ends before what begins here does"},
 };
 
