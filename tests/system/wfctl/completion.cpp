@@ -149,6 +149,8 @@ TEST_F(ACompletion, goes_on_between_quotes)
               "wfctl edit c4 --place 'east=worldclock@Asia/Seoul' ");
     EXPECT_EQ(Completed("wfctl edit c4 --place east=\"worldclock@Asia/Seo"),
               "wfctl edit c4 --place east=\"worldclock@Asia/Seoul\" ");
+    EXPECT_EQ(Completed("wfctl edit c4 --place east=worldclock@\"Asia/Seo"),
+              "wfctl edit c4 --place east=worldclock@\"Asia/Seoul\" ");
 }
 
 TEST_F(ACompletion, quotes_what_bash_would_take_apart)
@@ -156,6 +158,7 @@ TEST_F(ACompletion, quotes_what_bash_would_take_apart)
     const std::string picture = Holding("my cat.png", ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png"));
     ASSERT_EQ(Run({"bg", "add", picture}).status, 0);
     EXPECT_EQ(Completed("wfctl edit u1 --photo picture=my"), "wfctl edit u1 --photo picture=my\\ cat.png ");
+    EXPECT_EQ(Completed("wfctl edit u1 --photo 'picture=my"), "wfctl edit u1 --photo 'picture=my cat.png' ");
     EXPECT_EQ(Completed("wfctl edit u1 --photo picture=my\\ c"),
               "wfctl edit u1 --photo picture=my\\ cat.png ");
 }

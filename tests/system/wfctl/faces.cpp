@@ -284,10 +284,11 @@ TEST_F(AWatch, draws_a_new_picture_by_the_name_of_its_face)
     EXPECT_EQ(render("c1").out, name + "\n");
     EXPECT_THAT(ContentsOf(mFolder + "/" + name), StartsWith("\x89PNG"));
     const std::string mine = Holding(name, "another's");
-    const Result refused = render("c1");
+    const std::string look = "c1 --language de_DE --hours 12";
+    const Result refused = render(look);
     EXPECT_EQ(refused.status, 1);
-    EXPECT_THAT(refused.err, HasSubstr("type: wfctl render 'c1' -o '" + name + "'"));
+    EXPECT_THAT(refused.err, HasSubstr("; to draw over it, add: -o '" + name + "'\n"));
     EXPECT_EQ(ContentsOf(mine), "another's");
-    EXPECT_EQ(render("c1 -o " + name).status, 0);
+    EXPECT_EQ(render(look + " -o '" + name + "'").status, 0);
     EXPECT_THAT(ContentsOf(mine), StartsWith("\x89PNG"));
 }

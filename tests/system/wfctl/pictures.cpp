@@ -125,18 +125,6 @@ TEST_F(AFolder, has_one_warning_of_an_unknown_time_zone_which_changes_nothing)
     EXPECT_EQ(ContentsOf(zoned), ContentsOf(plain));
 }
 
-TEST_F(AFolder, keeps_its_pictures_where_none_is_named)
-{
-    const std::string render = "cd " + mFolder + " && '" WFCTL "' render '" + StagedResultXml(kDigital) +
-                               "' --language de_DE --hours 12";
-    ASSERT_EQ(RunProgram({"sh", "-c", render}, {}).status, 0);
-    const std::string picture = std::string("'") + kDigital + ".png'";
-    const Result again = RunProgram({"sh", "-c", render}, {});
-    EXPECT_EQ(again.status, 1);
-    EXPECT_THAT(again.err, HasSubstr("to draw over it, add: -o " + picture + "\n"));
-    EXPECT_EQ(RunProgram({"sh", "-c", render + " -o " + picture}, {}).status, 0);
-}
-
 namespace {
 
 constexpr char kPictured[] =
