@@ -8,7 +8,6 @@
 #include "xml-gate.h"
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::SizeIs;
 
 namespace {
