@@ -16,6 +16,7 @@
 #include "exit-status.h"
 #include "face-document.h"
 #include "hint.h"
+#include "private-watch.h"
 #include "unique-fd.h"
 #include "utc-time.h"
 
@@ -179,10 +180,10 @@ Backup::Backup(std::string folder, const std::function<void(std::size_t, std::si
     for (std::size_t i = 0; i < items.size(); ++i) {
         const BackupItem& item = items[i];
         if (!IsTaken(item, Read(item)))
-            Refuse(item.Title() +
-                   (item.IsFace()
-                        ? " is a document that no watch takes; type: wfctl validate '" + PathOf(item) + "'"
-                        : " is neither a PNG nor a JPEG"));
+            Refuse(item.Title() + (item.IsFace()
+                                       ? " is a document that no watch takes; type: wfctl validate " +
+                                             ShellQuoted(PathOf(item))
+                                       : " is neither a PNG nor a JPEG"));
         if (onItem) onItem(i + 1, items.size());
     }
 }

@@ -14,9 +14,12 @@
 #include "face-document.h"
 #include "faces.h"
 #include "flat-checks.h"
+#include "folder-entries.h"
 #include "photo-files.h"
 #include "preview-state.h"
 #include "private-watch.h"
+#include "shell-command.h"
+#include "world-clock-fields.h"
 #include "writable-path-posix.h"
 
 namespace Wfctl {
@@ -26,9 +29,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kMarker[] = "without_result_xml";
-// What the service keeps of the world clock of a group, behind "FACE-GROUP-".
-constexpr std::string_view kWorldClockFields[] = {"timezonePath", "timezone", "city", "country",
-                                                  "updatedMode"};
 
 constexpr AilmentKind kKinds[] = {
     {"preview-missing",   "lists show the face without a picture",                         Remedy::kPreview},
@@ -40,6 +40,7 @@ constexpr AilmentKind kKinds[] = {
     {"bad-document",      "the face cannot be edited or drawn",                            Remedy::kAdvice },
     {"bad-flat-document", "the face cannot be drawn",                                      Remedy::kPreview},
     {"photo-missing",     "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
+    {"photo-damaged",     "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
     {"left-over",         "a program was killed while it wrote, and nobody reads it",      Remedy::kMove   },
     {"unknown-file",      "nobody reads it, and it takes room",                            Remedy::kMove   },
     {"no-current-face",   "the watch has nothing to show",                                 Remedy::kAdvice },
@@ -57,17 +58,6 @@ bool Exists(const std::string& path)
     return fs::exists(fs::symlink_status(path, error));
 }
 
-// What lies in a folder, by name.
-std::vector<fs::path> EntriesOf(const std::string& folder)
-{
-    std::error_code error;
-    std::vector<fs::path> entries;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
-        entries.push_back(entry.path());
-    std::ranges::sort(entries);
-    return entries;
-}
-
 bool IsLeftOver(const fs::path& path)
 {
     return path.filename().string().starts_with(Platform::kUnfinishedPrefix);
@@ -75,6 +65,8 @@ bool IsLeftOver(const fs::path& path)
 
 class Checkup {
 public:
+    explicit Checkup(const std::string& wfctl) : mWfctl(wfctl) {}
+
     std::vector<Ailment> Run()
     {
         for (const Face& face : mFaces) LookAtFace(face);
@@ -93,8 +85,7 @@ private:
 
     void LookAtFace(const Face& face)
     {
-        const std::string redraw =
-            Exists(face.ResultXml()) ? "wfctl preview request " + face.name : "wfctl delete " + face.name;
+        const std::string redraw = Exists(face.ResultXml()) ? RedrawCommand(face) : DeleteCommand(face);
         const bool isBad = LookAtDocuments(face);
         if (!isBad && !Exists(face.WatchfaceXml()))
             Add("no-flat-document", face.WatchfaceXml(), face.name, "has no watchface.xml", redraw);
@@ -104,6 +95,17 @@ private:
         if (preview.state == PreviewState::kGood) return;
         Add("preview-" + std::string(NameOf(preview.state)), face.Preview(), face.name,
             "its preview is " + std::string(TextOf(preview.state)), redraw);
+    }
+
+    std::string RedrawCommand(const Face& face) const
+    {
+        return mWfctl + " preview request " + ShellWord(face.name);
+    }
+
+    std::string DeleteCommand(const Face& face) const
+    {
+        return mWfctl + " delete " + ShellWord(face.name) +
+               (face.shipped ? "  # what was changed of it is lost" : "  # the face is lost");
     }
 
     // Whether one of them is not accepted.
@@ -116,8 +118,7 @@ private:
         }
         if (!Exists(face.WatchfaceXml()) || IsGood(face.WatchfaceXml(), false)) return false;
         if (hasResult)
-            Add("bad-flat-document", face.WatchfaceXml(), face.name, "is not accepted",
-                "wfctl preview request " + face.name);
+            Add("bad-flat-document", face.WatchfaceXml(), face.name, "is not accepted", RedrawCommand(face));
         else
             AddBadDocument(face, face.WatchfaceXml());
         return true;
@@ -129,8 +130,8 @@ private:
         const std::string quoted = ShellQuoted(path);
         Add("bad-document", path, face.name, "is not accepted",
             face.writable && face.shipped
-                ? "wfctl delete " + face.name
-                : "wfctl validate " + quoted + ", mend it, then: wfctl install " + quoted);
+                ? DeleteCommand(face)
+                : mWfctl + " validate " + quoted + ", mend it, then: " + mWfctl + " install " + quoted);
     }
 
     void LookAtPhotos(const Face& face)
@@ -141,11 +142,13 @@ private:
             const auto chosen = document->selection.photos.find(photos.id);
             if (chosen == document->selection.photos.end()) continue;
             const std::string path = PhotoPath(photos, chosen->second);
-            if (Exists(path)) continue;
-            Add("photo-missing", path, face.name,
-                "is gone, and is chosen for [" + photos.id + "] of [" + face.name + "]",
-                "wfctl edit " + face.name + " --photo " + ShellQuoted(photos.id + "=") +
-                    ", or: " + AddCommand(photos, chosen->second));
+            const bool isThere = Exists(path);
+            const std::string problem = isThere ? PhotoProblem(path) : "is gone";
+            if (problem.empty()) continue;
+            Add(isThere ? "photo-damaged" : "photo-missing", path, face.name,
+                problem + ", and is chosen for [" + photos.id + "] of [" + face.name + "]",
+                mWfctl + " edit " + ShellWord(face.name) + " --photo " + ShellQuoted(photos.id + "=") +
+                    ", or: " + AddCommand(mWfctl, photos, chosen->second));
         }
     }
 
@@ -228,7 +231,7 @@ private:
     void AddMovable(const std::string& code, const fs::path& path, const std::string& face,
                     const std::string& what)
     {
-        Add(code, path.string(), face, what, "wfctl doctor --fix");
+        Add(code, path.string(), face, what, mWfctl + " doctor --fix");
     }
 
     void LookAtNames()
@@ -236,7 +239,7 @@ private:
         const Current current = CurrentFace();
         if (current.app == Platform::kFacesId && !current.face.empty() && !FindFace(current.face))
             Add("no-current-face", "", current.face, "is the current face and does not exist",
-                "wfctl list, then: wfctl set NAME");
+                mWfctl + " list, then: " + mWfctl + " set NAME");
         const std::string service(Platform::kServiceId);
         const std::string path = Platform::PreferencesPath(service);
         if (!Exists(path)) return;
@@ -244,7 +247,7 @@ private:
         const auto target = Platform::GetAs<std::string>(preferences, kWorldClockTargetPref).value_or("");
         if (!target.empty() && !FindFace(target))
             Add("stale-preference", "", target, "is named by [" + std::string(kWorldClockTargetPref) + "]",
-                "wfctl pref unset " + service + " " + kWorldClockTargetPref);
+                mWfctl + " pref unset " + service + " " + kWorldClockTargetPref);
         LookAtWorldClocks(preferences);
     }
 
@@ -258,7 +261,7 @@ private:
         }
         for (const auto& [clock, all] : keys) {
             Add("stale-preference", "", clock, "is a face and a group that a world clock is kept for",
-                "wfctl pref unset " + std::string(Platform::kServiceId) + all);
+                mWfctl + " pref unset " + std::string(Platform::kServiceId) + all);
         }
     }
 
@@ -267,8 +270,8 @@ private:
     {
         const auto dash = key.rfind('-');
         if (dash == std::string::npos || dash == 0) return std::nullopt;
-        const bool isField =
-            std::ranges::find(kWorldClockFields, key.substr(dash + 1)) != std::end(kWorldClockFields);
+        const bool isField = std::ranges::find(kWorldClockFields, key.substr(dash + 1),
+                                               &WorldClockField::name) != std::end(kWorldClockFields);
         return isField ? std::optional(key.substr(0, dash)) : std::nullopt;
     }
 
@@ -279,6 +282,7 @@ private:
                                    [&](const Face& face) { return clock.starts_with(face.name + "-"); });
     }
 
+    const std::string mWfctl;  // begins the commands to type
     const std::vector<Face> mFaces = ListFaces();
     std::vector<Ailment> mFound;
 };
@@ -290,9 +294,9 @@ std::span<const AilmentKind> AilmentKinds()
     return kKinds;
 }
 
-std::vector<Ailment> Examine()
+std::vector<Ailment> Examine(const std::string& wfctl)
 {
-    return Checkup().Run();
+    return Checkup(wfctl).Run();
 }
 
 }  // namespace Wfctl

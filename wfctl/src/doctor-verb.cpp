@@ -15,6 +15,7 @@
 #include "json-text.h"
 #include "lost-and-found.h"
 #include "private-watch.h"
+#include "shell-command.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -133,11 +134,12 @@ bool IsHeld(const Ailment& ailment, const timespec& beginning)
 }
 
 // Moves away what the service may hold: it ends first.
-std::string FixWithoutService()
+std::string FixWithoutService(const std::string& wfctl)
 {
-    const std::string root = " --root " + ShellQuoted(Platform::CurrentAreas().root);
-    if (IsPrivateWatch()) return "wfctl down" + root + " && wfctl doctor" + root + " --fix";
-    return "wfctl doctor --fix, once " + std::string(Platform::kServiceId) + " has ended";
+    // Also without --root, since the environment's bus is gone then.
+    const std::string byRoot = CommandOn(Platform::CurrentAreas().root);
+    if (IsPrivateWatch()) return byRoot + " down && " + byRoot + " doctor --fix";
+    return wfctl + " doctor --fix, once " + std::string(Platform::kServiceId) + " has ended";
 }
 
 void Print(const Ailment& ailment, const std::string& done, bool isHeld)
@@ -196,7 +198,8 @@ Exit Doctor(const Options& options, const DoctorArguments& arguments)
     SelectWatch(options.root);
     const std::string root = RequiredWatch();
     if (!arguments.undo.empty()) return Undo(options, arguments.undo);
-    std::vector<Ailment> ailments = Examine();
+    const std::string wfctl = CommandOn(options.root);
+    std::vector<Ailment> ailments = Examine(wfctl);
     Service service;
     const Treatment treatment = arguments.isFix ? Treat(ailments, service) : Treatment{};
     const timespec beginning = service.Beginning();
@@ -206,7 +209,7 @@ Exit Doctor(const Options& options, const DoctorArguments& arguments)
     for (Ailment& ailment : ailments) {
         const std::string done = DoneAbout(ailment, treatment);
         const bool isHeld = done.empty() && IsHeld(ailment, beginning);
-        if (isHeld) ailment.advice = FixWithoutService();
+        if (isHeld) ailment.advice = FixWithoutService(wfctl);
         if (done.empty()) ++left;
         findings.push_back(ToJson(ailment, done));
         if (!options.json) Print(ailment, done, isHeld);
@@ -218,7 +221,7 @@ Exit Doctor(const Options& options, const DoctorArguments& arguments)
             {"time",     treatment.time.empty() ? Json(nullptr) : Json(treatment.time)}
         })));
     } else if (!treatment.time.empty()) {
-        PrintLine("to put back what was moved, type: wfctl doctor --undo " + treatment.time);
+        PrintLine("to put back what was moved, type: " + wfctl + " doctor --undo " + treatment.time);
     }
     return left == 0 ? Exit::kDone : Exit::kError;
 }

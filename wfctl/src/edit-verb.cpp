@@ -17,6 +17,7 @@
 #include "picture-output.h"
 #include "private-watch.h"
 #include "selection-edit.h"
+#include "shell-command.h"
 #include "verb-table.h"
 #include "xml-gate.h"
 
@@ -135,7 +136,7 @@ Exit Edit(const Options& options, const EditArguments& arguments)
     if (arguments.changes.IsEmpty()) {
         throw Stop(Exit::kUsage,
                    "what should change? say --pick, --place, --preset, --photo or --reset; `wfctl show " +
-                       arguments.face + "` lists what there is to choose");
+                       ShellWord(arguments.face) + "` lists what there is to choose");
     }
     const DataUtil::Selection selection = Changed(old.document, arguments.changes);
     const std::string xml = DataUtil::WithSelection(old.xml, selection);

@@ -15,6 +15,7 @@
 #include "exit-status.h"
 #include "file-times.h"
 #include "private-watch.h"
+#include "shell-command.h"
 
 namespace Wfctl {
 
@@ -122,7 +123,7 @@ FaceUpdate SameAgain(const Face& face, Seconds timeout)
         throw Stop(Exit::kError, "[" + face.name +
                                      "] has no result XML, so the service is not asked to draw it; "
                                      "type: wfctl render " +
-                                     face.name);
+                                     ShellWord(face.name));
     }
     const std::string xml = ReadNamedFile(face.ResultXml());
     return {kUpdated, face.name, xml, FactsOf(xml).title, "", true, timeout, face.ResultXml()};

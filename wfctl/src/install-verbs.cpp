@@ -12,8 +12,10 @@
 #include "face-update.h"
 #include "faces.h"
 #include "json-text.h"
+#include "missing-assets.h"
 #include "picture-output.h"
 #include "private-watch.h"
+#include "shell-command.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -57,20 +59,6 @@ void KeepSelection(Document& document)
     document.xml = std::move(migrated.text);
 }
 
-// A message carries the document alone.
-void WarnOfMissingAssets(const Document& document)
-{
-    const std::string folder = WritableFace(document.name).folder;
-    for (const std::string& asset : document.assets) {
-        std::error_code error;
-        if (fs::exists(folder + asset, error) ||
-            fs::exists(ShippedFaces() + document.name + "/" + asset, error))
-            continue;
-        Warn("[" + asset + "] is not on the watch, so the face is shown without it; put it at [" + folder +
-             asset + "], then: wfctl preview request " + document.name);
-    }
-}
-
 void PrintReply(const Options& options, const FaceUpdate& update, const Json& reply)
 {
     if (options.json) return PrintLine(JsonLine(reply));
@@ -103,7 +91,7 @@ Exit Install(const Options& options, const InstallArguments& arguments)
                             arguments.file};
     updater.Store(update, [&](const Json& reply) { PrintReply(options, update, reply); });
     if (update.awaitsPreview && !options.json) PrintPreview(WritableFace(update.name));
-    WarnOfMissingAssets(document);
+    WarnOfMissingAssets(CommandOn(options.root), document.name, document.assets);
     return Exit::kDone;
 }
 

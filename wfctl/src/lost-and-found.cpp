@@ -19,6 +19,8 @@
 #include "exit-status.h"
 #include "file-times.h"
 #include "files.h"
+#include "folder-entries.h"
+#include "hint.h"
 #include "json-text.h"
 #include "unique-fd.h"
 #include "utc-time.h"
@@ -79,12 +81,12 @@ void WriteManifest(const std::string& time, const std::vector<LostItem>& items)
         throw Stop(Exit::kError, "the list below [" + Below(time) + "] could not be written");
 }
 
-struct Listed {
+struct OldPlace {
     std::string from, file;
 };
 
 // Of an item; nothing when it leads out of the watch.
-std::optional<Listed> ListedIn(const Json& item)
+std::optional<OldPlace> PlaceOf(const Json& item)
 {
     if (!item.is_object() || !item.contains("from") || !item.contains("file") || !item["file"].is_string())
         return std::nullopt;
@@ -99,14 +101,14 @@ std::optional<Listed> ListedIn(const Json& item)
     const fs::path path(*from);
     if (std::any_of(path.begin(), path.end(), [](const fs::path& part) { return part == ".."; }))
         return std::nullopt;
-    return Listed{Platform::CurrentAreas().root + "/" + *from, file};
+    return OldPlace{Platform::CurrentAreas().root + "/" + *from, file};
 }
 
-std::string TimesThatThereAre()
+std::string NothingAt(const std::string& time)
 {
-    std::string text;
-    for (const std::string& time : TimesOfLost()) text += (text.empty() ? "" : ", ") + time;
-    return text.empty() ? "nothing was moved away" : "there are: " + text;
+    const std::vector<std::string> times = TimesOfLost();
+    if (times.empty()) return "nothing was moved away, so there is nothing to put back";
+    return "nothing was moved away under the time [" + time + "]; there are: " + Listed(NamesOf(times));
 }
 
 }  // namespace
@@ -114,10 +116,7 @@ std::string TimesThatThereAre()
 std::vector<std::string> TimesOfLost()
 {
     std::vector<std::string> times;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(Below(""), error))
-        times.push_back(entry.path().filename().string());
-    std::ranges::sort(times);
+    for (const fs::path& path : EntriesOf(Below(""))) times.push_back(path.filename().string());
     return times;
 }
 
@@ -130,9 +129,9 @@ bool IsUnchangedSince(const std::string& path, const timespec& before)
     if (!IsEarlier(info.st_ctim, before) && !IsEarlier(now, info.st_ctim)) return false;
     if (!S_ISDIR(info.st_mode)) return true;
     std::error_code error;
-    const fs::directory_iterator entries(path, error);
-    return !error && std::all_of(begin(entries), end(entries), [&](const fs::directory_entry& entry) {
-        return IsUnchangedSince(entry.path(), before);
+    const std::vector<fs::path> entries = EntriesOf(path, error);
+    return !error && std::ranges::all_of(entries, [&](const fs::path& entry) {
+        return IsUnchangedSince(entry.string(), before);
     });
 }
 
@@ -164,25 +163,23 @@ PutBackResult PutBack(const std::string& time)
     const bool isName = !time.empty() && !time.starts_with('.') && time.find('/') == std::string::npos;
     const std::string manifest = Below(time) + kManifest;
     std::error_code error;
-    if (!isName || !fs::exists(manifest, error))
-        throw Stop(Exit::kNotFound,
-                   "nothing was moved away under the time [" + time + "]; " + TimesThatThereAre());
+    if (!isName || !fs::exists(manifest, error)) throw Stop(Exit::kNotFound, NothingAt(time));
     const CommonUtilFileLock doctor(Below(""), CommonUtilFileLock::kReadWrite);
     const Json list = Json::parse(ReadNamedFile(manifest), nullptr, false);
     if (!list.is_object() || !list.contains("items") || !list["items"].is_array())
         throw Stop(Exit::kError, "[" + manifest + "] is damaged; look beside it for what was moved away");
     PutBackResult result;
     for (const Json& item : list["items"]) {
-        const auto listed = ListedIn(item);
-        if (!listed) throw Stop(Exit::kError, "[" + manifest + "] is damaged: an item leads nowhere");
-        const std::string here = Below(time) + "/" + listed->file;
+        const auto place = PlaceOf(item);
+        if (!place) throw Stop(Exit::kError, "[" + manifest + "] is damaged: an item leads nowhere");
+        const std::string here = Below(time) + "/" + place->file;
         if (!fs::exists(fs::symlink_status(here, error))) continue;
-        fs::create_directories(fs::path(listed->from).parent_path(), error);
-        if (Move(here, listed->from)) {
-            result.paths.push_back(listed->from);
+        fs::create_directories(fs::path(place->from).parent_path(), error);
+        if (Move(here, place->from)) {
+            result.paths.push_back(place->from);
         } else {
             ++result.kept;
-            Warn("[" + listed->from + "] could not be put back: " + std::strerror(errno) + "; it stays as [" +
+            Warn("[" + place->from + "] could not be put back: " + std::strerror(errno) + "; it stays as [" +
                  here + "]");
         }
     }

@@ -1,16 +1,23 @@
 #include "photo-files.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <string_view>
 
 #include "application-table.h"
+#include "area-copy.h"
 #include "areas.h"
+#include "arguments.h"
+#include "folder-entries.h"
+#include "png-file.h"
 #include "private-watch.h"
 
 namespace Wfctl {
 
 namespace {
+
+constexpr std::uintmax_t kMostPhotoBytes = std::uintmax_t{32} << 20;  // what a drawing reads
 
 std::string ThemeFolder()
 {
@@ -26,6 +33,13 @@ std::string KindOf(const DataUtil::Photos& photos)
         return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     });
     return prefix.empty() ? "gallery" : "gallery-" + prefix;
+}
+
+// Whether the last scan of a JPEG ends. Nothing inside a scan reads like a marker.
+bool HasEnd(std::string_view jpeg)
+{
+    const auto scan = jpeg.rfind("\xff\xda");
+    return scan != std::string_view::npos && jpeg.find("\xff\xd9", scan) != std::string_view::npos;
 }
 
 }  // namespace
@@ -44,13 +58,11 @@ std::string PicturesFolder(const std::string& kind)
 
 std::vector<std::string> PicturesIn(const std::string& folder)
 {
-    namespace fs = std::filesystem;
     std::vector<std::string> names;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-        if (!entry.is_directory(error)) names.push_back(entry.path().filename());
+    for (const std::filesystem::path& path : EntriesOf(folder)) {
+        std::error_code error;
+        if (!std::filesystem::is_directory(path, error)) names.push_back(path.filename());
     }
-    std::ranges::sort(names);
     return names;
 }
 
@@ -60,9 +72,28 @@ std::string PhotoPath(const DataUtil::Photos& photos, const std::string& name)
     return ThemeFolder() + "GalleryBackgrounds/" + (photos.prefix.empty() ? "" : photos.prefix + "/") + name;
 }
 
-std::string AddCommand(const DataUtil::Photos& photos, const std::string& file)
+std::string PhotoProblem(const std::string& path)
 {
-    return "wfctl bg add --type " + KindOf(photos) + " " + ShellQuoted(file);
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(path, error)))
+        return "is no regular file";
+    if (std::filesystem::file_size(path, error) > kMostPhotoBytes || error) return "is larger than 32 MiB";
+    switch (KindOfPicture(path)) {
+        case PictureKind::kNone:
+            return "is neither a PNG nor a JPEG";
+        case PictureKind::kPng:
+            return LookAtPng(path).kind == PngKind::kNone
+                       ? "is a damaged PNG, or one of more than 4096 pixels"
+                       : "";
+        case PictureKind::kJpeg:
+            return HasEnd(ReadNamedFile(path)) ? "" : "is a JPEG that is cut short";
+    }
+    return {};
+}
+
+std::string AddCommand(const std::string& wfctl, const DataUtil::Photos& photos, const std::string& file)
+{
+    return wfctl + " bg add --type " + KindOf(photos) + " " + ShellQuoted(file);
 }
 
 }  // namespace Wfctl

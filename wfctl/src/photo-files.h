@@ -19,7 +19,12 @@ std::vector<std::string> PicturesIn(const std::string& folder);  // their names 
 // Where a picture of that bare name is looked for; see the format's page.
 std::string PhotoPath(const DataUtil::Photos& photos, const std::string& name);
 
-// The command that puts a file there: "wfctl bg add --type gallery-u1 'cat.jpg'".
-std::string AddCommand(const DataUtil::Photos& photos, const std::string& file);
+// Why a face cannot show the file, as "is neither a PNG nor a JPEG"; empty where it can. Of a JPEG only its
+// beginning and its end are looked at.
+std::string PhotoProblem(const std::string& path);
+
+// The command that puts a file there: "wfctl bg add --type gallery-u1 'cat.jpg'". `wfctl` begins it, see
+// CommandOn().
+std::string AddCommand(const std::string& wfctl, const DataUtil::Photos& photos, const std::string& file);
 
 }  // namespace Wfctl

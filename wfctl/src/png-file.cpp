@@ -30,9 +30,9 @@ PngFacts LookAtPng(const std::string& path)
     const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> picture(
         cairo_image_surface_create_from_png(path.c_str()), cairo_surface_destroy);
     if (cairo_surface_status(picture.get()) != CAIRO_STATUS_SUCCESS) return {};
-    PngFacts facts{PictureKind::kGood, cairo_image_surface_get_width(picture.get()),
+    PngFacts facts{PngKind::kGood, cairo_image_surface_get_width(picture.get()),
                    cairo_image_surface_get_height(picture.get())};
-    if (HasOneColor(picture.get(), facts)) facts.kind = PictureKind::kBlank;
+    if (HasOneColor(picture.get(), facts)) facts.kind = PngKind::kBlank;
     return facts;
 }
 

@@ -6,14 +6,14 @@
 
 namespace Wfctl {
 
-enum class PictureKind {
+enum class PngKind {
     kNone,   // not a PNG that can be decoded, or one with a side of more than 4096 pixels
     kBlank,  // all of it has one colour, or none
     kGood,
 };
 
 struct PngFacts {
-    PictureKind kind = PictureKind::kNone;
+    PngKind kind = PngKind::kNone;
     int width = 0, height = 0;  // pixels
 };
 

@@ -28,8 +28,8 @@ PreviewReport CheckPreview(const Face& face)
     std::error_code error;
     if (!std::filesystem::exists(face.Preview(), error)) return {};
     const PngFacts picture = LookAtPng(face.Preview());
-    if (picture.kind == PictureKind::kNone) return {PreviewState::kNoPng, picture};
-    if (picture.kind == PictureKind::kBlank) return {PreviewState::kBlank, picture};
+    if (picture.kind == PngKind::kNone) return {PreviewState::kNoPng, picture};
+    if (picture.kind == PngKind::kBlank) return {PreviewState::kBlank, picture};
     // In the read-only area times say when the files were copied there, in any order.
     const bool isOlder = face.writable && std::filesystem::exists(face.WatchfaceXml(), error) &&
                          !IsNotOlder(face.Preview(), face.WatchfaceXml());

@@ -13,6 +13,7 @@
 #include "preview-state.h"
 #include "private-watch.h"
 #include "progress.h"
+#include "shell-command.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -65,7 +66,7 @@ Json ReportJson(const Face& face, const PreviewReport& report)
         {"preview", BytesToJson(face.Preview())      },
         {"state",   std::string(NameOf(report.state))}
     });
-    if (report.picture.kind != PictureKind::kNone) {
+    if (report.picture.kind != PngKind::kNone) {
         one["width"] = report.picture.width;
         one["height"] = report.picture.height;
     }
@@ -82,13 +83,13 @@ Exit Check(const Options& options, const PreviewArguments& arguments)
     std::string bad;
     for (const Face& face : faces) {
         const PreviewReport report = CheckPreview(face);
-        if (report.state != PreviewState::kGood) bad += " " + face.name;
+        if (report.state != PreviewState::kGood) bad += " " + ShellWord(face.name);
         reports.push_back(ReportJson(face, report));
         if (options.json) continue;
         std::string name = face.name;
         name.resize(width, ' ');
         std::string size;
-        if (report.picture.kind != PictureKind::kNone) {
+        if (report.picture.kind != PngKind::kNone) {
             size = ", " + std::to_string(report.picture.width) + "x" + std::to_string(report.picture.height);
         }
         PrintLine(name + "  " + std::string(TextOf(report.state)) + size);

@@ -17,6 +17,7 @@
 #include "private-watch.h"
 #include "progress.h"
 #include "sheet-document.h"
+#include "shell-command.h"
 #include "temporary-folder.h"
 #include "verb-table.h"
 
@@ -131,7 +132,7 @@ std::string StoredPreview(const Drawable& face)
 {
     const auto known = FindFace(face.name);
     const bool isOfWatch = known && known->WatchfaceXml() == face.document;
-    if (!isOfWatch || LookAtPng(known->Preview()).kind == PictureKind::kNone) return {};
+    if (!isOfWatch || LookAtPng(known->Preview()).kind == PngKind::kNone) return {};
     return known->Preview();
 }
 
@@ -319,9 +320,9 @@ Exit ShowPreviews(const Options& options, const SheetArguments& arguments)
     Json previews = Json::array();
     for (const std::string& name : NamesOrAll(arguments.faces)) {
         const Face face = RequireFace(name);
-        if (LookAtPng(face.Preview()).kind == PictureKind::kNone)
-            throw Stop(Exit::kNotFound,
-                       "[" + face.name + "] has no preview; type: wfctl preview request " + face.name);
+        if (LookAtPng(face.Preview()).kind == PngKind::kNone)
+            throw Stop(Exit::kNotFound, "[" + face.name + "] has no preview; type: wfctl preview request " +
+                                            ShellWord(face.name));
         previews.push_back(BytesToJson(face.Preview()));
         if (options.json) continue;
         ShowPicture(face.Preview());

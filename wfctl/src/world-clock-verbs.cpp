@@ -15,7 +15,9 @@
 #include "private-watch.h"
 #include "selection-edit.h"
 #include "service-peer.h"
+#include "shell-command.h"
 #include "verb-table.h"
+#include "world-clock-fields.h"
 
 namespace Wfctl {
 
@@ -39,8 +41,8 @@ DataUtil::FaceDocument DocumentOf(const Face& face)
 {
     DataUtil::ParseResult parsed = DataUtil::ParseFace(ReadNamedFile(face.ResultXml()));
     if (parsed.document) return *std::move(parsed.document);
-    throw Stop(Exit::kError,
-               "the document of [" + face.name + "] is refused; type: wfctl validate " + face.name);
+    throw Stop(Exit::kError, "the document of [" + face.name + "] is refused; type: wfctl validate " +
+                                 ShellWord(face.name));
 }
 
 const DataUtil::Slot& SlotOf(const DataUtil::FaceDocument& document, const std::string& name)
@@ -72,11 +74,13 @@ void KeepInPreferences(const std::string& face, const std::string& group, const 
 {
     Platform::ValueStore preferences(Platform::PreferencesPath(std::string(Platform::kServiceId)), 0600);
     const std::string prefix = face + "-" + group + "-";
-    preferences.Set(prefix + "timezonePath", clock.timezonePath);
-    preferences.Set(prefix + "timezone", clock.timezone);
-    preferences.Set(prefix + "city", clock.city);
-    preferences.Set(prefix + "country", clock.country);
-    preferences.Set(prefix + "updatedMode", kSetByHand);
+    for (const WorldClockField& field : kWorldClockFields) {
+        const std::string name = prefix + std::string(field.name);
+        if (field.value)
+            preferences.Set(name, clock.*field.value);
+        else
+            preferences.Set(name, kSetByHand);
+    }
 }
 
 Exit Show(const Options& options, const WorldClockArguments& arguments)
@@ -93,9 +97,9 @@ Exit Show(const Options& options, const WorldClockArguments& arguments)
     const Json reply = peer.Ask(message, Seconds(arguments.timeout));
     if (options.json) PrintLine(JsonLine(reply));
     const Json& fields = reply["bundle"];
-    for (const char* key : {"city", "country", "timezone", "timezonePath", "updatedMode"}) {
-        if (!options.json && fields.contains(key))
-            PrintLine(std::string(key) + ": " + fields[key].get<std::string>());
+    for (const WorldClockField& field : kWorldClockFields) {
+        if (!options.json && fields.contains(field.name))
+            PrintLine(std::string(field.name) + ": " + fields[field.name].get<std::string>());
     }
     if (IsSuccess(reply)) return Exit::kDone;
     const DataUtil::FaceDocument document = DocumentOf(face);

@@ -11,6 +11,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::SizeIs;
 using testing::StartsWith;
 
 namespace {
@@ -31,6 +32,8 @@ protected:
     {
         return fs::path(ReadWriteFace(kClassic)).parent_path().parent_path().string() + "/";
     }
+
+    std::string Pictures() const { return mRoot + "/apps/com.corvane.watchface/shared/trusted/theme/"; }
 
     void Plant(const std::string& path, const std::string& text = "x") const
     {
@@ -190,6 +193,39 @@ TEST_F(ADoctor, finds_pictures_that_are_gone_and_chosen)
     EXPECT_THAT(Codes(Findings()), IsEmpty());
 }
 
+TEST_F(ADoctor, finds_chosen_pictures_that_are_damaged)
+{
+    const std::string picture =
+        Holding("holiday.png", ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png"));
+    ASSERT_EQ(Run({"bg", "add", picture}).status, 0);
+    ASSERT_EQ(Run({"edit", "u1", "--photo", "picture=holiday.png"}).status, 0);
+    const std::string stored = Pictures() + "GalleryBackgrounds/U1/holiday.png";
+    const std::string png = ContentsOf(stored);
+    const std::pair<std::string, const char*> kDamages[] = {
+        {"a text",     "is neither a PNG nor a JPEG"     },
+        {png.substr(0, png.size() / 2),                    "is a damaged PNG"},
+        {"\xff\xd8\xff\xe0 \xff\xd9 \xff\xda and so on",            "is a JPEG that is cut short"},
+    };
+    for (const auto& [bytes, what] : kDamages) {
+        Plant(stored, bytes);
+        const Json report = Findings();
+        ASSERT_THAT(Codes(report), ElementsAre("photo-damaged")) << what;
+        EXPECT_THAT(report["findings"][0]["what"].get<std::string>(), StartsWith(what));
+        EXPECT_EQ(report["findings"][0]["path"], stored);
+    }
+    const std::string type = Findings()["findings"][0]["type"];
+    const std::string add = type.substr(type.find(", or: ") + 6);
+    EXPECT_EQ(Typed("cd '" + mFolder + "' && " + add).status, 0) << add;
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, takes_whole_pictures_of_both_kinds)
+{
+    ASSERT_EQ(Run({"edit", "u1", "--photo", "picture=holiday.jpg"}).status, 0);
+    Plant(Pictures() + "GalleryBackgrounds/U1/holiday.jpg", "\xff\xd8\xff \xff\xda and so on \xff\xd9");
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
 TEST_F(ADoctor, has_stale_previews_drawn_again)
 {
     fs::last_write_time(ReadWriteFace(kClassic) + kClassic + ".png", fs::file_time_type::min());
@@ -323,9 +359,66 @@ TEST_F(ADoctor, puts_nothing_back_over_what_is_there_by_now)
     EXPECT_EQ(ContentsOf(mRoot + "/lost+found/" + fixed["time"].get<std::string>() + "/0"), "old");
 }
 
-TEST_F(ADoctor, says_which_times_there_are)
+TEST_F(ADoctor, says_in_one_sentence_which_times_there_are)
 {
-    const Result undone = Run({"doctor", "--undo", "19700101T000000Z"});
+    const Result undone = Run({"doctor", "--undo", "yesterday"});
     EXPECT_EQ(undone.status, 10);
-    EXPECT_THAT(undone.err, HasSubstr("nothing was moved away"));
+    EXPECT_EQ(undone.err, "wfctl: nothing was moved away, so there is nothing to put back\n");
+    Plant(ReadWriteFace(kClassic) + "notes.txt");
+    StartAnew();
+    const std::string time = Findings({"--fix"})["time"];
+    EXPECT_EQ(Run({"doctor", "--undo", "yesterday"}).err,
+              "wfctl: nothing was moved away under the time [yesterday]; there are: " + time + "\n");
+}
+
+TEST_F(ADoctor, says_commands_for_the_watch_that_was_named)
+{
+    Run({"set", "c4"});
+    Run({"key", "set", "file/private/com.corvane.watchface/watchface_name", kGone});
+    Run({"pref", "set", kService, "wfs-watch-name-world-clock-update", kGone});
+    Run({"pref", "set", kService, std::string(kGone) + "-my-zone-city", "x"});
+    Run({"edit", "u1", "--photo", "picture=gone.png"});
+    fs::remove(ReadWriteFace(kClassic) + kClassic + ".png");
+    Plant(ReadWriteFace(kDigital) + kDigital + "_result.xml", "<face-result/>");
+    Plant(ListFolder() + "own/own_result.xml", "<face-result/>");
+    Plant(ReadWriteFace(kClassic) + "notes.txt");
+    const Json findings = Wfctl({"--root", mRoot, "doctor", "--json"}).AsJson()["findings"];
+    EXPECT_THAT(findings, SizeIs(testing::Ge(8)));
+    for (const Json& finding : findings) {
+        std::string type = finding["type"];
+        const std::string named = "wfctl --root ";
+        EXPECT_THAT(type, StartsWith(named)) << finding["code"];
+        for (std::size_t at = 0; (at = type.find("wfctl ", at)) != std::string::npos; ++at)
+            EXPECT_EQ(type.compare(at, named.size(), named), 0) << type;
+    }
+    EXPECT_THAT(Wfctl({"--root", mRoot, "doctor"}).out,
+                HasSubstr(" delete " + std::string(kDigital) + "  # what was changed of it is lost\n"));
+}
+
+TEST_F(ADoctor, says_how_to_undo_on_the_watch_that_was_named)
+{
+    Plant(ReadWriteFace(kClassic) + "notes.txt");
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    const Result fixed = Wfctl({"--root", mRoot, "doctor", "--fix"});
+    const std::string hint = "to put back what was moved, type: ";
+    const auto at = fixed.out.find(hint);
+    ASSERT_NE(at, std::string::npos) << fixed.out;
+    mEnvironment["WATCH_ROOT"] = "/nonexistent/watch";
+    EXPECT_EQ(Typed(fixed.out.substr(at + hint.size())).status, 0) << fixed.out;
+    EXPECT_TRUE(fs::exists(ReadWriteFace(kClassic) + "notes.txt"));
+}
+
+TEST_F(ADoctor, says_names_of_faces_so_that_a_shell_runs_nothing_of_them)
+{
+    const std::string name = "x;echo PWNED>&2 `id`$(id)' #";
+    const std::string good = Holding("good.xml", ContentsOf(StagedResultXml(kClassic)));
+    ASSERT_EQ(Run({"install", good, "--name", name}).status, 0);
+    fs::remove(ReadWriteFace(name) + name + ".png");
+    const Json findings = Findings()["findings"];
+    ASSERT_THAT(findings, SizeIs(1));
+    const std::string type = findings[0]["type"];
+    const Result typed = Typed(type);
+    EXPECT_EQ(typed.status, 0) << type << typed.err;
+    EXPECT_THAT(typed.err, Not(HasSubstr("PWNED")));
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
 }

@@ -78,7 +78,7 @@ const Case kCases[] = {
     {"monitor",             {"--timeout", "0"}, Form::kLines, {"kind"}},
     {"backup",              {"%/my-watch"}, Form::kValue, {"folder", "faces", "pictures", "current", "notCarried"}},
     {"restore",             {"%/my-watch", "--yes"}, Form::kValue, {"folder", "faces", "pictures", "current", "notCarried"}},
-    {"doctor",              {"--fix"}, Form::kValue, {"findings", "time"}},
+    {"doctor",              {"--fix"}, Form::kValue, {"root", "findings", "time"}},
     {"completion",          {"bash"}, Form::kValue, {"script"}},
     {"help",                {"edit"}, Form::kValue, {"help"}},
     {"manual",              {"edit"}, Form::kValue, {"manual"}},
