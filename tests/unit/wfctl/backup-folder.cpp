@@ -115,11 +115,15 @@ protected:
     const TemporaryFolder mFolder;
 };
 
+class AWrittenBackup : public ABackup {
+protected:
+    AWrittenBackup() { Write(); }
+};
+
 }  // namespace
 
-TEST_F(ABackup, is_read_as_it_was_written)
+TEST_F(AWrittenBackup, is_read_as_it_was_written)
 {
-    Write();
     const Backup backup(Folder());
     ASSERT_THAT(backup.Manifest().items, SizeIs(2));
     const BackupItem &face = backup.Manifest().items[0], &picture = backup.Manifest().items[1];
@@ -155,9 +159,8 @@ TEST_F(ABackup, that_is_not_finished_leaves_nothing)
     EXPECT_TRUE(fs::is_empty(mFolder.Path()));
 }
 
-TEST_F(ABackup, is_not_made_over_another_one)
+TEST_F(AWrittenBackup, is_not_made_over_another_one)
 {
-    Write();
     const End end = EndOf([&] { BackupWriter writer(Folder()); });
     EXPECT_EQ(end.status, Exit::kError);
     EXPECT_THAT(end.text, HasSubstr("is there already"));
@@ -213,9 +216,8 @@ TEST_F(ABackup, that_is_not_there_is_not_found)
     EXPECT_EQ(Check().status, Exit::kNotFound);
 }
 
-TEST_F(ABackup, with_a_changed_file_is_refused_by_the_items_name)
+TEST_F(AWrittenBackup, with_a_changed_file_is_refused_by_the_items_name)
 {
-    Write();
     std::string bytes = Contents(File("pictures/u1/a.png"));
     bytes.back() ^= 1;
     Put(File("pictures/u1/a.png"), bytes);
@@ -223,78 +225,69 @@ TEST_F(ABackup, with_a_changed_file_is_refused_by_the_items_name)
     EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is damaged"));
 }
 
-TEST_F(ABackup, with_a_shorter_file_is_refused)
+TEST_F(AWrittenBackup, with_a_shorter_file_is_refused)
 {
-    Write();
     fs::resize_file(File("pictures/u1/a.png"), 3);
     EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is damaged"));
 }
 
-TEST_F(ABackup, without_a_file_is_refused)
+TEST_F(AWrittenBackup, without_a_file_is_refused)
 {
-    Write();
     fs::remove(File("pictures/u1/a.png"));
     EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is missing"));
 }
 
-TEST_F(ABackup, with_a_link_in_the_place_of_a_file_is_refused)
+TEST_F(AWrittenBackup, with_a_link_in_the_place_of_a_file_is_refused)
 {
-    Write();
     fs::rename(File("pictures/u1/a.png"), mFolder.Path() + "/elsewhere");
     fs::create_symlink(mFolder.Path() + "/elsewhere", File("pictures/u1/a.png"));
     EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is missing"));
 }
 
-TEST_F(ABackup, with_a_link_in_the_place_of_a_folder_is_refused)
+TEST_F(AWrittenBackup, with_a_link_in_the_place_of_a_folder_is_refused)
 {
-    Write();
     fs::rename(File("pictures"), mFolder.Path() + "/elsewhere");
     fs::create_directory_symlink(mFolder.Path() + "/elsewhere", File("pictures"));
     EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is missing"));
 }
 
-TEST_F(ABackup, with_a_pipe_in_the_place_of_a_file_is_refused_at_once)
+TEST_F(AWrittenBackup, with_a_pipe_in_the_place_of_a_file_is_refused_at_once)
 {
-    Write();
     fs::remove(File("pictures/u1/a.png"));
     ASSERT_EQ(mkfifo(File("pictures/u1/a.png").c_str(), 0600), 0);
     EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is no regular file"));
 }
 
-TEST_F(ABackup, with_a_face_that_no_watch_takes_is_refused)
+TEST_F(AWrittenBackup, with_a_face_that_no_watch_takes_is_refused)
 {
-    Write();
     PutAsListed(0, "<no-face/>");
     EXPECT_THAT(Check().text,
                 HasSubstr("the face \"com.example.face-u1\" is a document that no watch takes"));
 }
 
-TEST_F(ABackup, with_a_picture_of_another_kind_is_refused)
+TEST_F(AWrittenBackup, with_a_picture_of_another_kind_is_refused)
 {
-    Write();
     PutAsListed(1, "GIF89a");
     EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is neither a PNG nor a JPEG"));
 }
 
-TEST_F(ABackup, with_a_picture_larger_than_a_watch_copies_is_refused)
+TEST_F(AWrittenBackup, with_a_file_larger_than_it_may_be_is_refused)
 {
-    Write();
-    fs::resize_file(File("pictures/u1/a.png"), (32U << 20) + 1);
-    EXPECT_THAT(Check().text, HasSubstr("the picture \"a.png\" is too large"));
-}
-
-TEST_F(ABackup, with_a_face_larger_than_a_document_may_be_is_refused)
-{
-    Write();
-    fs::resize_file(File("faces/com.example.face-u1.xml"), (1U << 20) + 1);
-    EXPECT_THAT(Check().text, HasSubstr("the face \"com.example.face-u1\" is too large"));
-}
-
-TEST_F(ABackup, with_a_manifest_of_more_than_4_MiB_is_refused)
-{
-    Write();
-    fs::resize_file(File("manifest.json"), (4U << 20) + 1);
-    EXPECT_THAT(Check().text, HasSubstr("the manifest is too large"));
+    const struct {
+        const char *file, *title;
+        uintmax_t most;  // bytes
+    } kFiles[] = {
+        {"pictures/u1/a.png",             "the picture \"a.png\"",            32U << 20},
+        {"faces/com.example.face-u1.xml", "the face \"com.example.face-u1\"", 1U << 20 },
+        {"manifest.json",                 "the manifest",                     4U << 20 },
+    };
+    for (const auto& [file, title, most] : kFiles) {
+        const uintmax_t size = fs::file_size(File(file));
+        fs::resize_file(File(file), most + 1);
+        EXPECT_THAT(Check().text, HasSubstr(title + std::string(" is too large")));
+        fs::resize_file(File(file), size);
+        EXPECT_EQ(Check().text, "") << file;
+    }
 }
 
 TEST_F(ABackup, with_more_items_than_it_may_have_is_refused)
