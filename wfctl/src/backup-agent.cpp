@@ -9,7 +9,7 @@ namespace Wfctl {
 
 namespace {
 
-constexpr char kAgentId[] = "com.corvane.watch-utils.service";
+constexpr int kMostBeginnings = 5;
 constexpr Seconds kItemPatience{20};
 
 bundle NewMessage(std::initializer_list<std::pair<const char*, std::string>> values)
@@ -23,16 +23,26 @@ bundle NewMessage(std::initializer_list<std::pair<const char*, std::string>> val
 
 BackupAgent::BackupAgent(Connection& connection)
     : mConnection(connection),
-      mPeer(connection, ParsePeer(kAgentId, true), true,
+      mPeer(connection, ParsePeer(kId, true), true,
             [this](const std::string& app, const std::string&, const bundle& message) {
                 if (app == Platform::kServiceId && mOnMessage) mOnMessage(message);
             })
 {
     if (mPeer.HasNames()) return;
     throw Stop(Exit::kError,
-               std::string("[") + kAgentId +
+               std::string("[") + kId +
                    "] is running: it makes backups of this watch, or another wfctl does; wait for it, "
                    "or end it");
+}
+
+void BackupAgent::UntilTheEnd(const std::function<bool()>& conversation)
+{
+    for (int beginnings = 0; beginnings < kMostBeginnings; ++beginnings) {
+        if (conversation()) return;
+    }
+    throw Stop(Exit::kError,
+               "the service ended in the middle, again and again; look for watchface-service in " +
+                   LogPlace("watchface-service"));
 }
 
 void BackupAgent::Tell(const bundle& message)

@@ -12,9 +12,15 @@ namespace Wfctl {
 
 class BackupAgent {
 public:
+    static constexpr char kId[] = "com.corvane.watch-utils.service";
+
     explicit BackupAgent(Connection& connection);
     BackupAgent(const BackupAgent&) = delete;
     BackupAgent& operator=(const BackupAgent&) = delete;
+
+    // Holds the conversation, and once more while it says that the service ended in the middle: up to five
+    // times, then it stops with Exit::kError.
+    static void UntilTheEnd(const std::function<bool()>& conversation);
 
     // Asks for a backup; `onItem` gets what comes, its end not. False when the service ended meanwhile, or
     // began: then it has to be asked again. Stops with Exit::kNoAnswer when nothing more comes.

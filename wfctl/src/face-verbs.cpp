@@ -5,12 +5,11 @@
 
 #include "application-table.h"
 #include "connection.h"
+#include "current-face.h"
 #include "exit-status.h"
 #include "faces.h"
 #include "hint.h"
 #include "json-text.h"
-#include "peer.h"
-#include "platform-keys-sdbus.h"
 #include "private-watch.h"
 #include "verb-table.h"
 
@@ -25,11 +24,6 @@ struct SetArguments {
     std::string as = "com.corvane.watch-utils.setting-list";
     double timeout = kSetPatience;
 };
-
-bool IsCurrent(const Current& current, const std::string& name)
-{
-    return current.app == Platform::kFacesId && current.face == name;
-}
 
 Json FaceJson(const Face& face, const Current& current)
 {
@@ -106,19 +100,7 @@ Exit Set(const Options& options, const SetArguments& arguments)
     Connection connection;
     RequireService(connection);
     const std::string name = RequireFace(arguments.name).name;
-    Platform::ValueStore keys(Platform::KeysPath(), 0660);
-    bool announced = false;
-    // The name is written last, and announced also when it is the one that was there.
-    const auto watch =
-        Platform::WatchKey(connection.Get(), kWatchfaceNameKey, [&announced] { announced = true; });
-    connection.RoundTrip();
-    Peer peer(connection, self, true, {});
-    const Platform::BundlePtr message(bundle_create());
-    message->Set("type", std::string("watch-idle-changed"));
-    message->Set("pkgid", name);
-    peer.Send(ParsePeer(std::string(Platform::kServiceId), true), true, *message);
-    const auto isSet = [&] { return announced && IsCurrent(CurrentFace(keys), name); };
-    if (!connection.RunUntil(isSet, Seconds(arguments.timeout))) {
+    if (!MakeCurrent(connection, self, name, Seconds(arguments.timeout))) {
         throw Stop(Exit::kNoAnswer, "the service did not make [" + name +
                                         "] the current watch face in time; look for watchface-service in " +
                                         LogPlace("watchface-service"));

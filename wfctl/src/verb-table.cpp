@@ -65,7 +65,7 @@ constexpr Verb kVerbs[] = {
      "the background pictures, by name",
      "wfctl bg list --type digital", DefineBgList},
     {"backup", "DIR",
-     "back up edited faces, pictures and the current face into a new folder",
+     "back up stored faces, pictures and the current face into a new folder",
      "wfctl backup my-watch", DefineBackup},
     {"restore", "DIR [--yes] [--check]",
      "give this watch what a backup holds, and compare it afterwards",

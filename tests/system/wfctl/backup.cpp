@@ -8,6 +8,7 @@
 #include <set>
 
 #include "a-watch.h"
+#include "terminal.h"
 
 namespace {
 
@@ -15,7 +16,12 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 
 constexpr char kAlbum[] = "com.corvane.watchface-mirel-u1";
+constexpr char kWatchlist[] = "/apps/com.corvane.watchface/shared/data/watchlist/";
 constexpr int kPictures = 30;
+// A face that no watch ships, and an image that it names.
+constexpr char kDawn[] = "com.example.watchface-dawn";
+const std::string kDawnDocument = PROJECT "/docs/examples/dawn-4_result.xml";
+const std::string kDawnBackdrop = PROJECT "/docs/examples/dawn-backdrop.png";
 
 // A watch that somebody uses, and a second one as it was shipped.
 class AnotherWatch : public AWatch {
@@ -50,6 +56,15 @@ protected:
     {
         arguments.insert(arguments.begin(), {WFCTL, "--root", mSecondRoot});
         return std::make_unique<Program>(arguments, mEnvironment);
+    }
+
+    // Says its process first and its status last.
+    Arguments AtATerminal(Arguments arguments) const
+    {
+        const char* script =
+            R"(trap : INT; sh -c 'echo pid $$; exec "$@"' sh "$@"; printf '\n%s is its status' $?)";
+        arguments.insert(arguments.begin(), {"sh", "-c", script, "sh", WFCTL, "--root", mSecondRoot});
+        return arguments;
     }
 
     // What it was told that it has: of the manifest everything but the time.
@@ -138,9 +153,9 @@ TEST_F(AnotherWatch, has_the_same_faces_selections_pictures_and_current_face_aft
     EXPECT_EQ(OnSecond({"current"}).out, Run({"current"}).out);
     EXPECT_EQ(OnSecond({"bg", "list"}).out, Run({"bg", "list"}).out);
     const std::string preview = kClassic + std::string("/") + kClassic + ".png";
-    const std::string list = "/apps/com.corvane.watchface/shared/data/watchlist/";
-    EXPECT_TRUE(Eventually(
-        [&] { return ContentsOf(mSecondRoot + list + preview) == ContentsOf(mRoot + list + preview); }));
+    EXPECT_TRUE(Eventually([&] {
+        return ContentsOf(mSecondRoot + kWatchlist + preview) == ContentsOf(mRoot + kWatchlist + preview);
+    }));
 }
 
 TEST_F(AnotherWatch, asks_before_it_replaces_faces_and_pictures)
@@ -165,6 +180,41 @@ TEST_F(AnotherWatch, asks_before_it_replaces_faces_and_pictures)
     EXPECT_EQ(OnSecond({"restore", Folder()}).status, 0) << "none is lost by it now";
 }
 
+TEST_F(AnotherWatch, is_left_as_it_is_when_the_question_is_interrupted)
+{
+    ASSERT_EQ(OnSecond({"bg", "add", Picture("mine.png")}).status, 0);
+    for (const int signal : {SIGINT, SIGTERM}) {
+        ATerminal terminal(AtATerminal({"restore", Folder()}), mEnvironment);
+        const std::string said = terminal.Await("Go on? [y/N] ");
+        EXPECT_THAT(said, testing::EndsWith("Go on? [y/N] "));
+        if (signal == SIGINT)
+            terminal.Type("\x03");
+        else
+            kill(std::stoi(said.substr(said.find("pid ") + 4)), signal);
+        EXPECT_THAT(terminal.Await(" is its status"), testing::EndsWith("\n130 is its status")) << signal;
+    }
+    EXPECT_EQ(OnSecond({"bg", "list"}).out, "mine.png\n");
+}
+
+TEST_F(AnotherWatch, is_restored_only_by_a_yes)
+{
+    ASSERT_EQ(OnSecond({"bg", "add", Picture("mine.png")}).status, 0);
+    const std::pair<const char*, const char*> kAnswers[] = {
+        {"\n",    "9 is its status"},
+        {"no\n",  "9 is its status"},
+        {"\x04",  "9 is its status"},
+        {"yes\n", "0 is its status"},
+    };
+    for (const auto& [answer, status] : kAnswers) {
+        EXPECT_EQ(OnSecond({"bg", "list"}).out, "mine.png\n");
+        ATerminal terminal(AtATerminal({"restore", Folder()}), mEnvironment);
+        terminal.Await("Go on? [y/N] ");
+        terminal.Type(answer);
+        EXPECT_THAT(terminal.Await(" is its status"), testing::EndsWith(std::string("\n") + status));
+    }
+    EXPECT_EQ(OnSecond({"bg", "list"}).out, Run({"bg", "list"}).out);
+}
+
 TEST_F(AnotherWatch, loses_nothing_by_a_restore_over_faces_that_nobody_changed)
 {
     // As the service has it at the first start of a watch in another language.
@@ -178,8 +228,75 @@ TEST_F(AnotherWatch, takes_nothing_of_a_damaged_backup)
     const Result restored = OnSecond({"restore", Folder()});
     EXPECT_EQ(restored.status, 1);
     EXPECT_THAT(restored.err, HasSubstr("the picture \"picture-7.png\" is damaged"));
-    EXPECT_FALSE(fs::exists(mSecondRoot + "/apps/com.corvane.watchface/shared/data/watchlist/" + kClassic));
+    EXPECT_FALSE(fs::exists(mSecondRoot + kWatchlist + kClassic));
     EXPECT_EQ(OnSecond({"bg", "list"}).out, "");
+}
+
+TEST_F(AnotherWatch, shows_the_pictures_of_the_backup_in_its_previews)
+{
+    const std::string shipped = ContentsOf(ReadOnlyFace(kAlbum) + kAlbum + ".png");
+    ASSERT_EQ(Run({"edit", "u1", "--photo", "picture=picture-3.png"}).status, 0);
+    const std::string shown = ContentsOf(ReadWriteFace(kAlbum) + kAlbum + ".png");
+    ASSERT_EQ(Run({"backup", mFolder + "/album"}).status, 0);
+    const Result restored = OnSecond({"restore", mFolder + "/album"});
+    EXPECT_EQ(restored.status, 0) << restored.err;
+    EXPECT_TRUE(Eventually(
+        [&] { return ContentsOf(mSecondRoot + kWatchlist + kAlbum + "/" + kAlbum + ".png") == shown; }));
+    EXPECT_NE(shown, shipped);
+}
+
+TEST_F(AnotherWatch, says_which_previews_are_to_be_drawn_once_more)
+{
+    ASSERT_EQ(Run({"edit", "u1", "--photo", "picture=picture-3.png"}).status, 0);
+    ASSERT_EQ(Run({"backup", mFolder + "/album"}).status, 0);
+    // Nobody can ask as the editor then: the answers go to its other port.
+    const auto editor = StartOnSecond(
+        {"listen", "--as", kEditor + std::string(":its-port"), "--untrusted", "--timeout", "60"});
+    EXPECT_THAT(editor->NextErrorLine().value_or(""), testing::StartsWith("listening as"));
+    const Result restored = OnSecond({"restore", mFolder + "/album"});
+    EXPECT_EQ(restored.status, 3) << restored.err;
+    EXPECT_THAT(restored.err,
+                HasSubstr("all is restored, but previews show other pictures than their faces do; "
+                          "type: wfctl --root '" +
+                          mSecondRoot + "' preview request " + kAlbum));
+    EXPECT_EQ(OnSecond({"bg", "list"}).out, Run({"bg", "list"}).out);
+}
+
+TEST_F(AnotherWatch, has_faces_of_ones_own_after_a_restore)
+{
+    ASSERT_EQ(Run({"install", kDawnDocument}).status, 0);
+    ASSERT_EQ(Run({"set", kDawn}).status, 0);
+    const std::string folder = mFolder + "/own";
+    ASSERT_EQ(Run({"backup", folder}).status, 0);
+    for (const char* time : {"first", "second"}) {
+        const Result restored = OnSecond({"restore", folder});
+        EXPECT_EQ(restored.status, 0) << time << restored.err;
+        EXPECT_THAT(restored.out, HasSubstr("the current face is \"" + std::string(kDawn) + "\""));
+        EXPECT_EQ(ItemsOfSecond(), ItemsOf(folder));
+    }
+    EXPECT_EQ(OnSecond({"current"}).out, Run({"current"}).out);
+    EXPECT_EQ(OnSecond({"preview", "check", kDawn}).status, 0);
+}
+
+TEST_F(AnotherWatch, says_which_images_of_ones_own_faces_are_not_there)
+{
+    ASSERT_EQ(Run({"install", kDawnDocument}).status, 0);
+    EXPECT_THAT(Run({"backup", mFolder + "/without"}).err, testing::Not(HasSubstr("images")));
+    fs::copy_file(kDawnBackdrop, ReadWriteFace(kDawn) + "dawn-backdrop.png");
+    const std::string folder = mFolder + "/own";
+    EXPECT_THAT(Run({"backup", folder}).err,
+                HasSubstr("not in the backup: the images of \"" + std::string(kDawn) +
+                          "\": \"dawn-backdrop.png\"; keep a copy of [" + ReadWriteFace(kDawn) + "]"));
+    const Result restored = OnSecond({"restore", folder});
+    EXPECT_EQ(restored.status, 0) << restored.err;
+    const std::string place = mSecondRoot + kWatchlist + kDawn + "/dawn-backdrop.png";
+    EXPECT_THAT(restored.err,
+                HasSubstr("[dawn-backdrop.png] is not on the watch, so the face is shown without "
+                          "it; put it at [" +
+                          place + "], then: wfctl --root "));
+    EXPECT_THAT(restored.err, HasSubstr(" preview request " + std::string(kDawn)));
+    fs::copy_file(kDawnBackdrop, place);
+    EXPECT_THAT(OnSecond({"restore", "--yes", folder}).err, testing::IsEmpty());
 }
 
 TEST_F(AnotherWatch, says_what_it_did_not_take)
@@ -188,6 +305,8 @@ TEST_F(AnotherWatch, says_what_it_did_not_take)
     const std::string name = "\"name\": \"" + std::string(kClassic) + "\"";
     manifest.replace(manifest.find(name), name.size(), "\"name\": \"com.example.unknown\"");
     std::ofstream(Folder() + "/manifest.json") << manifest;
+    fs::create_directories(mSecondRoot + kWatchlist);
+    std::ofstream(mSecondRoot + kWatchlist + "com.example.unknown") << "in its place";
     const Result restored = OnSecond({"restore", Folder()});
     EXPECT_EQ(restored.status, 1);
     EXPECT_THAT(restored.err,
