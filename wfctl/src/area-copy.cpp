@@ -1,6 +1,8 @@
 #include "area-copy.h"
 
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -35,7 +37,10 @@ PictureKind KindOfBytes(std::string_view bytes)
 PictureKind KindOfPicture(const std::string& file)
 {
     std::ifstream stream(file, std::ios::binary);
-    if (!stream) throw Stop(Exit::kNotFound, "the picture [" + file + "] cannot be read" + OrMeantFile(file));
+    if (!stream) {
+        const std::string why = std::strerror(errno);
+        throw Stop(Exit::kNotFound, "the picture [" + file + "] cannot be read: " + why + OrMeantFile(file));
+    }
     std::array<char, 8> head{};
     stream.read(head.data(), head.size());
     return KindOfBytes({head.data(), static_cast<std::size_t>(stream.gcount())});

@@ -81,8 +81,8 @@ Exit Del(const Options& options, const BackgroundArguments& arguments)
     for (const std::string& name : arguments.names) {
         if (std::ranges::find(present, name) != present.end()) continue;
         throw Stop(Exit::kNotFound,
-                   "there is no picture [" + name + "] in [" + PicturesFolder(arguments.kind) + "]; " +
-                       DidYouMean(name, NamesOf(present)) + "type: wfctl bg list --type " + arguments.kind);
+                   "there is no picture [" + name + "] in [" + PicturesFolder(arguments.kind) + "]" +
+                       OrMeant(name, NamesOf(present), "type: wfctl bg list --type " + arguments.kind));
     }
     Connection connection;
     RequireService(connection);

@@ -6,15 +6,6 @@
 
 namespace Wfctl {
 
-namespace {
-
-std::string Counted(std::size_t count, const std::string& one)
-{
-    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
-}
-
-}  // namespace
-
 std::string QuotedName(const std::string& name)
 {
     return JsonLine(BytesToJson(name));

@@ -53,10 +53,11 @@ Connection::Connection() : mAddress(Platform::BusAddress())
         sd_event_add_signal(Platform::MainLoop(), &source, numbers[i], interrupt, this);
         mSignals[i].reset(source);
     }
+    if (const std::string why = WhyOtherWatch(mAddress); !why.empty()) throw Stop(Exit::kNoWatch, why);
     std::string error;
     mBus = Platform::Bus::Open(
         mAddress, Platform::MainLoop(), [this] { mLost = true; }, &error);
-    if (!mBus) throw Stop(Exit::kNoWatch, WhyNoWatch(mAddress, error));
+    if (!mBus) throw Stop(Exit::kNoWatch, WhyNoWatch(error));
 }
 
 Connection::~Connection() = default;

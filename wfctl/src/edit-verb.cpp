@@ -11,6 +11,7 @@
 #include "face-document.h"
 #include "face-update.h"
 #include "faces.h"
+#include "hint.h"
 #include "json-text.h"
 #include "locale-findings.h"
 #include "photo-files.h"
@@ -75,9 +76,11 @@ void WarnOfMissingPhotos(const DataUtil::FaceDocument& document, const DataUtil:
         const std::string named = photos.id + "=" + file->second;
         if (isSame && std::ranges::find(changes.photos, named) == changes.photos.end()) continue;
         const std::string path = PhotoPath(photos, file->second);
-        if (!fs::is_regular_file(path, error))
-            Warn("there is no picture [" + path + "] yet; until there is, [" + photos.id +
-                 "] shows its default");
+        if (fs::is_regular_file(path, error)) continue;
+        const std::vector<std::string> present = PicturesIn(fs::path(path).parent_path());
+        Warn(
+            "there is no picture [" + path + "] yet" +
+            OrMeant(file->second, NamesOf(present), "until there is, [" + photos.id + "] shows its default"));
     }
 }
 

@@ -1,6 +1,5 @@
 // Durations that an application keeps with the service, one for each watch face: evaluate save, load.
 
-#include <algorithm>
 #include <memory>
 
 #include "application-table.h"
@@ -35,13 +34,6 @@ struct EvaluateArguments {
 std::string NameOf(const std::string& face)
 {
     return face.find('.') == std::string::npos ? RequireFace(face).name : face;
-}
-
-std::vector<std::string> FaceNames()
-{
-    std::vector<std::string> names;
-    for (const Face& face : ListFaces()) names.push_back(face.name);
-    return names;
 }
 
 PeerAddress SelfOf(const EvaluateArguments& arguments)
@@ -105,10 +97,10 @@ Exit Load(const Options& options, const EvaluateArguments& arguments)
     const Json reply = Ask(options, arguments, NewRequest("load-duration", name));
     if (ResultOf(reply) != "0") {
         const std::vector<std::string> faces = FaceNames();
-        const bool isFace = std::ranges::find(faces, name) != faces.end();
-        throw Stop(Exit::kNotFound, "[" + SelfOf(arguments).app + "] has saved no duration of [" + name +
-                                        "]; " + (isFace ? "" : DidYouMean(name, NamesOf(faces))) +
-                                        "type: wfctl evaluate save " + arguments.face + " DURATION");
+        throw Stop(
+            Exit::kNotFound,
+            "[" + SelfOf(arguments).app + "] has saved no duration of [" + name + "]" +
+                OrMeant(name, NamesOf(faces), "type: wfctl evaluate save " + arguments.face + " DURATION"));
     }
     const Json& duration = reply["bundle"][kDuration];
     if (!options.json) PrintLine(duration.is_string() ? duration.get<std::string>() : JsonLine(duration));

@@ -92,9 +92,9 @@ Exit Set(const Options& options, const SetArguments& arguments)
 {
     const PeerAddress self = ParsePeer(arguments.as, true);
     if (!Platform::FindApplication(self.app)) {
-        throw Stop(Exit::kUsage, "the service does not listen to [" + self.app + "]; " +
-                                     DidYouMean(self.app, ApplicationIds()) + "say --as with one of " +
-                                     Listed(ApplicationIds()));
+        throw Stop(Exit::kUsage, "the service does not listen to [" + self.app + "]" +
+                                     OrMeant(self.app, ApplicationIds(),
+                                             "say --as with one of " + Listed(ApplicationIds())));
     }
     SelectWatch(options.root);
     Connection connection;

@@ -1,6 +1,7 @@
 #include "faces.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -51,6 +52,23 @@ bool IsShortFor(const std::string& name, const std::string& whole)
     return !name.empty() && (whole.ends_with("-" + name) || whole.ends_with("." + name));
 }
 
+std::string Lowered(std::string text)
+{
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
+    return text;
+}
+
+// The name of the face that has this title, or has it in its title; empty when none has.
+std::string NameWithTitle(const std::string& typed, const std::vector<Face>& faces)
+{
+    constexpr std::size_t kShortest = 3;
+    if (typed.size() < kShortest) return {};
+    for (const Face& face : faces) {
+        if (Lowered(TitleOf(face.ResultXml())).find(Lowered(typed)) != std::string::npos) return face.name;
+    }
+    return {};
+}
+
 // "; did you mean X?": a face's name, or the end of one where that is what was typed.
 std::string FaceHint(const std::string& name, const std::vector<Face>& faces)
 {
@@ -60,10 +78,20 @@ std::string FaceHint(const std::string& name, const std::vector<Face>& faces)
     const auto holds = [&](std::string_view known) { return known.find(name) != std::string_view::npos; };
     const auto part = std::ranges::find_if(names, holds);
     if (!name.empty() && part != names.end()) return "; did you mean " + std::string(*part) + "?";
+    const std::string titled = NameWithTitle(name, faces);
+    if (!titled.empty()) return "; did you mean " + titled + "?";
     for (std::size_t i = 0; i < faces.size(); ++i) {
         const std::string_view whole = faces[i].name;
         for (auto at = whole.find_first_of("-."); at != whole.npos; at = whole.find_first_of("-.", at + 1))
             names.push_back(whole.substr(at + 1));
+    }
+    if (MeantName(name, names).empty()) {
+        // "c111": the end of a name with more behind it.
+        const auto isBeginning = [&](std::string_view known) {
+            return known.size() > 1 && name.starts_with(known);
+        };
+        const auto end = std::ranges::find_if(names, isBeginning);
+        if (end != names.end()) return "; did you mean " + std::string(*end) + "?";
     }
     return OrMeant(name, names);
 }
@@ -92,6 +120,13 @@ std::vector<Face> ListFaces()
     list.reserve(faces.size());
     for (auto& [name, face] : faces) list.push_back(std::move(face));
     return list;
+}
+
+std::vector<std::string> FaceNames()
+{
+    std::vector<std::string> names;
+    for (Face& face : ListFaces()) names.push_back(std::move(face.name));
+    return names;
 }
 
 std::vector<Face> RequireFaces()

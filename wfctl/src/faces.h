@@ -28,8 +28,9 @@ struct Face {
 
 // By name.
 std::vector<Face> ListFaces();
+std::vector<std::string> FaceNames();
 
-// The same, or Stop with Exit::kNotFound when there is none.
+// The faces, or Stop with Exit::kNotFound when there is none.
 std::vector<Face> RequireFaces();
 
 std::optional<Face> FindFace(const std::string& name);

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "application-table.h"
+#include "folder-entries.h"
 #include "json-text.h"
 #include "nearest-name.h"
 
@@ -22,27 +23,22 @@ Names NamesOf(const std::vector<std::string>& texts)
 
 std::string_view MeantName(std::string_view name, const Names& known)
 {
+    if (std::ranges::find(known, name) != known.end()) return {};
     const auto goesOn = [&](std::string_view one) { return one.starts_with(name); };
     if (name.size() >= kShortestBeginning && std::ranges::count_if(known, goesOn) == 1)
         return *std::ranges::find_if(known, goesOn);
     return DataUtil::NearestName(name, known);
 }
 
-std::string DidYouMean(std::string_view name, const Names& known)
+std::string OrMeant(std::string_view name, const Names& known, const std::string& next)
 {
     const std::string_view meant = MeantName(name, known);
-    return meant.empty() ? "" : "did you mean " + std::string(meant) + "? ";
-}
-
-std::string OrMeant(std::string_view name, const Names& known)
-{
-    const std::string_view meant = MeantName(name, known);
-    return meant.empty() ? "" : "; did you mean " + std::string(meant) + "?";
+    if (meant.empty()) return next.empty() ? "" : "; " + next;
+    return "; did you mean " + std::string(meant) + "?" + (next.empty() ? "" : " " + next);
 }
 
 void WarnOfSlip(const std::string& what, std::string_view name, const Names& known)
 {
-    if (std::ranges::find(known, name) != known.end()) return;
     const std::string meant = OrMeant(name, known);
     if (!meant.empty()) Warn(what + " [" + std::string(name) + "]" + meant);
 }
@@ -79,9 +75,7 @@ std::string OrMeantFile(const std::string& path)
     std::vector<std::string> names;
     std::error_code error;
     if (fs::exists(file, error)) return {};
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
-        names.push_back(entry.path().filename());
-    std::ranges::sort(names);
+    for (const fs::path& entry : EntriesOf(folder)) names.push_back(entry.filename());
     const std::string_view meant = MeantName(file.filename().string(), NamesOf(names));
     return meant.empty() ? "" : "; did you mean " + (file.parent_path() / meant).string() + "?";
 }

@@ -19,7 +19,7 @@ template <typename Values, typename ToText>
 Json ObjectOf(const Values& values, ToText&& toJson)
 {
     Json object = Json::object();
-    for (const auto& [key, value] : values) object[key] = toJson(value);
+    for (const auto& [key, value] : values) object[JsonName(key)] = toJson(value);
     return object;
 }
 
@@ -60,6 +60,11 @@ Json BytesToJson(const std::string& bytes)
     });
 }
 
+std::string JsonName(const std::string& bytes)
+{
+    return Platform::IsUtf8(bytes) ? bytes : "base64:" + Base64(bytes);
+}
+
 Json BundleToJson(const bundle& message)
 {
     return ObjectOf(message.values, [](const bundle::Value& value) {
@@ -97,6 +102,11 @@ std::string ValueText(const Platform::StoredValue& value)
     if (const auto* text = std::get_if<std::string>(&value)) return *text;
     if (const auto* number = std::get_if<int64_t>(&value)) return std::to_string(*number);
     return std::get<bool>(value) ? "true" : "false";
+}
+
+std::string Counted(std::size_t count, const std::string& what)
+{
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 void PrintLine(const std::string& line)

@@ -18,6 +18,8 @@ std::string JsonLine(const Json& value);
 
 // Text, or {"base64": "…"} when the bytes are no UTF-8.
 Json BytesToJson(const std::string& bytes);
+// The name of a member: the text, or "base64:…".
+std::string JsonName(const std::string& bytes);
 Json BundleToJson(const bundle& message);
 Json LaunchDataToJson(const Platform::LaunchData& extra);
 Json ValueToJson(const Platform::StoredValue& value);
@@ -27,6 +29,9 @@ Json MessageToJson(const std::string& app, const std::string& port, const bundle
 
 // A stored value as it stands.
 std::string ValueText(const Platform::StoredValue& value);
+
+// "1 key", "2 keys".
+std::string Counted(std::size_t count, const std::string& what);
 
 // Prints a line and flushes it.
 void PrintLine(const std::string& line);

@@ -183,6 +183,17 @@ std::string WithLanguageOfCountry(const std::string& typed)
     return language.empty() ? "" : language + typed.substr(end);
 }
 
+// The language behind its country, "ko_KR" of "kr_KO".
+std::string WithPartsExchanged(const std::string& typed)
+{
+    constexpr std::size_t kWhole = 5;
+    if (typed.size() != kWhole || typed[2] != '_') return {};
+    std::string country = typed.substr(0, 2), language = typed.substr(3);
+    std::ranges::transform(country, country.begin(), [](unsigned char c) { return std::toupper(c); });
+    std::ranges::transform(language, language.begin(), [](unsigned char c) { return std::tolower(c); });
+    return language + "_" + country;
+}
+
 // With the code of a country in place of another of the same name: "en_GB" of "en_UK".
 std::string WithCodeOfSameName(const std::string& typed)
 {
@@ -257,7 +268,8 @@ Meant MeantLanguage(const std::string& language)
     if (IsKnownLanguage(language)) return std::nullopt;
     std::string typed = language;
     std::ranges::replace(typed, '-', '_');  // as ICU writes it
-    for (const std::string& meant : {WithLanguageOfCountry(typed), WithCodeOfSameName(typed)}) {
+    for (const std::string& meant :
+         {WithLanguageOfCountry(typed), WithCodeOfSameName(typed), WithPartsExchanged(typed)}) {
         if (!meant.empty() && IsKnownLanguage(meant)) return meant;
     }
     return std::string(DataUtil::NearestName(typed, Languages()));

@@ -30,11 +30,11 @@ std::string LanguageProblem(const std::string& language);
 // The same for a country, which is written as a language with it: "en_GB".
 std::string CountryProblem(const std::string& country);
 
-// The ids of all time zones, or of one country's; none without ICU.
-std::vector<std::string> Timezones(const char* country = nullptr);
-
 // The same for a time zone, an id or a path.
 std::string TimezoneProblem(const std::string& timezone);
+
+// The ids of all time zones, or of one country's; none without ICU.
+std::vector<std::string> Timezones(const char* country = nullptr);
 
 // The country of a time zone's id, in English; empty for a zone of no country.
 std::string CountryOfTimezone(const std::string& timezone);

@@ -48,6 +48,7 @@ Exit Send(const Options& options, const SendArguments& arguments)
     const Platform::BundlePtr message = ParseBundle(arguments.assignments);
     SelectWatch(options.root);
     Connection connection;
+    WarnOfPeerSlips(self);
     WarnOfMessageSlips(to.app, *message);
     unsigned replies = 0;
     Peer::Callback print;
@@ -75,6 +76,7 @@ Exit Listen(const Options& options, const ListenArguments& arguments)
         throw Stop(Exit::kUsage, "which port of [" + self.app + "]? say --as APP:PORT" +
                                      OrMeant(self.app, ApplicationIds()));
     }
+    WarnOfPeerSlips(self);
     SelectWatch(options.root);
     Connection connection;
     unsigned received = 0;
@@ -98,16 +100,16 @@ Exit Listen(const Options& options, const ListenArguments& arguments)
     peer.FinishRelay();
     if (done) return Exit::kDone;
     if (arguments.count == 0) {
-        throw Stop(Exit::kNoAnswer, "the time ran out; " + std::to_string(received) + " messages came");
+        throw Stop(Exit::kNoAnswer, "the time ran out; " + Counted(received, "message") + " came");
     }
     throw Stop(Exit::kNoAnswer, "the time ran out; " + std::to_string(received) + " of " +
-                                    std::to_string(arguments.count) + " messages came");
+                                    Counted(arguments.count, "message") + " came");
 }
 
 Exit Launch(const Options& options, const LaunchArguments& arguments)
 {
     const std::string app = CheckedAppId(arguments.app);
-    if (!arguments.as.empty()) CheckedAppId(arguments.as);
+    if (!arguments.as.empty()) WarnOfPeerSlips({CheckedAppId(arguments.as), ""});
     const Platform::LaunchData extra = ParseLaunchData(arguments.assignments);
     WarnOfLaunchSlips(app, extra);
     SelectWatch(options.root);

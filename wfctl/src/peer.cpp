@@ -31,13 +31,19 @@ std::string ApplicationHint(const PeerAddress& to)
     return OrMeant(to.app, ApplicationIds());
 }
 
-std::string PortHint(const PeerAddress& to)
+// Of both kinds; none of an application that is not the watch's.
+Names PortsOf(const std::string& id)
 {
-    const Platform::Application* app = Platform::FindApplication(to.app);
+    const Platform::Application* app = Platform::FindApplication(id);
     if (!app) return {};
     Names ports(app->trustedPorts.begin(), app->trustedPorts.end());
     ports.insert(ports.end(), app->openPorts.begin(), app->openPorts.end());
-    return OrMeant(to.port, ports);
+    return ports;
+}
+
+std::string PortHint(const PeerAddress& to)
+{
+    return OrMeant(to.port, PortsOf(to.app));
 }
 
 struct ErrorMeaning {
@@ -70,6 +76,12 @@ bool IsUnknown(const Answer& answer)
 }
 
 }  // namespace
+
+void WarnOfPeerSlips(const PeerAddress& self)
+{
+    WarnOfSlip("there is no application", self.app, ApplicationIds());
+    WarnOfSlip("[" + self.app + "] has no port", self.port, PortsOf(self.app));
+}
 
 void StopFor(const Answer& answer, const PeerAddress& to, const std::string& self)
 {

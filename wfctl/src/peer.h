@@ -49,6 +49,10 @@ private:
     std::unique_ptr<Platform::MessagePorts> mPorts;  // last: no message arrives while the rest is destroyed
 };
 
+// A line on stderr where the address of one who speaks or listens may be a slip of an application of the
+// watch, or of a port of it. Anybody may have others.
+void WarnOfPeerSlips(const PeerAddress& self);
+
 // What a failed call means to the user of wfctl.
 [[noreturn]] void StopFor(const Answer& answer, const PeerAddress& to, const std::string& self);
 

@@ -120,6 +120,30 @@ bool IsOwnFolder(const std::string& path)
     return lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && info.st_uid == geteuid();
 }
 
+bool IsSet(const char* variable)
+{
+    const char* value = std::getenv(variable);
+    return value && *value;
+}
+
+std::string HowToSource(const WatchPaths& paths)
+{
+    return "type: . " + ShellQuoted(paths.Env());
+}
+
+// The watch whose run folder a bus's address lies in; empty where it lies in none.
+std::string RootOfBus(const std::string& address)
+{
+    constexpr std::string_view kPath = "unix:path=";
+    if (!address.starts_with(kPath)) return {};
+    const std::string socket = address.substr(kPath.size(), address.find(',') - kPath.size());
+    WatchState state;
+    state.runFolder = fs::path(socket).parent_path().string();
+    if (socket != state.Socket() || !IsOwnFolder(state.runFolder)) return {};
+    std::ifstream note(state.RootNote(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(note), std::istreambuf_iterator<char>()};
+}
+
 }  // namespace
 
 std::string ShellQuoted(const std::string& text)
@@ -255,6 +279,7 @@ void WriteBusFiles(const WatchState& state, const std::string& libexec)
 {
     if (mkdir(state.Services().c_str(), 0700) != 0) Failed("could not make", state.Services());
     WriteFile(state.BusConfig(), BusConfigText(state));
+    WriteFile(state.RootNote(), state.root);
     for (const Platform::Application& app : Platform::kApplications) {
         if (app.program.empty()) continue;
         const std::string id(app.id);
@@ -272,6 +297,7 @@ void RemoveRunFiles(const WatchPaths& paths, const WatchState& state)
         }
         rmdir(state.Services().c_str());
         unlink(state.BusConfig().c_str());
+        unlink(state.RootNote().c_str());
         unlink(state.Socket().c_str());
         rmdir(state.runFolder.c_str());
     }
@@ -322,15 +348,28 @@ void SelectWatch(const std::string& dir)
     Platform::SetAreasFromEnvironment();
 }
 
-std::string WhyNoWatch(const std::string& address, const std::string& error)
+std::string WhyOtherWatch(const std::string& address)
+{
+    const std::string root = Platform::CurrentAreas().root;
+    const std::string other = RootOfBus(address);
+    std::error_code error;
+    if (fs::exists(other, error) && !fs::equivalent(other, root, error)) {
+        return "the bus [" + address + "] is that of the watch at [" + other + "], but WATCH_ROOT is " +
+               (IsSet("WATCH_ROOT") ? "[" + root + "]" : "not set") + "; " + HowToSource({other});
+    }
+    const auto state = ReadState({root});
+    if (!state || !OpenProcess(state->supervisor) || address.starts_with(state->Address())) return {};
+    return (IsSet("DBUS_SESSION_BUS_ADDRESS")
+                ? "the watch at [" + root + "] came up again, with another bus than [" + address + "]"
+                : "DBUS_SESSION_BUS_ADDRESS is not set, where the bus of the watch at [" + root + "] is") +
+           "; " + HowToSource({root});
+}
+
+std::string WhyNoWatch(const std::string& error)
 {
     const WatchPaths paths{Platform::CurrentAreas().root};
     const auto state = ReadState(paths);
     const bool isUp = state && OpenProcess(state->supervisor);
-    if (isUp && state->Address() != address) {
-        return "the watch at [" + paths.root + "] came up again, with another bus than [" + address +
-               "]; type: . " + ShellQuoted(paths.Env());
-    }
     if (IsPrivateWatch() && !isUp)
         return "no watch is up at [" + paths.root + "]; " + HowToComeUp(paths.root) + " && . " +
                ShellQuoted(paths.Env());

@@ -4,7 +4,7 @@
 // processes), watch.log (every program's log), watch.lock (held while `up` or `down` works), watch.resources
 // (where the shipped faces are), and the data. The first two are there while the watch is up. The bus's
 // socket and its generated files lie in a *run folder* with a short name, because a socket's path may have
-// 107 bytes only.
+// 107 bytes only; a note in it says which DIR it is of.
 
 #pragma once
 
@@ -36,6 +36,7 @@ struct WatchState {
     std::string Socket() const { return runFolder + "/bus"; }
     std::string BusConfig() const { return runFolder + "/bus.conf"; }
     std::string Services() const { return runFolder + "/services"; }
+    std::string RootNote() const { return runFolder + "/root"; }
     std::string Address() const { return "unix:path=" + Socket(); }
 };
 
@@ -78,8 +79,12 @@ bool IsPrivateWatch();
 // its files, and an address at which no bus answers. Stops with Exit::kNoWatch when there is none below DIR.
 void SelectWatch(const std::string& dir);
 
-// Of the selected watch, at whose `address` no bus answers: what is wrong, and what to type. `error` has the
+// What is wrong, and what to type, where the bus at `address` is not that of the selected watch: the
+// environment has a part of a private watch only, or an old one. Empty where nothing speaks against it.
+std::string WhyOtherWatch(const std::string& address);
+
+// Of the selected watch, whose bus does not answer: what is wrong, and what to type. `error` has the bus's
 // address and the reason.
-std::string WhyNoWatch(const std::string& address, const std::string& error);
+std::string WhyNoWatch(const std::string& error);
 
 }  // namespace Wfctl

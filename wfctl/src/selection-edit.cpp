@@ -29,8 +29,8 @@ constexpr std::size_t kLongestFileName = 255;
 [[noreturn]] void Unknown(const char* what, const std::string& name, const std::string& where,
                           const Names& known)
 {
-    Misused(std::string("there is no ") + what + " [" + name + "]" + where + "; " + DidYouMean(name, known) +
-            (known.empty() ? "the face has none" : "known: " + Listed(known)));
+    Misused(std::string("there is no ") + what + " [" + name + "]" + where +
+            OrMeant(name, known, known.empty() ? "the face has none" : "known: " + Listed(known)));
 }
 
 template <typename Item>

@@ -30,10 +30,9 @@ PeerAddress AnsweredPeer(const std::string& as)
     if (isAnswered) return peer;
     std::string all;
     for (const char* id : kAnsweredPeers) all += std::string(all.empty() ? "" : ", ") + id;
-    throw Stop(Exit::kUsage,
-               "the service would not answer [" + as + "], so nobody would know how it went; " +
-                   DidYouMean(peer.app, {std::begin(kAnsweredPeers), std::end(kAnsweredPeers)}) +
-                   "say --as with one of " + all + ", or use wfctl send");
+    throw Stop(Exit::kUsage, "the service would not answer [" + as + "], so nobody would know how it went" +
+                                 OrMeant(peer.app, {std::begin(kAnsweredPeers), std::end(kAnsweredPeers)},
+                                         "say --as with one of " + all + ", or use wfctl send"));
 }
 
 }  // namespace
@@ -70,10 +69,9 @@ ServicePeer::ServicePeer(Connection& connection, PeerAddress self, PeerAddress s
                 Receive(app, port, message);
             })
 {
-    RequirePortOfItsKind();
 }
 
-void ServicePeer::RequirePortOfItsKind()
+void ServicePeer::RequireAnswers()
 {
     if (mPeer.HasNames() || mConnection.IsNameBelow(mSelf.app + (mIsTrusted ? ".trusted." : ".open.")))
         return;
@@ -98,6 +96,7 @@ void ServicePeer::Tell(const bundle& message)
 
 Json ServicePeer::Ask(const bundle& message, const Fits& isAnswer, Seconds timeout)
 {
+    RequireAnswers();
     mIsAnswer = &isAnswer;
     mAnswer = nullptr;
     Tell(message);

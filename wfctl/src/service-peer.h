@@ -23,9 +23,6 @@ public:
     // Stops with Exit::kUsage when the service would not answer this application there.
     ServicePeer(Connection& connection, const std::string& as);
     // Any application on an open port of its own, which speaks to that open port of the service.
-    //
-    // Both stop with Exit::kError when a listener has the application without a port of that kind, since the
-    // answer goes to the listener's port.
     ServicePeer(Connection& connection, PeerAddress self, PeerAddress service);
     ServicePeer(const ServicePeer&) = delete;
     ServicePeer& operator=(const ServicePeer&) = delete;
@@ -33,6 +30,10 @@ public:
     const std::string& Application() const { return mSelf.app; }
 
     void Tell(const bundle& message);
+    // Stops with Exit::kError when a listener has the application without a port of its kind, since the
+    // answer goes to the listener's port. Ask() does so first; for those who change something before they
+    // ask.
+    void RequireAnswers();
     // The first message of the service that fits, as MessageToJson() has it. Stops with Exit::kNoAnswer when
     // none comes in time.
     Json Ask(const bundle& message, const Fits& isAnswer, Seconds timeout);
@@ -42,7 +43,6 @@ public:
 
 private:
     ServicePeer(Connection& connection, PeerAddress self, PeerAddress service, bool trusted);
-    void RequirePortOfItsKind();
     void Receive(const std::string& app, const std::string& port, const bundle& message);
 
     Connection& mConnection;

@@ -1,7 +1,15 @@
 #include "service-words.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "application-table.h"
 #include "bundle-data.h"
+#include "faces.h"
+#include "service-peer.h"
+#include "system-setting-table.h"
+#include "trace-switch-keys.h"
+#include "world-clock-fields.h"
 
 namespace Wfctl {
 
@@ -72,6 +80,27 @@ constexpr std::string_view kLaunchKeys[] = {"wfs/req/type", "operation", "retail
 constexpr std::string_view kLaunchValues[] = {"wfs/type/log_query", "ttrace_enable", "ttrace_disable",
                                               "configuration", "init_watch"};
 
+constexpr std::string_view kKeys[] = {
+    kIdleClockKey,
+    kWatchfaceNameKey,
+    "db/setup_wizard/first_boot",
+    "db/setup_wizard/returned_from_wpc",
+    "db/setup_wizard/standalone",
+    "db/wms/gm_setupwizard_eula_finished",
+    "db/wms/host_status/vendor",
+    "db/retailmode/enabled",
+    Platform::kTraceKey,
+};
+
+constexpr std::string_view kPreferences[] = {
+    "wfs/pref/initial_preview_update_done",
+    "wfs-pref-idle-change-request-from",
+    kWorldClockTargetPref,
+};
+
+// A face that such a message is about need not be there yet.
+constexpr std::string_view kTypeOfNewFaces = "watch-setting-created";
+
 template <std::size_t N>
 Names AsNames(const std::string_view (&words)[N])
 {
@@ -109,9 +138,30 @@ Names LaunchValues()
     return AsNames(kLaunchValues);
 }
 
+Names KeyNames()
+{
+    Names names = AsNames(kKeys);
+    for (const Platform::SystemSetting& setting : Platform::kSystemSettings) names.push_back(setting.key);
+    return names;
+}
+
+std::vector<std::string> PreferenceNames(std::string_view near)
+{
+    std::vector<std::string> names(std::begin(kPreferences), std::end(kPreferences));
+    const std::string_view group = near.substr(0, near.rfind('-') + 1);  // "FACE-GROUP-"
+    if (std::ranges::count(group, '-') < 2) return names;
+    for (const WorldClockField& field : kWorldClockFields)
+        names.push_back(std::string(group) + std::string(field.name));
+    return names;
+}
+
 void WarnOfMessageSlips(const std::string& app, const bundle& message)
 {
-    if (app == Platform::kServiceId) WarnOfSlips(message.values, MessageKeys(), kType, MessageTypes());
+    if (app != Platform::kServiceId) return;
+    WarnOfSlips(message.values, MessageKeys(), kType, MessageTypes());
+    if (TextOf(message, kType) == kTypeOfNewFaces) return;
+    const std::vector<std::string> faces = FaceNames();
+    WarnOfSlip("there is no watch face", TextOf(message, "pkgid"), NamesOf(faces));
 }
 
 void WarnOfLaunchSlips(const std::string& app, const Platform::LaunchData& extra)

@@ -208,8 +208,8 @@ int Complain(Exit status, const std::string& text)
     return static_cast<int>(status);
 }
 
-// "did you mean --language? " for an option that there is not; else empty.
-std::string OptionHint(const CLI::App& parser)
+// "--language" for an option that there is not; empty where none is meant.
+std::string MeantOption(const CLI::App& parser)
 {
     std::vector<std::string> names;
     for (const CLI::Option* option : parser.get_options()) {
@@ -217,8 +217,8 @@ std::string OptionHint(const CLI::App& parser)
     }
     for (const std::string& word : parser.remaining()) {
         if (!word.starts_with("--")) continue;
-        const std::string hint = DidYouMean(word.substr(0, word.find('=')), NamesOf(names));
-        if (!hint.empty()) return hint;
+        const std::string_view meant = MeantName(word.substr(0, word.find('=')), NamesOf(names));
+        if (!meant.empty()) return std::string(meant);
     }
     return {};
 }
@@ -265,9 +265,8 @@ int UnknownOption(const std::string& word)
 {
     Names known;
     for (const FrontOption& option : kFrontOptions) known.push_back(option.name);
-    return Complain(Exit::kUsage, "there is no option [" + word + "]; " +
-                                      DidYouMean(word.substr(0, word.find('=')), known) +
-                                      "type: wfctl --help");
+    return Complain(Exit::kUsage, "there is no option [" + word + "]" +
+                                      OrMeant(word.substr(0, word.find('=')), known, "type: wfctl --help"));
 }
 
 int Printed(const std::string& text)
@@ -366,7 +365,9 @@ int RunCommandLine(std::vector<std::string> arguments)
         return Printed(HelpText(*verb));
     } catch (const CLI::ParseError& error) {
         const std::string what = ParseErrorText(error, parser);
-        return Complain(Exit::kUsage, what + (what.ends_with('?') ? " " : "; ") + OptionHint(parser) +
+        const std::string meant = MeantOption(parser);
+        return Complain(Exit::kUsage, what + (what.ends_with('?') ? " " : "; ") +
+                                          (meant.empty() ? "" : "did you mean " + meant + "? ") +
                                           "type: wfctl " + std::string(verb->name) + " --help");
     } catch (const Stop& stop) {
         const bool isNameless = stop.Status() == Exit::kNotFound;

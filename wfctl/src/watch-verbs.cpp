@@ -212,7 +212,7 @@ Exit Down(const Options& options)
     const std::string dir = RequiredRoot(options, "down");
     std::error_code error;
     if (!fs::is_directory(dir, error))
-        throw Stop(Exit::kNothingToDo, "nothing to do: there is no folder [" + dir + "]");
+        throw Stop(Exit::kNothingToDo, "nothing to do: there is no folder [" + dir + "]" + OrMeantFile(dir));
     const WatchPaths paths = PathsOf(dir);
     RequireOwnWatch(paths);
     if (!ReadState(paths))

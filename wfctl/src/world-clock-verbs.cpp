@@ -53,9 +53,9 @@ const DataUtil::Slot& SlotOf(const DataUtil::FaceDocument& document, const std::
         if (slot.name == name) return slot;
         known.push_back(slot.name);
     }
-    throw Stop(Exit::kUsage, "[" + document.id + "] has no world clock [" + name + "]; " +
-                                 DidYouMean(name, known) +
-                                 (known.empty() ? "it has none" : "known: " + Listed(known)));
+    throw Stop(Exit::kUsage,
+               "[" + document.id + "] has no world clock [" + name + "]" +
+                   OrMeant(name, known, known.empty() ? "it has none" : "known: " + Listed(known)));
 }
 
 // What `world-clock show` can be asked about.
@@ -105,13 +105,12 @@ Exit Show(const Options& options, const WorldClockArguments& arguments)
     const DataUtil::FaceDocument document = DocumentOf(face);
     const Names groups = WorldClockGroups(document);
     const bool isKnown = std::ranges::find(groups, arguments.group) != groups.end();
+    const std::string known =
+        groups.empty() ? "it has no world clock; " : "its groups: " + Listed(groups) + "; ";
     throw Stop(Exit::kError, "not everything is stored of the world clock of group [" + arguments.group +
-                                 "] of [" + face.name + "]; " +
-                                 (isKnown ? ""
-                                          : DidYouMean(arguments.group, groups) +
-                                                (groups.empty() ? "it has no world clock; "
-                                                                : "its groups: " + Listed(groups) + "; ")) +
-                                 "type: wfctl world-clock update --help");
+                                 "] of [" + face.name + "]" +
+                                 OrMeant(arguments.group, groups,
+                                         (isKnown ? "" : known) + "type: wfctl world-clock update --help"));
 }
 
 bundle Preparation()
@@ -139,6 +138,7 @@ Exit Prepare(const Options& options, const WorldClockArguments& arguments)
 Exit Update(const Options& options, const WorldClockArguments& arguments)
 {
     SelectWatch(options.root);
+    Connection connection;
     // The service changes the face that was current when it was told that an update comes.
     const std::string target =
         Platform::GetAs<std::string>(*std::make_unique<Platform::ValueStore>(
@@ -152,9 +152,9 @@ Exit Update(const Options& options, const WorldClockArguments& arguments)
     const DataUtil::FaceDocument document = DocumentOf(face);
     const DataUtil::Slot& slot = SlotOf(document, arguments.slot);
     const DataUtil::WorldClock clock = ParseWorldClock(arguments.clock);
-    Connection connection;
     RequireService(connection);
     ServicePeer peer(connection, arguments.as);
+    peer.RequireAnswers();
     KeepInPreferences(face.name, slot.group, clock);
     bundle message;
     message.Set("type", std::string("watch-setting-update-world-clock"));
@@ -193,6 +193,9 @@ std::string InstantOf(const DateArguments& arguments)
 void CheckSkeleton(const DateArguments& arguments)
 {
     constexpr std::string_view kLetters = "GyYuUrQqMLlwWdDFgEecabBhHkKjJCmsSAzZOvVXx";
+    // The answer would be an empty text, which is as none.
+    if (arguments.skeleton.empty())
+        throw Stop(Exit::kUsage, "an empty date pattern shows nothing; one looks like yMMMEd or Jmm");
     const bool isSkeleton = arguments.skeleton.find_first_not_of(kLetters) == std::string::npos;
     if (arguments.isPattern || isSkeleton) return;
     throw Stop(Exit::kUsage, "[" + arguments.skeleton +

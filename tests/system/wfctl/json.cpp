@@ -9,6 +9,8 @@
 
 namespace fs = std::filesystem;
 using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::Not;
 
 namespace {
 
@@ -23,6 +25,7 @@ struct Case {
     Form form;
     std::vector<const char*> names;  // of the value, of its first element, or of each line
     int status = 0;
+    Arguments meanwhile = {};  // what goes by once the verb has said that it waits
 };
 
 // In an order in which each finds what it needs.
@@ -55,13 +58,13 @@ const Case kCases[] = {
     {"flatten",             {"%/my-face_result.xml"}, Form::kValue, {"accepted", "findings", "watchface"}},
     {"render",              {"c1", "-o", "%/x.png"}, Form::kValue, {"picture"}},
     {"sheet",               {"c1", "-o", "%/x.png"}, Form::kValue, {"picture", "width", "height", "previews"}},
-    {"send",                {"--as", "com.corvane.w-home", kService, "type=watch-req-watchlists"}, Form::kLines, {}},
-    {"listen",              {"--as", "com.corvane.w-home", "--timeout", "0"}, Form::kLines, {"from", "port", "bundle"}, 3},
+    {"send",                {"--as", kManager, kService, "type=watch-setting-created", "pkgid=x", "--wait", "30", "--count", "1"}, Form::kLines, {"from", "port", "bundle"}},
+    {"listen",              {"--as", "com.corvane.w-home", "--count", "1"}, Form::kLines, {"from", "port", "bundle"}, 0, {"send", "--as", kEditor, "com.corvane.w-home", "type=x"}},
     {"launch",              {kService, "wfs/req/type=ttrace_disable"}, Form::kValue, {"result", "extra"}, 1},
     {"key set",             {"a", "1"}, Form::kValue, {"a"}},
     {"key get",             {"a"}, Form::kValue, {}},
     {"key list",            {}, Form::kValue, {"a"}},
-    {"key watch",           {"a", "--timeout", "0"}, Form::kLines, {"key", "value"}, 3},
+    {"key watch",           {"a", "--count", "1"}, Form::kLines, {"key", "value"}, 0, {"key", "set", "a", "1"}},
     {"key unset",           {"a"}, Form::kValue, {"a"}},
     {"pref set",            {kService, "a", "1"}, Form::kValue, {"a"}},
     {"pref get",            {kService, "a"}, Form::kValue, {}},
@@ -70,12 +73,12 @@ const Case kCases[] = {
     {"setting set",         {"24-hour=true"}, Form::kValue, {"24-hour"}},
     {"setting get",         {"24-hour"}, Form::kValue, {}},
     {"setting list",        {}, Form::kValue, {"language", "country", "24-hour", "timezone"}},
-    {"setting watch",       {"--timeout", "0"}, Form::kLines, {"key", "value"}, 3},
+    {"setting watch",       {"--count", "1"}, Form::kLines, {"key", "value"}, 0, {"setting", "set", "24-hour=true"}},
     {"survey query",        {}, Form::kValue, {"time", "application", "kind", "feature", "value", "extra"}},
     {"survey list",         {}, Form::kValue, {"time", "application", "kind", "feature", "value", "extra"}},
     {"trace on",            {}, Form::kValue, {"trace"}},
     {"trace off",           {}, Form::kValue, {"trace"}},
-    {"monitor",             {"--timeout", "0"}, Form::kLines, {"kind"}},
+    {"monitor",             {"--count", "1"}, Form::kLines, {"kind"}, 0, {"key", "set", "a", "1"}},
     {"backup",              {"%/my-watch"}, Form::kValue, {"folder", "faces", "pictures", "current", "notCarried"}},
     {"restore",             {"%/my-watch", "--yes"}, Form::kValue, {"folder", "faces", "pictures", "current", "notCarried"}},
     {"doctor",              {"--fix"}, Form::kValue, {"root", "findings", "time"}},
@@ -112,7 +115,19 @@ protected:
         for (const std::string& argument : one.arguments)
             arguments.push_back(argument.starts_with("%/") ? mFolder + argument.substr(1) : argument);
         arguments.emplace_back("--json");
-        return AWatch::Run(arguments);
+        return one.meanwhile.empty() ? AWatch::Run(arguments) : RunBeside(arguments, one.meanwhile);
+    }
+
+private:
+    Result RunBeside(const Arguments& arguments, const Arguments& meanwhile) const
+    {
+        const auto waiting = Start(arguments);
+        Result result;
+        result.err = waiting->NextErrorLine().value_or("");
+        AWatch::Run(meanwhile);
+        while (const auto line = waiting->NextLine()) result.out += *line + "\n";
+        result.status = waiting->AwaitEnd();
+        return result;
     }
 };
 
@@ -134,6 +149,7 @@ TEST_F(AProgram, gets_nothing_but_json_of_each_verb)
             ASSERT_TRUE(Json::accept(result.out)) << one.verb << ": " << result.out;
             HasNames(result.AsJson(), one);
         } else {
+            EXPECT_THAT(result.out, Not(IsEmpty())) << one.verb;
             for (const Json& line : result.AsJsonLines()) HasNames(line, one);
         }
     }
@@ -144,6 +160,7 @@ TEST_F(AProgram, gets_no_text_on_stdout_when_something_is_wrong)
     for (const Case& one : kCases) {
         Case wrong = one;
         wrong.arguments.assign({"--no-such-option"});
+        wrong.meanwhile.clear();
         const Result result = Run(wrong);
         EXPECT_EQ(result.status, 2) << one.verb;
         EXPECT_EQ(result.out, "") << one.verb;

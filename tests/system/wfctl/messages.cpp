@@ -179,6 +179,18 @@ TEST_F(AWatch, says_through_a_listener_why_a_message_was_not_taken)
     EXPECT_EQ(Run({"send", "--as", kSender, std::string(kService) + ":nope", "type=a"}).status, 10);
 }
 
+TEST_F(AWatch, asks_for_no_port_where_no_answer_comes)
+{
+    Run({"set", "c4"});
+    const auto listener = Listen({"--as", std::string(kEditor) + ":mine", "--untrusted"});
+    const Result prepared = Run({"world-clock", "prepare"});
+    EXPECT_EQ(prepared.status, 0) << prepared.err;
+    const Result updated = Run({"world-clock", "update", "city", "Asia/Seoul"});
+    EXPECT_EQ(updated.status, 1);
+    EXPECT_THAT(updated.err, HasSubstr("has no trusted port, where the answer would come"));
+    EXPECT_THAT(Run({"pref", "list", kService}).out, testing::Not(HasSubstr("Seoul")));
+}
+
 TEST_F(AWatch, listens_once_an_application)
 {
     const auto listener = Listen({"--as", kReceiver});

@@ -215,3 +215,27 @@ TEST_F(AFolder, may_hold_the_faces)
     EXPECT_EQ(Wfctl({"status", "--json", "--root", mFolder + "/w"}).AsJson()["faces"], 0);
     EXPECT_EQ(Wfctl({"down", "--root", mFolder + "/w"}).status, 0);
 }
+
+TEST_F(AWatch, is_not_spoken_to_with_another_folder)
+{
+    mEnvironment["HOME"] = mEnvironment["XDG_STATE_HOME"] = Path();
+    for (const std::string& other : {std::string(), Path()}) {
+        mEnvironment["WATCH_ROOT"] = other;
+        const Result result = Run({"set", "e1"});
+        EXPECT_EQ(result.status, 8);
+        EXPECT_THAT(result.err, HasSubstr(other.empty() ? "but WATCH_ROOT is not set; type: . "
+                                                        : "but WATCH_ROOT is [" + other + "]; type: . "));
+        EXPECT_EQ(Run({"pref", "set", kService, "a", "1"}).status, 8);
+    }
+    EXPECT_FALSE(fs::exists(Path() + "/watch/common"));
+    EXPECT_THAT(Wfctl({"current", "--root", mRoot}).out, testing::Not(HasSubstr(kDigital)));
+}
+
+TEST_F(AWatch, is_not_looked_for_on_another_bus)
+{
+    mEnvironment["DBUS_SESSION_BUS_ADDRESS"] = "";
+    const Result result = Run({"set", "e1"});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_THAT(result.err, HasSubstr("DBUS_SESSION_BUS_ADDRESS is not set"));
+    EXPECT_EQ(Run({"list"}).status, 0);  // files alone
+}

@@ -1,10 +1,131 @@
 // Keys, preferences and settings.
 
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <cstring>
+
 #include "a-watch.h"
 
-using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
+
+namespace {
+
+constexpr char kNoUtf8[] = "\xff\xfe";
+
+// A bus of one connection, which leaves the call unanswered that comes behind the announcement of a key.
+class ABus {
+public:
+    explicit ABus(const std::string& path) : mListener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+        EXPECT_EQ(bind(mListener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(mListener, 1), 0);
+    }
+    ~ABus()
+    {
+        sd_bus_message_unref(mHeld);
+        sd_bus_flush_close_unref(mBus);
+        close(mListener);
+    }
+    ABus(const ABus&) = delete;
+    ABus& operator=(const ABus&) = delete;
+
+    void Accept()
+    {
+        pollfd poller{mListener, POLLIN, 0};
+        ASSERT_EQ(poll(&poller, 1, kPatienceMs), 1);
+        const int client = accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        sd_id128_t id;
+        sd_id128_randomize(&id);
+        sd_bus_new(&mBus);
+        sd_bus_set_fd(mBus, client, client);
+        sd_bus_set_server(mBus, true, id);
+        sd_bus_add_filter(mBus, nullptr, Take, this);
+        ASSERT_GE(sd_bus_start(mBus), 0);
+    }
+
+    // The held call's member; empty when the connection ends before one comes.
+    std::string AwaitCall()
+    {
+        while (!mHeld) {
+            const int code = sd_bus_process(mBus, nullptr);
+            if (code < 0 || (code == 0 && sd_bus_wait(mBus, kPatienceMs * 1000ULL) <= 0)) return {};
+        }
+        return sd_bus_message_get_member(mHeld);
+    }
+
+    void Answer()
+    {
+        sd_bus_reply_method_return(mHeld, "");
+        sd_bus_flush(mBus);
+    }
+
+private:
+    static constexpr int kPatienceMs = 40'000;
+
+    static int Take(sd_bus_message* message, void* data, sd_bus_error*)
+    {
+        auto* self = static_cast<ABus*>(data);
+        if (sd_bus_message_is_signal(message, nullptr, "Changed") > 0) self->mIsAnnounced = true;
+        uint8_t type = 0;
+        sd_bus_message_get_type(message, &type);
+        if (type != SD_BUS_MESSAGE_METHOD_CALL) return 1;
+        if (self->mIsAnnounced && !self->mHeld)
+            self->mHeld = sd_bus_message_ref(message);
+        else if (sd_bus_message_is_method_call(message, nullptr, "Hello") > 0)
+            sd_bus_reply_method_return(message, "s", ":1.1");
+        else
+            sd_bus_reply_method_return(message, "");
+        return 1;
+    }
+
+    const int mListener;
+    sd_bus* mBus = nullptr;
+    sd_bus_message* mHeld = nullptr;
+    bool mIsAnnounced = false;
+};
+
+// Whether the process sleeps; one that has ended does not.
+bool Sleeps(pid_t pid)
+{
+    const std::string stat = ContentsOf("/proc/" + std::to_string(pid) + "/stat");
+    const auto close = stat.rfind(") ");
+    return close != std::string::npos && stat[close + 2] == 'S';
+}
+
+}  // namespace
+
+TEST_F(AFolder, has_keys_whose_change_the_bus_has_before_the_writer_leaves)
+{
+    const Arguments kWriters[] = {
+        {WFCTL, "key", "set", "a",         "1"},
+        {WFCTL,     "key",      "unset",  "a"},
+    };
+    for (const Arguments& writer : kWriters) {
+        const std::string path = Path() + "/" + writer[2];
+        ABus bus(path);
+        Program wfctl(writer, {
+                                  {"DBUS_STARTER_ADDRESS",     ""                 },
+                                  {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path},
+                                  {"WATCH_ROOT",               Path()             }
+        });
+        bus.Accept();
+        ASSERT_EQ(bus.AwaitCall(), "GetId") << writer[2];
+        EXPECT_TRUE(Eventually([&] { return Sleeps(wfctl.Pid()) || !IsRunning(wfctl.Pid()); }));
+        EXPECT_TRUE(IsRunning(wfctl.Pid())) << writer[2];
+        bus.Answer();
+        EXPECT_EQ(wfctl.AwaitEnd(), 0) << writer[2];
+    }
+}
 
 TEST_F(AWatch, keeps_keys_with_their_types)
 {
@@ -35,6 +156,53 @@ TEST_F(AWatch, has_no_key_that_was_unset)
     EXPECT_EQ(Run({"key", "unset", "a"}).status, 0);
     EXPECT_EQ(Run({"key", "get", "a"}).status, 10);
     EXPECT_EQ(Run({"key", "unset", "a"}).status, 10);
+}
+
+TEST_F(AWatch, unsets_once_what_is_named_twice)
+{
+    Run({"key", "set", "a/b", "1"});
+    EXPECT_EQ(Run({"key", "unset", "a/b", "a/b", "--json"}).out, "{\"a/b\": null}\n");
+    EXPECT_EQ(Run({"key", "get", "a/b"}).status, 10);
+    Run({"pref", "set", kService, "a", "1"});
+    EXPECT_EQ(Run({"pref", "unset", kService, "a", "a"}).status, 0);
+}
+
+TEST_F(AWatch, names_what_is_no_text_in_json_too)
+{
+    Run({"pref", "set", "com.example.app", kNoUtf8, "1"});
+    EXPECT_EQ(Run({"pref", "list", "com.example.app", "--json"}).out, "{\"base64://4=\": 1}\n");
+    const Result unset = Run({"pref", "unset", "com.example.app", kNoUtf8, "--json"});
+    EXPECT_EQ(unset.status, 0) << unset.err;
+    EXPECT_EQ(unset.out, "{\"base64://4=\": null}\n");
+}
+
+TEST_F(AWatch, keeps_no_key_of_which_nobody_can_hear)
+{
+    EXPECT_EQ(Run({"key", "set", kNoUtf8, "1"}).status, 2);
+    EXPECT_EQ(Run({"key", "list"}).out, "");
+}
+
+TEST_F(AWatch, knows_an_application_by_its_folder)
+{
+    const std::string near = std::string(kService).substr(0, sizeof kService - 2) + "x";
+    EXPECT_THAT(Run({"pref", "set", near, "k", "1"}).err, HasSubstr("there is no application"));
+    EXPECT_EQ(Run({"pref", "set", near, "k", "1"}).err, "");
+}
+
+TEST_F(AWatch, does_not_doubt_a_key_that_is_stored)
+{
+    const char* const near = "db/system/languages";
+    EXPECT_THAT(Run({"key", "watch", near, "--timeout", "0"}).err, HasSubstr("did you mean"));
+    EXPECT_THAT(Run({"key", "set", near, "x"}).err, HasSubstr("did you mean"));
+    EXPECT_THAT(Run({"key", "watch", near, "--timeout", "0"}).err, Not(HasSubstr("did you mean")));
+    EXPECT_EQ(Run({"key", "set", near, "y"}).err, "");
+}
+
+TEST_F(AWatch, counts_what_came)
+{
+    EXPECT_THAT(Run({"key", "watch", "a", "--timeout", "0"}).err, HasSubstr("0 changes came"));
+    EXPECT_THAT(Run({"listen", "--as", "com.example.a:p", "--count", "1", "--timeout", "0"}).err,
+                HasSubstr("0 of 1 message came"));
 }
 
 TEST_F(AWatch, knows_which_key_is_meant)

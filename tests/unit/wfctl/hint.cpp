@@ -13,31 +13,48 @@
 #include "service-words.h"
 
 using namespace Wfctl;
+using testing::Contains;
 using testing::IsSupersetOf;
+using testing::Not;
+using testing::UnorderedElementsAreArray;
 
 namespace {
 
-// The strings in the service's table of words, of one namespace.
-std::vector<std::string> WordsOf(const std::string& part)
+constexpr char kConstant[] = R"re(k[A-Za-z]+\[\] = "([^"]+)")re";
+
+// What the pattern finds in one of the service's sources between two texts.
+std::vector<std::string> WordsOf(const char* file, const std::string& begin, const std::string& end,
+                                 const char* pattern = kConstant)
 {
     std::ostringstream text;
-    text << std::ifstream(MESSAGE_VOCABULARY).rdbuf();
+    text << std::ifstream(std::string(SERVICE_SOURCES) + file).rdbuf();
     const std::string all = text.str();
-    const auto begin = all.find("namespace " + part + " {");
-    const std::string body = all.substr(begin, all.find("}  // namespace " + part) - begin);
-    const std::regex word(R"re(\[\] = "([^"]+)")re");
+    const auto at = all.find(begin);
+    const std::string body = at == std::string::npos ? "" : all.substr(at, all.find(end, at) - at);
+    const std::regex word(pattern);
     std::vector<std::string> words;
-    for (std::sregex_iterator at(body.begin(), body.end(), word), end; at != end; ++at)
-        words.push_back((*at)[1]);
+    for (std::sregex_iterator found(body.begin(), body.end(), word), none; found != none; ++found)
+        words.push_back((*found)[1]);
     return words;
+}
+
+std::vector<std::string> VocabularyOf(const std::string& part)
+{
+    return WordsOf("message-vocabulary.h", "namespace " + part + " {", "}  // namespace " + part);
 }
 
 }  // namespace
 
 TEST(AHint, names_what_is_nearest)
 {
-    EXPECT_EQ(DidYouMean("langauge", {"country", "language"}), "did you mean language? ");
     EXPECT_EQ(OrMeant("langauge", {"country", "language"}), "; did you mean language?");
+    EXPECT_EQ(OrMeant("langauge", {"country", "language"}, "type: x"), "; did you mean language? type: x");
+}
+
+TEST(AHint, names_nothing_for_a_name_that_is_right)
+{
+    EXPECT_EQ(MeantName("lang", {"lang", "language"}), "");
+    EXPECT_EQ(OrMeant("language", {"language"}, "type: x"), "; type: x");
 }
 
 TEST(AHint, names_the_only_word_that_goes_on)
@@ -49,7 +66,8 @@ TEST(AHint, names_the_only_word_that_goes_on)
 
 TEST(AHint, is_empty_where_nothing_is_near)
 {
-    EXPECT_EQ(DidYouMean("pressure", {"language", "country"}), "");
+    EXPECT_EQ(OrMeant("pressure", {"language", "country"}), "");
+    EXPECT_EQ(OrMeant("pressure", {"language", "country"}, "type: x"), "; type: x");
     EXPECT_EQ(OrMeant("", {"language"}), "");
     EXPECT_EQ(MeantName("x", {}), "");
 }
@@ -74,9 +92,44 @@ TEST(AHint, of_a_file_is_what_lies_beside_it)
 
 TEST(TheServicesWords, are_those_of_its_vocabulary)
 {
-    const Names types = MessageTypes(), keys = MessageKeys();
-    ASSERT_GT(WordsOf("MessageType").size(), 10U);
-    EXPECT_THAT(types, IsSupersetOf(WordsOf("MessageType")));
-    EXPECT_THAT(types, IsSupersetOf(WordsOf("BackupItem")));
-    EXPECT_THAT(keys, IsSupersetOf(WordsOf("MessageKey")));
+    struct {
+        const char* part;
+        Names known;
+        std::size_t least;
+    } const kParts[] = {
+        {"MessageType", MessageTypes(), 14},
+        {"BackupItem",  MessageTypes(), 2 },
+        {"MessageKey",  MessageKeys(),  30},
+    };
+    for (const auto& [part, known, least] : kParts) {
+        const std::vector<std::string> words = VocabularyOf(part);
+        EXPECT_GE(words.size(), least) << part;
+        EXPECT_THAT(known, IsSupersetOf(words)) << part;
+    }
+}
+
+TEST(TheServicesWords, of_launch_requests_are_those_of_its_table)
+{
+    const auto keys = WordsOf("watchface-service.cpp", "kLaunchKeys[] = {", "};", R"re(\{"([^"]+)")re");
+    EXPECT_GE(keys.size(), 3U);
+    EXPECT_THAT(LaunchKeys(), UnorderedElementsAreArray(keys));
+    const auto values = WordsOf("watchface-service.cpp", "namespace RequestType {", "kReplyKey");
+    EXPECT_GE(values.size(), 5U);
+    EXPECT_THAT(LaunchValues(), UnorderedElementsAreArray(values));
+}
+
+TEST(TheServicesWords, of_what_is_stored_are_those_that_it_keeps)
+{
+    const auto keys = WordsOf("persisted-keys.h", "// Platform keys", "// Preferences");
+    EXPECT_GE(keys.size(), 8U);
+    EXPECT_THAT(KeyNames(), IsSupersetOf(keys));
+    const auto preferences = WordsOf("persisted-keys.h", "// Preferences", "}  // namespace");
+    EXPECT_GE(preferences.size(), 3U);
+    EXPECT_THAT(PreferenceNames(""), UnorderedElementsAreArray(preferences));
+}
+
+TEST(TheServicesPreferences, of_a_world_clock_are_those_of_its_group)
+{
+    EXPECT_THAT(PreferenceNames("com.example.face-c4-zone-cty"), Contains("com.example.face-c4-zone-city"));
+    EXPECT_THAT(PreferenceNames("my-city"), Not(Contains("my-city")));
 }

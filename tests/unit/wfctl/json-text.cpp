@@ -37,6 +37,19 @@ TEST(Bytes, that_are_utf8_are_text)
     EXPECT_EQ(BytesToJson(""), Json(""));
 }
 
+TEST(ANameInJson, that_is_no_utf8_is_base64)
+{
+    EXPECT_EQ(JsonName("Zürich"), "Zürich");
+    EXPECT_EQ(JsonName("\xff\xfe"), "base64://4=");
+}
+
+TEST(ACount, has_its_plural)
+{
+    EXPECT_EQ(Counted(0, "key"), "0 keys");
+    EXPECT_EQ(Counted(1, "key"), "1 key");
+    EXPECT_EQ(Counted(2, "key"), "2 keys");
+}
+
 TEST(Bytes, that_are_no_utf8_are_base64)
 {
     EXPECT_EQ(JsonLine(BytesToJson("\xff\xfe\xfd")), R"({"base64": "//79"})");

@@ -35,6 +35,12 @@ TEST(ALanguage, that_is_typed_as_a_country_is_that_of_its_people)
     EXPECT_THAT(LanguageProblem("gr_GR"), HasSubstr("did you mean el_GR?"));
 }
 
+TEST(ALanguage, behind_its_country_is_before_it)
+{
+    EXPECT_THAT(LanguageProblem("kr_KO"), HasSubstr("did you mean ko_KR?"));
+    EXPECT_THAT(LanguageProblem("jp-JA"), HasSubstr("did you mean ja_JP?"));
+}
+
 TEST(ALanguage, of_a_country_by_another_code_has_that_country)
 {
     EXPECT_THAT(LanguageProblem("en_UK"), HasSubstr("did you mean en_GB?"));
