@@ -239,6 +239,9 @@ TEST_F(AFolder, is_enough_to_find_assets_that_are_not_there)
     const Result missing = Wfctl({"validate", file});
     EXPECT_EQ(missing.status, 1);
     EXPECT_THAT(missing.out, HasSubstr(": E-ASSET-MISSING: "));
+    const std::string refused = Holding("refused_result.xml", Replaced(text, "<scene>", "<scene><circel/>"));
+    EXPECT_THAT(Wfctl({"validate", refused}).out,
+                testing::AllOf(HasSubstr(": E-ELEMENT-UNKNOWN: "), HasSubstr(": E-ASSET-MISSING: ")));
     Holding("spot.png", "text");
     EXPECT_THAT(Wfctl({"validate", file}).out, HasSubstr(": E-ASSET-TYPE: "));
     ASSERT_EQ(
