@@ -16,6 +16,7 @@ from watch import C1, CAPTURE, HOME, MANAGER, SERVICE, WatchTest, wait_for
 
 EXPIRED = " > update preview fallback timer expired!!\n"
 DONE = " > update preview done!!\n"
+MOST_LATE = 10
 U9 = "com.corvane.watchface-mirel-u9"
 
 
@@ -41,20 +42,29 @@ class AnAwaitedCapture(TurnedWatchTest):
                 self.turn(seconds)
                 self.wait_for_log(EXPIRED, number)
                 self.assertGreaterEqual(time.monotonic() - begin, 0.5)
-                self.assertLess(time.monotonic() - begin, 10)
         self.assert_nothing_more()
         self.assertEqual(self.log().count(EXPIRED), len(AHEAD_AND_BACK))
 
     def test_ends_when_it_is_finished_however_the_clock_is_turned(self):
-        for seconds in AHEAD_AND_BACK.values():
-            self.turn(0)
-            self.request()
-            self.turn(seconds)
-            self.send(self.capture, {"type": "watch-capture-finished", "pkgid": C1})
+        for how, seconds in AHEAD_AND_BACK.items():
+            with self.subTest(how):
+                # On a busy machine one may be finished too late, but not all.
+                self.assertTrue(any(self.ends_when_finished(seconds) for _ in range(MOST_LATE)))
         self.assert_nothing_more()
+
+    def ends_when_finished(self, seconds):
+        """Whether a capture, finished once the clock is turned, ended so and not because its time was over."""
+        done, ended = self.log().count(DONE), self.ends()
+        self.turn(0)
+        self.request()
+        self.turn(seconds)
+        self.send(self.capture, {"type": "watch-capture-finished", "pkgid": C1})
+        wait_for(lambda: self.ends() > ended)
+        return self.log().count(DONE) > done
+
+    def ends(self):
         log = self.log()
-        self.assertEqual(log.count(DONE) + log.count(EXPIRED), len(AHEAD_AND_BACK))
-        self.assertGreater(log.count(DONE), 0)
+        return log.count(DONE) + log.count(EXPIRED)
 
     def test_is_given_up_once_when_its_time_runs_out_while_the_service_rests(self):
         pid = self.pid_of(SERVICE[0])
