@@ -10,7 +10,6 @@
 #include "current-face.h"
 #include "documents.h"
 #include "exit-status.h"
-#include "face-update.h"
 #include "json-text.h"
 #include "missing-assets.h"
 #include "photo-files.h"
@@ -70,8 +69,9 @@ void Restoring::Run()
         mProgress.Clear();
         for (const BackupItem& item : mItems)
             if (item.IsFace() && !HasFace(item)) Install(item);
-        SetCurrent();
         DrawAgain();
+        mUpdater.reset();  // one application at a time
+        SetCurrent();
     } catch (const Stop& stop) {
         const bool isInterrupted = stop.Status() == Exit::kInterrupted;
         throw Stop(stop.Status(), (isInterrupted ? "interrupted" : stop.what()) + std::string("; ") +
@@ -97,12 +97,13 @@ void Restoring::GiveAll()
     });
 }
 
+// As the editor: then the phone is told of it, as of the other faces.
 void Restoring::Install(const BackupItem& item)
 {
     const std::string xml = mBackup.Read(item);
     const FaceUpdate update{kCreated,           item.name,           xml, FactsOf(xml).title, "", true,
                             Seconds(kPatience), mBackup.PathOf(item)};
-    if (!IsDone([&] { FaceUpdater(mConnection, kManagerId).Store(update); })) return;
+    if (!IsDone([&] { AsEditor().Store(update); })) return;
     WarnOfMissingAssets(mWfctl, item.name, DataUtil::AssetPaths(*DataUtil::ParseFace(xml).document));
 }
 
@@ -120,9 +121,14 @@ void Restoring::DrawAgain()
     const Seconds patience(kPatience + faces);  // what is asked for already is drawn first
     for (const Face& face : ListFaces()) {
         if (!ShowsPictures(face)) continue;
-        const auto draw = [&] { FaceUpdater(mConnection, kEditorId).Store(SameAgain(face, patience)); };
-        if (!IsDone(draw)) mStale.push_back(face.name);
+        if (!IsDone([&] { AsEditor().Store(SameAgain(face, patience)); })) mStale.push_back(face.name);
     }
+}
+
+FaceUpdater& Restoring::AsEditor()
+{
+    if (!mUpdater) mUpdater = std::make_unique<FaceUpdater>(mConnection, kEditorId);
+    return *mUpdater;
 }
 
 std::vector<std::string> Restoring::Missing() const

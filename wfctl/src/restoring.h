@@ -7,11 +7,13 @@
 
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "backup-folder.h"
 #include "connection.h"
+#include "face-update.h"
 #include "faces.h"
 #include "progress.h"
 
@@ -36,6 +38,7 @@ private:
     void Install(const BackupItem& item);
     void SetCurrent();
     void DrawAgain();
+    FaceUpdater& AsEditor();
     bool HasFace(const BackupItem& item) const;
     bool HasPicture(const BackupItem& item) const;
     bool HasCurrent() const;
@@ -48,6 +51,7 @@ private:
     const Progress mProgress;
     std::size_t mGiven = 0;
     std::vector<std::string> mStale;
+    std::unique_ptr<FaceUpdater> mUpdater;
 };
 
 }  // namespace Wfctl

@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -264,6 +265,7 @@ TEST_F(AnotherWatch, says_which_previews_are_to_be_drawn_once_more)
 
 TEST_F(AnotherWatch, has_faces_of_ones_own_after_a_restore)
 {
+    ASSERT_EQ(Run({"edit", "u1", "--photo", "picture=picture-3.png"}).status, 0);
     ASSERT_EQ(Run({"install", kDawnDocument}).status, 0);
     ASSERT_EQ(Run({"set", kDawn}).status, 0);
     const std::string folder = mFolder + "/own";
@@ -271,6 +273,7 @@ TEST_F(AnotherWatch, has_faces_of_ones_own_after_a_restore)
     for (const char* time : {"first", "second"}) {
         const Result restored = OnSecond({"restore", folder});
         EXPECT_EQ(restored.status, 0) << time << restored.err;
+        EXPECT_THAT(restored.err, testing::Not(HasSubstr("platform")));
         EXPECT_THAT(restored.out, HasSubstr("the current face is \"" + std::string(kDawn) + "\""));
         EXPECT_EQ(ItemsOfSecond(), ItemsOf(folder));
     }
@@ -295,6 +298,7 @@ TEST_F(AnotherWatch, says_which_images_of_ones_own_faces_are_not_there)
                           "it; put it at [" +
                           place + "], then: wfctl --root "));
     EXPECT_THAT(restored.err, HasSubstr(" preview request " + std::string(kDawn)));
+    EXPECT_EQ(std::ranges::count(restored.err, '\n'), 1) << restored.err;
     fs::copy_file(kDawnBackdrop, place);
     EXPECT_THAT(OnSecond({"restore", "--yes", folder}).err, testing::IsEmpty());
 }
