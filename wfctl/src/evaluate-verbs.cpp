@@ -10,6 +10,7 @@
 #include "hint.h"
 #include "private-watch.h"
 #include "service-peer.h"
+#include "shell-command.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -97,10 +98,10 @@ Exit Load(const Options& options, const EvaluateArguments& arguments)
     const Json reply = Ask(options, arguments, NewRequest("load-duration", name));
     if (ResultOf(reply) != "0") {
         const std::vector<std::string> faces = FaceNames();
-        throw Stop(
-            Exit::kNotFound,
-            "[" + SelfOf(arguments).app + "] has saved no duration of [" + name + "]" +
-                OrMeant(name, NamesOf(faces), "type: wfctl evaluate save " + arguments.face + " DURATION"));
+        throw Stop(Exit::kNotFound,
+                   "[" + SelfOf(arguments).app + "] has saved no duration of [" + name + "]" +
+                       OrMeant(name, NamesOf(faces),
+                               "type: wfctl evaluate save " + ShellWord(arguments.face) + " DURATION"));
     }
     const Json& duration = reply["bundle"][kDuration];
     if (!options.json) PrintLine(duration.is_string() ? duration.get<std::string>() : JsonLine(duration));
