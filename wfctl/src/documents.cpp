@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <tuple>
 #include <utility>
 
 #include "exit-status.h"
@@ -69,7 +70,7 @@ std::vector<DataUtil::Finding> Merged(std::vector<DataUtil::Finding> findings,
 {
     findings.insert(findings.end(), more.begin(), more.end());
     std::ranges::stable_sort(findings, {}, [](const DataUtil::Finding& finding) {
-        return std::pair(finding.line, finding.column);
+        return std::tuple(finding.line == 0, finding.line, finding.column);
     });
     return findings;
 }

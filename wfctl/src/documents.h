@@ -31,7 +31,7 @@ bool IsFileName(const std::string& what);
 
 void WriteFile(const std::string& path, const std::string& text);
 
-// Findings of one document, by place.
+// Findings of one document, by place; those of the whole document last.
 std::vector<DataUtil::Finding> Merged(std::vector<DataUtil::Finding> findings,
                                       const std::vector<DataUtil::Finding>& more);
 

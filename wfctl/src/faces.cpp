@@ -11,6 +11,7 @@
 #include "areas.h"
 #include "documents.h"
 #include "exit-status.h"
+#include "folder-entries.h"
 #include "hint.h"
 
 namespace Wfctl {
@@ -34,10 +35,9 @@ bool Exists(const std::string& path)
 
 void AddFaces(bool writable, std::map<std::string, Face>& faces)
 {
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(Watchlist(writable), error)) {
-        Face face = WritableFace(entry.path().filename().string());
-        face.folder = entry.path().string() + "/";
+    for (const fs::path& folder : EntriesOf(Watchlist(writable))) {
+        Face face = WritableFace(folder.filename().string());
+        face.folder = folder.string() + "/";
         if (!Exists(face.ResultXml()) && !Exists(face.folder + "without_result_xml")) continue;
         face.writable = writable;
         face.shipped = !writable || faces.contains(face.name);

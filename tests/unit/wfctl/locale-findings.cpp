@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "documents.h"
 #include "flat-checks.h"
 
 using namespace Wfctl;
@@ -149,6 +150,17 @@ TEST(ADocumentsSlips, are_no_more_than_checking_keeps)
         DocumentWith({.country = "Jpaan", .path = "Asia/Tokio", .ofLayer = "Europe/Berlni"});
     document.insert(document.find("</watchface>"), invisible);
     EXPECT_EQ(ToldOfText(document).size(), DataUtil::Findings::kMostFindings);
+}
+
+TEST(ListsOfFindings, become_one_by_place_which_says_last_that_it_is_not_all)
+{
+    const auto at = [](const char* code, int line, int column) {
+        return DataUtil::Finding{DataUtil::Severity::kError, code, line, column, "", ""};
+    };
+    const auto all = Merged({at("a", 1, 2), at("c", 9, 1), at("E-LIMIT-FINDINGS", 0, 0)}, {at("b", 2, 1)});
+    std::vector<std::string> codes;
+    for (const DataUtil::Finding& finding : all) codes.push_back(finding.code);
+    EXPECT_THAT(codes, ElementsAre("a", "b", "c", "E-LIMIT-FINDINGS"));
 }
 
 TEST(AShippedDocument, names_languages_zones_and_countries_that_there_are)
