@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/inotify.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
@@ -12,6 +13,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
 
 #include "app-control.h"
 #include "application-table.h"
@@ -24,6 +27,7 @@ namespace Wfctl {
 
 namespace {
 
+namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 using Platform::UniqueFd;
 
@@ -46,21 +50,46 @@ sigset_t Signals()
 }
 
 // Waits until one of the two is readable; false when the time is over. A negative time is for ever.
-bool AwaitInput(int first, int second, Milliseconds most)
+bool AwaitInput(const UniqueFd& fd, Milliseconds most, const UniqueFd& other = {})
 {
     pollfd pollers[] = {
-        {first,  POLLIN, 0},
-        {second, POLLIN, 0}
+        {fd.Get(),    POLLIN, 0},
+        {other.Get(), POLLIN, 0}
     };
-    const auto nfds = static_cast<nfds_t>(second < 0 ? 1 : 2);
-    const int code = poll(pollers, nfds, static_cast<int>(most.count()));
+    const int code = poll(pollers, std::size(pollers), static_cast<int>(most.count()));
     return code > 0 || (code < 0 && errno == EINTR);
+}
+
+// Readable when something in the folder was removed.
+UniqueFd RemovalsFrom(const std::string& folder)
+{
+    UniqueFd removals(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    if (!removals || inotify_add_watch(removals.Get(), folder.c_str(), IN_DELETE | IN_ONLYDIR) < 0) return {};
+    return removals;
+}
+
+// Takes what there is to read; whether a file of that name was removed.
+bool ReadRemovals(const UniqueFd& removals, const std::string& name)
+{
+    alignas(inotify_event) char events[4096];
+    bool removed = false;
+    for (ssize_t length = 0; (length = read(removals.Get(), events, sizeof events)) > 0;) {
+        for (ssize_t at = 0; at < length;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(events + at);
+            removed = removed || (event->len > 0 && name == event->name);
+            at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+        }
+    }
+    return removed;
 }
 
 class Supervisor {
 public:
-    Supervisor(WatchState state, UniqueFd ready)
-        : mState(std::move(state)), mReady(std::move(ready)), mBusProgram(FindProgram("dbus-daemon"))
+    Supervisor(WatchState state, UniqueFd ready, UniqueFd removals)
+        : mState(std::move(state)),
+          mReady(std::move(ready)),
+          mRemovals(std::move(removals)),
+          mBusProgram(FindProgram("dbus-daemon"))
     {
         const sigset_t set = Signals();
         sigprocmask(SIG_BLOCK, &set, nullptr);
@@ -76,6 +105,7 @@ private:
     [[noreturn]] void BecomeBus(int addressFd) const;
     void StartService();
     void ReadSignals();
+    void LookForState();
     bool Reap();
     bool BringBusBack();
     void AwaitNoPrograms();
@@ -85,6 +115,7 @@ private:
 
     WatchState mState;
     UniqueFd mReady;
+    const UniqueFd mRemovals;  // from the watch's folder
     const std::string mBusProgram;
     UniqueFd mSignals;
     UniqueFd mBus;
@@ -92,7 +123,8 @@ private:
     int mShortLives = 0;
     pid_t mStarter = 0;
     bool mBusEnded = false;
-    bool mTold = false;  // to end
+    bool mTold = false;     // to end
+    bool mRemoved = false;  // the watch's state: nobody else will take it down
     bool mServiceFailed = false;
 };
 
@@ -138,8 +170,7 @@ bool Supervisor::StartBus()
     mBusStarted = Clock::now();
     mBusEnded = false;
     char text[512];
-    const bool listens =
-        AwaitInput(address.Get(), -1, kBusPatience) && read(address.Get(), text, sizeof text) > 0;
+    const bool listens = AwaitInput(address, kBusPatience) && read(address.Get(), text, sizeof text) > 0;
     if (!listens) return false;
     WriteState(mState);
     return true;
@@ -168,6 +199,15 @@ void Supervisor::ReadSignals()
     while (read(mSignals.Get(), &info, sizeof info) == sizeof info) {
         if (info.ssi_signo != SIGCHLD) mTold = true;
     }
+}
+
+// Who removes the folder of a watch that is up wants it to be down.
+void Supervisor::LookForState()
+{
+    if (!ReadRemovals(mRemovals, fs::path(WatchPaths{mState.root}.State()).filename())) return;
+    SUPERVISOR_LOG(DLOG_INFO, "the state of the watch at [%s] was removed; taking it down",
+                   mState.root.c_str());
+    mTold = mRemoved = true;
 }
 
 // Takes the ends of children; false when there are no children at all.
@@ -210,12 +250,12 @@ void Supervisor::AwaitNoPrograms()
     const auto deadline = Clock::now() + kOrphanPatience;
     while (Reap()) {
         const auto left = std::chrono::duration_cast<Milliseconds>(deadline - Clock::now());
-        if (left.count() <= 0 || !AwaitInput(mSignals.Get(), -1, left)) break;
+        if (left.count() <= 0 || !AwaitInput(mSignals, left)) break;
         ReadSignals();
     }
     while (Reap()) {
         for (const ProcessMark& process : DescendantsOf(getpid())) SendSignal(OpenProcess(process), SIGKILL);
-        AwaitInput(mSignals.Get(), -1, Milliseconds(100));
+        AwaitInput(mSignals, Milliseconds(100));
         ReadSignals();
     }
 }
@@ -254,8 +294,9 @@ int Supervisor::Run()
     bool first = true;
     bool wentWell = true;
     while (!mTold) {
-        AwaitInput(mSignals.Get(), -1, Milliseconds(-1));
+        AwaitInput(mSignals, Milliseconds(-1), mRemovals);
         ReadSignals();
+        LookForState();
         Reap();
         if (mBusEnded && !mTold && !BringBusBack()) break;
         if (mStarter == 0 && first) {
@@ -265,6 +306,7 @@ int Supervisor::Run()
         }
     }
     EndAll();
+    if (mRemoved) RemoveRunFiles({mState.root}, mState);
     return wentWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
@@ -287,11 +329,12 @@ int Supervise(const std::string& root)
 {
     UniqueFd ready(kReadyFd);
     fcntl(kReadyFd, F_SETFD, FD_CLOEXEC);
+    UniqueFd removals = RemovalsFrom(root);  // before the state is looked for: none goes by unseen
     const auto state = ReadState(WatchPaths{root});
     if (!state) return EXIT_FAILURE;
     SetProgramEnvironment(*state);
     try {
-        return Supervisor(*state, std::move(ready)).Run();
+        return Supervisor(*state, std::move(ready), std::move(removals)).Run();
     } catch (const Stop& stop) {
         SUPERVISOR_LOG(DLOG_ERROR, "%s", stop.what());
         return static_cast<int>(stop.Status());

@@ -185,6 +185,7 @@ Exit Up(const Options& options, const UpArguments& arguments)
     const UniqueFd lock = LockWatch(paths);
     if (const auto old = ReadState(paths)) {
         if (OpenProcess(old->supervisor)) {
+            if (access(paths.Env().c_str(), F_OK) != 0) WriteEnv(*old);  // an `up` may have been interrupted
             throw Stop(Exit::kNothingToDo,
                        "already up: [" + paths.root + "]; type: . " + ShellQuoted(paths.Env()));
         }

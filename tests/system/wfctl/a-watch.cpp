@@ -62,7 +62,8 @@ AWatch::AWatch() : mRoot(mFolder + "/it's a \"watch\" $x `y` \\ ü미렐 ")
 AWatch::~AWatch()
 {
     if (HasFailure()) std::cerr << ContentsOf(mRoot + "/watch.log");
-    Wfctl({"down", "--root", mRoot});
+    const Result down = Wfctl({"down", "--root", mRoot});
+    EXPECT_THAT(down.status, testing::AnyOf(0, 9)) << down.err;
 }
 
 Result AWatch::Run(const Arguments& arguments) const

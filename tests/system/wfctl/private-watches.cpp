@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
+#include <regex>
 
 #include "a-watch.h"
 
@@ -130,6 +132,37 @@ TEST_F(AWatch, without_its_supervisor_goes_down_and_up_again)
     EXPECT_EQ(Wfctl({"status", "--root", mRoot}).status, 0);
 }
 
+TEST_F(AWatch, goes_down_when_its_folder_is_removed)
+{
+    const pid_t service = ServiceOf(Run({"status", "--json"}));
+    const pid_t supervisor = std::stoi(State("SUPERVISOR")), bus = std::stoi(State("BUS"));
+    const std::string runFolder = State("RUN_FOLDER");
+    fs::remove_all(mRoot);
+    EXPECT_TRUE(Eventually([&] { return !IsRunning(supervisor); }));
+    for (const pid_t pid : {service, bus}) EXPECT_FALSE(IsRunning(pid)) << pid;
+    EXPECT_FALSE(fs::exists(runFolder));
+    EXPECT_FALSE(fs::exists(mRoot));
+}
+
+TEST_F(AWatch, stays_up_when_its_folder_is_moved_or_other_files_there_are_removed)
+{
+    const std::string moved = mFolder + "/moved";
+    fs::rename(mRoot, moved);
+    ASSERT_TRUE(fs::remove(moved + "/watch.log"));
+    EXPECT_EQ(Wfctl({"status", "--root", moved}).status, 0);
+    EXPECT_EQ(Wfctl({"down", "--root", moved}).status, 0);
+    fs::rename(moved, mRoot);
+}
+
+TEST_F(AWatch, that_lacks_its_environment_has_it_written_by_the_next_up)
+{
+    ASSERT_TRUE(fs::remove(mRoot + "/watch.env"));
+    ASSERT_EQ(Wfctl({"up", "--root", mRoot}).status, 9);
+    EXPECT_EQ(
+        RunProgram({"sh", "-c", ". \"$1\" && \"$2\" status", "sh", mRoot + "/watch.env", WFCTL}, {}).status,
+        0);
+}
+
 TEST_F(AWatch, that_is_down_is_looked_at_by_verbs_that_read_files)
 {
     // Not those beside the programs: faces are found where the watch had them.
@@ -183,6 +216,20 @@ TEST_F(AWatch, is_brought_up_once_when_two_try)
     Program first({WFCTL, "up", "--root", mRoot}, {});
     Program second({WFCTL, "up", "--root", mRoot}, {});
     EXPECT_EQ(first.AwaitEnd() + second.AwaitEnd(), 9);
+}
+
+// As an `up` that was killed early leaves it.
+TEST_F(AWatch, whose_state_lacks_its_processes_goes_down_all_the_same)
+{
+    const pid_t supervisor = std::stoi(State("SUPERVISOR"));
+    const std::string runFolder = State("RUN_FOLDER");
+    const std::string state = std::regex_replace(ContentsOf(mRoot + "/watch.state"),
+                                                 std::regex("(SUPERVISOR|BUS)='[^']*'"), "$1='0 0'");
+    std::ofstream(mRoot + "/watch.state") << state;
+    EXPECT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    EXPECT_TRUE(Eventually([&] { return !IsRunning(supervisor); }));
+    EXPECT_FALSE(fs::exists(runFolder));
+    EXPECT_FALSE(fs::exists(mRoot + "/watch.state"));
 }
 
 TEST_F(AWatch, keeps_the_log_of_its_programs)
