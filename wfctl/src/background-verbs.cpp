@@ -11,6 +11,7 @@
 #include "photo-files.h"
 #include "private-watch.h"
 #include "service-peer.h"
+#include "shell-command.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -80,9 +81,10 @@ Exit Del(const Options& options, const BackgroundArguments& arguments)
     const std::vector<std::string> present = PicturesIn(PicturesFolder(arguments.kind));
     for (const std::string& name : arguments.names) {
         if (std::ranges::find(present, name) != present.end()) continue;
-        throw Stop(Exit::kNotFound,
-                   "there is no picture [" + name + "] in [" + PicturesFolder(arguments.kind) + "]" +
-                       OrMeant(name, NamesOf(present), "type: wfctl bg list --type " + arguments.kind));
+        throw Stop(
+            Exit::kNotFound,
+            "there is no picture [" + name + "] in [" + PicturesFolder(arguments.kind) + "]" +
+                OrMeant(name, NamesOf(present), "type: " + WatchCommand("bg list --type " + arguments.kind)));
     }
     Connection connection;
     RequireService(connection);

@@ -65,8 +65,6 @@ bool IsLeftOver(const fs::path& path)
 
 class Checkup {
 public:
-    explicit Checkup(const std::string& wfctl) : mWfctl(wfctl) {}
-
     std::vector<Ailment> Run()
     {
         for (const Face& face : mFaces) LookAtFace(face);
@@ -99,12 +97,12 @@ private:
 
     std::string RedrawCommand(const Face& face) const
     {
-        return mWfctl + " preview request " + ShellWord(face.name);
+        return WatchCommand("preview request " + ShellWord(face.name));
     }
 
     std::string DeleteCommand(const Face& face) const
     {
-        return mWfctl + " delete " + ShellWord(face.name) +
+        return WatchCommand("delete " + ShellWord(face.name)) +
                (face.shipped ? "  # what was changed of it is lost" : "  # the face is lost");
     }
 
@@ -129,9 +127,9 @@ private:
     {
         const std::string quoted = ShellQuoted(path);
         Add("bad-document", path, face.name, "is not accepted",
-            face.writable && face.shipped
-                ? DeleteCommand(face)
-                : mWfctl + " validate " + quoted + ", mend it, then: " + mWfctl + " install " + quoted);
+            face.writable && face.shipped ? DeleteCommand(face)
+                                          : WatchCommand("validate " + quoted) +
+                                                ", mend it, then: " + WatchCommand("install " + quoted));
     }
 
     void LookAtPhotos(const Face& face)
@@ -147,8 +145,8 @@ private:
             if (problem.empty()) continue;
             Add(isThere ? "photo-damaged" : "photo-missing", path, face.name,
                 problem + ", and is chosen for [" + photos.id + "] of [" + face.name + "]",
-                mWfctl + " edit " + ShellWord(face.name) + " --photo " + ShellQuoted(photos.id + "=") +
-                    ", or: " + AddCommand(mWfctl, photos, chosen->second));
+                WatchCommand("edit " + ShellWord(face.name) + " --photo " + ShellQuoted(photos.id + "=")) +
+                    ", or: " + AddCommand(photos, chosen->second));
         }
     }
 
@@ -231,7 +229,7 @@ private:
     void AddMovable(const std::string& code, const fs::path& path, const std::string& face,
                     const std::string& what)
     {
-        Add(code, path.string(), face, what, mWfctl + " doctor --fix");
+        Add(code, path.string(), face, what, WatchCommand("doctor --fix"));
     }
 
     void LookAtNames()
@@ -239,7 +237,7 @@ private:
         const Current current = CurrentFace();
         if (current.app == Platform::kFacesId && !current.face.empty() && !FindFace(current.face))
             Add("no-current-face", "", current.face, "is the current face and does not exist",
-                mWfctl + " list, then: " + mWfctl + " set NAME");
+                WatchCommand("list") + ", then: " + WatchCommand("set NAME"));
         const std::string service(Platform::kServiceId);
         const std::string path = Platform::PreferencesPath(service);
         if (!Exists(path)) return;
@@ -247,7 +245,7 @@ private:
         const auto target = Platform::GetAs<std::string>(preferences, kWorldClockTargetPref).value_or("");
         if (!target.empty() && !FindFace(target))
             Add("stale-preference", "", target, "is named by [" + std::string(kWorldClockTargetPref) + "]",
-                mWfctl + " pref unset " + service + " " + kWorldClockTargetPref);
+                WatchCommand("pref unset " + service + " " + kWorldClockTargetPref));
         LookAtWorldClocks(preferences);
     }
 
@@ -261,7 +259,7 @@ private:
         }
         for (const auto& [clock, all] : keys) {
             Add("stale-preference", "", clock, "is a face and a group that a world clock is kept for",
-                mWfctl + " pref unset " + std::string(Platform::kServiceId) + all);
+                WatchCommand("pref unset " + std::string(Platform::kServiceId) + all));
         }
     }
 
@@ -282,7 +280,6 @@ private:
                                    [&](const Face& face) { return clock.starts_with(face.name + "-"); });
     }
 
-    const std::string mWfctl;  // begins the commands to type
     const std::vector<Face> mFaces = ListFaces();
     std::vector<Ailment> mFound;
 };
@@ -294,9 +291,9 @@ std::span<const AilmentKind> AilmentKinds()
     return kKinds;
 }
 
-std::vector<Ailment> Examine(const std::string& wfctl)
+std::vector<Ailment> Examine()
 {
-    return Checkup(wfctl).Run();
+    return Checkup().Run();
 }
 
 }  // namespace Wfctl

@@ -31,8 +31,7 @@ struct Ailment {
     std::string advice;  // what to type
 };
 
-// Looks at the selected watch, which need not run; changes nothing. `wfctl` begins the commands to type, see
-// CommandOn().
-std::vector<Ailment> Examine(const std::string& wfctl);
+// Looks at the selected watch, which need not run; changes nothing.
+std::vector<Ailment> Examine();
 
 }  // namespace Wfctl

@@ -134,12 +134,12 @@ bool IsHeld(const Ailment& ailment, const timespec& beginning)
 }
 
 // Moves away what the service may hold: it ends first.
-std::string FixWithoutService(const std::string& wfctl)
+std::string FixWithoutService()
 {
     // Also without --root, since the environment's bus is gone then.
-    const std::string byRoot = CommandOn(Platform::CurrentAreas().root);
-    if (IsPrivateWatch()) return byRoot + " down && " + byRoot + " doctor --fix";
-    return wfctl + " doctor --fix, once " + std::string(Platform::kServiceId) + " has ended";
+    const std::string& root = Platform::CurrentAreas().root;
+    if (IsPrivateWatch()) return CommandOn(root, "down") + " && " + CommandOn(root, "doctor --fix");
+    return WatchCommand("doctor --fix") + ", once " + std::string(Platform::kServiceId) + " has ended";
 }
 
 void Print(const Ailment& ailment, const std::string& done, bool isHeld)
@@ -198,8 +198,7 @@ Exit Doctor(const Options& options, const DoctorArguments& arguments)
     SelectWatch(options.root);
     const std::string root = RequiredWatch();
     if (!arguments.undo.empty()) return Undo(options, arguments.undo);
-    const std::string wfctl = CommandOn(options.root);
-    std::vector<Ailment> ailments = Examine(wfctl);
+    std::vector<Ailment> ailments = Examine();
     Service service;
     const Treatment treatment = arguments.isFix ? Treat(ailments, service) : Treatment{};
     const timespec beginning = service.Beginning();
@@ -209,7 +208,7 @@ Exit Doctor(const Options& options, const DoctorArguments& arguments)
     for (Ailment& ailment : ailments) {
         const std::string done = DoneAbout(ailment, treatment);
         const bool isHeld = done.empty() && IsHeld(ailment, beginning);
-        if (isHeld) ailment.advice = FixWithoutService(wfctl);
+        if (isHeld) ailment.advice = FixWithoutService();
         if (done.empty()) ++left;
         findings.push_back(ToJson(ailment, done));
         if (!options.json) Print(ailment, done, isHeld);
@@ -221,7 +220,7 @@ Exit Doctor(const Options& options, const DoctorArguments& arguments)
             {"time",     treatment.time.empty() ? Json(nullptr) : Json(treatment.time)}
         })));
     } else if (!treatment.time.empty()) {
-        PrintLine("to put back what was moved, type: " + wfctl + " doctor --undo " + treatment.time);
+        PrintLine("to put back what was moved, type: " + WatchCommand("doctor --undo " + treatment.time));
     }
     return left == 0 ? Exit::kDone : Exit::kError;
 }

@@ -85,10 +85,10 @@ Exit Save(const Options& options, const EvaluateArguments& arguments)
     const std::string result = ResultOf(Ask(options, arguments, std::move(request)));
     if (result == "0") return Exit::kDone;
     const bool isFull = result == std::to_string(Platform::kNoRoomForEvaluation);
-    throw Stop(Exit::kError,
-               "the duration of [" + name + "] was not saved (" + result + "): " +
-                   (isFull ? "there is no room for more; type: wfctl pref list " : "look for platform in ") +
-                   (isFull ? std::string(Platform::kServiceId) : LogPlace("platform")));
+    throw Stop(Exit::kError, "the duration of [" + name + "] was not saved (" + result + "): " +
+                                 (isFull ? "there is no room for more; type: " +
+                                               WatchCommand("pref list " + std::string(Platform::kServiceId))
+                                         : "look for platform in " + LogPlace("platform")));
 }
 
 Exit Load(const Options& options, const EvaluateArguments& arguments)
@@ -98,10 +98,11 @@ Exit Load(const Options& options, const EvaluateArguments& arguments)
     const Json reply = Ask(options, arguments, NewRequest("load-duration", name));
     if (ResultOf(reply) != "0") {
         const std::vector<std::string> faces = FaceNames();
-        throw Stop(Exit::kNotFound,
-                   "[" + SelfOf(arguments).app + "] has saved no duration of [" + name + "]" +
-                       OrMeant(name, NamesOf(faces),
-                               "type: wfctl evaluate save " + ShellWord(arguments.face) + " DURATION"));
+        throw Stop(
+            Exit::kNotFound,
+            "[" + SelfOf(arguments).app + "] has saved no duration of [" + name + "]" +
+                OrMeant(name, NamesOf(faces),
+                        "type: " + WatchCommand("evaluate save " + ShellWord(arguments.face) + " DURATION")));
     }
     const Json& duration = reply["bundle"][kDuration];
     if (!options.json) PrintLine(duration.is_string() ? duration.get<std::string>() : JsonLine(duration));

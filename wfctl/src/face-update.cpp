@@ -122,8 +122,8 @@ FaceUpdate SameAgain(const Face& face, Seconds timeout)
     if (!std::filesystem::exists(face.ResultXml(), error)) {
         throw Stop(Exit::kError, "[" + face.name +
                                      "] has no result XML, so the service is not asked to draw it; "
-                                     "type: wfctl render " +
-                                     ShellWord(face.name));
+                                     "type: " +
+                                     WatchCommand("render " + ShellWord(face.name)));
     }
     const std::string xml = ReadNamedFile(face.ResultXml());
     return {kUpdated, face.name, xml, FactsOf(xml).title, "", true, timeout, face.ResultXml()};

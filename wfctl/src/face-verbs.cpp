@@ -11,6 +11,7 @@
 #include "hint.h"
 #include "json-text.h"
 #include "private-watch.h"
+#include "shell-command.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -79,7 +80,8 @@ Exit PrintCurrent(const Options& options)
             {"face", BytesToJson(current.face)}
         })));
     }
-    if (current.app.empty()) throw Stop(Exit::kNotFound, "no clock is set yet; type: wfctl set NAME");
+    if (current.app.empty())
+        throw Stop(Exit::kNotFound, "no clock is set yet; type: " + WatchCommand("set NAME"));
     if (!options.json) {
         PrintLine("clock: " + current.app);
         // The key keeps the last face while another clock application is shown.

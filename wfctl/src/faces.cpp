@@ -13,6 +13,7 @@
 #include "exit-status.h"
 #include "folder-entries.h"
 #include "hint.h"
+#include "shell-command.h"
 
 namespace Wfctl {
 
@@ -154,7 +155,7 @@ Face RequireFace(const std::string& name, Beside beside)
     std::string hint = FaceHint(name, faces);
     if (hint.empty() && beside == Beside::kFiles) hint = OrMeantFile(name);
     throw Stop(Exit::kNotFound, "there is no watch face [" + name + "]" + hint + (hint.empty() ? "; " : " ") +
-                                    "type: wfctl list");
+                                    "type: " + WatchCommand("list"));
 }
 
 std::string TitleOf(const std::string& resultXml)

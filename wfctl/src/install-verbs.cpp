@@ -91,7 +91,7 @@ Exit Install(const Options& options, const InstallArguments& arguments)
                             arguments.file};
     updater.Store(update, [&](const Json& reply) { PrintReply(options, update, reply); });
     if (update.awaitsPreview && !options.json) PrintPreview(WritableFace(update.name));
-    WarnOfMissingAssets(CommandOn(options.root), document.name, document.assets);
+    WarnOfMissingAssets(document.name, document.assets);
     return Exit::kDone;
 }
 

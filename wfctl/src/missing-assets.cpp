@@ -8,8 +8,7 @@
 
 namespace Wfctl {
 
-void WarnOfMissingAssets(const std::string& wfctl, const std::string& face,
-                         const std::set<std::string>& assets)
+void WarnOfMissingAssets(const std::string& face, const std::set<std::string>& assets)
 {
     const std::string folder = WritableFace(face).folder;
     for (const std::string& asset : assets) {
@@ -18,7 +17,7 @@ void WarnOfMissingAssets(const std::string& wfctl, const std::string& face,
             std::filesystem::exists(ShippedFaces() + face + "/" + asset, error))
             continue;
         Warn("[" + asset + "] is not on the watch, so the face is shown without it; put it at [" + folder +
-             asset + "], then: " + wfctl + " preview request " + ShellWord(face));
+             asset + "], then: " + WatchCommand("preview request " + ShellWord(face)));
     }
 }
 

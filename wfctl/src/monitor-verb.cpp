@@ -21,6 +21,7 @@
 #include "hint.h"
 #include "json-text.h"
 #include "private-watch.h"
+#include "shell-command.h"
 #include "systemd-handles.h"
 #include "unique-fd.h"
 #include "verb-table.h"
@@ -82,7 +83,7 @@ public:
             Platform::MessagePtr message(raw);
             if (message) {
                 if (sd_bus_message_is_signal(raw, "org.freedesktop.DBus.Local", "Disconnected") > 0)
-                    throw Stop(Exit::kNoWatch, "the bus is gone; type: wfctl status");
+                    throw Stop(Exit::kNoWatch, "the bus is gone; type: " + WatchCommand("status"));
                 return message;
             }
             if (code == 0 && !Wait(deadline)) return nullptr;

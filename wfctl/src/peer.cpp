@@ -13,8 +13,6 @@ namespace Wfctl {
 
 namespace {
 
-// The bus may have to start the receiver first.
-constexpr Seconds kSendPatience{25};
 constexpr Seconds kRelayPatience{3};
 
 constexpr std::string_view kPlatformError = "com.corvane.platform.Error.";
@@ -144,7 +142,7 @@ void Peer::FinishRelay()
     if (mRelayServer) mConnection.RunUntil([this] { return !mRelayServer->IsBusy(); }, kRelayPatience);
 }
 
-Answer Peer::SendOwn(const PeerAddress& to, bool trusted, const bundle& message)
+Answer Peer::SendOwn(const PeerAddress& to, bool trusted, const bundle& message, Seconds most)
 {
     int code = 0;
     const auto call = Platform::NewPortMessage(mConnection.Get(), to.app, to.port, trusted, mSelf.app,
@@ -153,15 +151,15 @@ Answer Peer::SendOwn(const PeerAddress& to, bool trusted, const bundle& message)
         throw Stop(Exit::kError,
                    "the message is larger than 8 MiB or has more than 65,536 strings, which no port takes");
     if (!call) throw Stop(Exit::kError, std::string("the message cannot be sent: ") + std::strerror(-code));
-    return mConnection.Call(call.get(), kSendPatience);
+    return mConnection.Call(call.get(), most);
 }
 
-void Peer::Send(const PeerAddress& to, bool trusted, const bundle& message)
+void Peer::Send(const PeerAddress& to, bool trusted, const bundle& message, Seconds most)
 {
     if (to.port.empty())
         throw Stop(Exit::kUsage, "which port of [" + to.app + "]? say APP:PORT" + ApplicationHint(to));
     const Answer answer =
-        HasNames() ? SendOwn(to, trusted, message) : mRelayClient->Send(to, trusted, message, kSendPatience);
+        HasNames() ? SendOwn(to, trusted, message, most) : mRelayClient->Send(to, trusted, message, most);
     if (answer.Good()) return;
     if (!HasNames() && (!answer.message || answer.errorName == SD_BUS_ERROR_NO_REPLY)) {
         throw Stop(Exit::kNoAnswer, "[" + mSelf.app +

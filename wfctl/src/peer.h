@@ -13,6 +13,9 @@
 
 namespace Wfctl {
 
+// The bus may have to start the receiver first.
+inline constexpr Seconds kSendPatience{25};
+
 class Peer {
 public:
     using Callback = RelayClient::Callback;
@@ -33,12 +36,12 @@ public:
     void FinishRelay();
 
     // Sends and waits until the receiver has taken the message; stops with the fitting status when it was
-    // refused.
-    void Send(const PeerAddress& to, bool trusted, const bundle& message);
+    // refused, and with Exit::kNoAnswer when the time is over.
+    void Send(const PeerAddress& to, bool trusted, const bundle& message, Seconds most = kSendPatience);
 
 private:
     bool TakeNames(bool trusted);
-    Answer SendOwn(const PeerAddress& to, bool trusted, const bundle& message);
+    Answer SendOwn(const PeerAddress& to, bool trusted, const bundle& message, Seconds most);
 
     Connection& mConnection;
     const PeerAddress mSelf;

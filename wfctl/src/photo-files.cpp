@@ -12,6 +12,7 @@
 #include "folder-entries.h"
 #include "png-file.h"
 #include "private-watch.h"
+#include "shell-command.h"
 
 namespace Wfctl {
 
@@ -91,9 +92,9 @@ std::string PhotoProblem(const std::string& path)
     return {};
 }
 
-std::string AddCommand(const std::string& wfctl, const DataUtil::Photos& photos, const std::string& file)
+std::string AddCommand(const DataUtil::Photos& photos, const std::string& file)
 {
-    return wfctl + " bg add --type " + KindOf(photos) + " " + ShellQuoted(file);
+    return WatchCommand("bg add --type " + KindOf(photos) + " " + ShellQuoted(file));
 }
 
 }  // namespace Wfctl

@@ -23,8 +23,7 @@ std::string PhotoPath(const DataUtil::Photos& photos, const std::string& name);
 // beginning and its end are looked at.
 std::string PhotoProblem(const std::string& path);
 
-// The command that puts a file there: "wfctl bg add --type gallery-u1 'cat.jpg'". `wfctl` begins it, see
-// CommandOn().
-std::string AddCommand(const std::string& wfctl, const DataUtil::Photos& photos, const std::string& file);
+// The command that puts a file there: "wfctl bg add --type gallery-u1 'cat.jpg'".
+std::string AddCommand(const DataUtil::Photos& photos, const std::string& file);
 
 }  // namespace Wfctl

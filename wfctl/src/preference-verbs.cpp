@@ -10,6 +10,7 @@
 #include "hint.h"
 #include "private-watch.h"
 #include "service-words.h"
+#include "shell-command.h"
 #include "stored-values.h"
 #include "verb-table.h"
 
@@ -55,8 +56,8 @@ std::unique_ptr<ValueStore> RequiredPreferences(const Options& options, const st
     const std::vector<std::string> known = KnownApplications();
     const std::string meant(MeantName(app, NamesOf(known)));
     const std::string next = meant.empty() ? "pref set --help" : "pref list " + meant;
-    throw Stop(Exit::kNotFound,
-               "[" + app + "] has no preferences" + OrMeant(app, NamesOf(known), "type: wfctl " + next));
+    throw Stop(Exit::kNotFound, "[" + app + "] has no preferences" +
+                                    OrMeant(app, NamesOf(known), "type: " + WatchCommand(next)));
 }
 
 ValueKind PreferencesOf(const std::string& app, const std::string& key)

@@ -96,7 +96,7 @@ Exit Check(const Options& options, const PreviewArguments& arguments)
     }
     if (options.json) PrintLine(JsonLine(reports));
     if (bad.empty()) return Exit::kDone;
-    throw Stop(Exit::kError, "not every preview is good; type: wfctl preview request" + bad);
+    throw Stop(Exit::kError, "not every preview is good; type: " + WatchCommand("preview request" + bad));
 }
 
 }  // namespace

@@ -31,6 +31,8 @@ constexpr std::size_t kLongestRunBase = 80;
 // Of a watch that is down: no file can be below it, so no bus ever answers there.
 constexpr char kNoRunFolder[] = "/dev/null";
 
+std::string gNamedRoot;
+
 [[noreturn]] void Failed(const std::string& what, const std::string& path)
 {
     throw Stop(Exit::kError, what + " [" + path + "]: " + std::strerror(errno));
@@ -332,6 +334,7 @@ bool IsPrivateWatch()
 
 void SelectWatch(const std::string& dir)
 {
+    gNamedRoot = dir;
     if (!dir.empty()) {
         const WatchPaths paths = PathsOf(dir);
         RequireOwnWatch(paths);
@@ -346,6 +349,11 @@ void SelectWatch(const std::string& dir)
         unsetenv("DBUS_STARTER_ADDRESS");
     }
     Platform::SetAreasFromEnvironment();
+}
+
+const std::string& NamedRoot()
+{
+    return gNamedRoot;
 }
 
 std::string WhyOtherWatch(const std::string& address)

@@ -79,6 +79,9 @@ bool IsPrivateWatch();
 // its files, and an address at which no bus answers. Stops with Exit::kNoWatch when there is none below DIR.
 void SelectWatch(const std::string& dir);
 
+// DIR of the selected watch as the user gave it; empty where the environment decided.
+const std::string& NamedRoot();
+
 // What is wrong, and what to type, where the bus at `address` is not that of the selected watch: the
 // environment has a part of a private watch only, or an old one. Empty where nothing speaks against it.
 std::string WhyOtherWatch(const std::string& address);

@@ -105,14 +105,13 @@ std::string TypedLine(Connection& connection)
     return line;
 }
 
-void AskForConsent(Connection& connection, const Lost& lost, const Options& options,
-                   const RestoreArguments& arguments)
+void AskForConsent(Connection& connection, const Lost& lost, const RestoreArguments& arguments)
 {
     const std::string text = TextOf(lost);
     if (text.empty() || arguments.yes) return;
     if (!isatty(STDIN_FILENO))
-        throw Stop(Exit::kUsage, text + "nothing was changed; type: " + CommandOn(options.root) +
-                                     " restore --yes " + ShellQuoted(arguments.folder));
+        throw Stop(Exit::kUsage, text + "nothing was changed; type: " +
+                                     WatchCommand("restore --yes " + ShellQuoted(arguments.folder)));
     std::cerr << text << "Go on? [y/N] " << std::flush;
     const std::string answer = TypedLine(connection);
     if (answer != "y" && answer != "Y" && answer != "yes")
@@ -127,7 +126,7 @@ std::string Joined(const std::vector<std::string>& texts, const char* between)
 }
 
 // Stops unless the watch has all, and shows it.
-void RequireAll(const Restoring& restoring, const std::string& wfctl)
+void RequireAll(const Restoring& restoring)
 {
     const std::vector<std::string> missing = restoring.Missing();
     if (!missing.empty())
@@ -138,8 +137,8 @@ void RequireAll(const Restoring& restoring, const std::string& wfctl)
     std::string faces;
     for (const std::string& face : restoring.Stale()) faces += " " + ShellWord(face);
     throw Stop(Exit::kNoAnswer,
-               "all is restored, but previews show other pictures than their faces do; type: " + wfctl +
-                   " preview request" + faces);
+               "all is restored, but previews show other pictures than their faces do; type: " +
+                   WatchCommand("preview request" + faces));
 }
 
 Exit Restore(const Options& options, const RestoreArguments& arguments)
@@ -161,11 +160,10 @@ Exit Restore(const Options& options, const RestoreArguments& arguments)
     SelectWatch(options.root);
     Connection connection;
     RequireService(connection);
-    AskForConsent(connection, LostTo(backup), options, arguments);
-    const std::string wfctl = CommandOn(options.root);
-    Restoring restoring(connection, backup, wfctl);
+    AskForConsent(connection, LostTo(backup), arguments);
+    Restoring restoring(connection, backup);
     restoring.Run();
-    RequireAll(restoring, wfctl);
+    RequireAll(restoring);
     PrintSummary(options, "restored", manifest, arguments.folder, {});
     return Exit::kDone;
 }

@@ -51,10 +51,9 @@ bool IsDone(const Work& work)
 
 }  // namespace
 
-Restoring::Restoring(Connection& connection, const Backup& backup, std::string wfctl)
+Restoring::Restoring(Connection& connection, const Backup& backup)
     : mConnection(connection),
       mBackup(backup),
-      mWfctl(std::move(wfctl)),
       mItems(backup.Manifest().items),
       mProgress("restoring", mItems.size())
 {
@@ -104,7 +103,7 @@ void Restoring::Install(const BackupItem& item)
     const FaceUpdate update{kCreated,           item.name,           xml, FactsOf(xml).title, "", true,
                             Seconds(kPatience), mBackup.PathOf(item)};
     if (!IsDone([&] { AsEditor().Store(update); })) return;
-    WarnOfMissingAssets(mWfctl, item.name, DataUtil::AssetPaths(*DataUtil::ParseFace(xml).document));
+    WarnOfMissingAssets(item.name, DataUtil::AssetPaths(*DataUtil::ParseFace(xml).document));
 }
 
 void Restoring::SetCurrent()

@@ -21,8 +21,7 @@ namespace Wfctl {
 
 class Restoring {
 public:
-    // `wfctl` begins the commands that people are told to type, see CommandOn().
-    Restoring(Connection& connection, const Backup& backup, std::string wfctl);
+    Restoring(Connection& connection, const Backup& backup);
 
     // Gives all to the watch, and waits for the previews that are drawn again. Stops with
     // Exit::kInterrupted, Exit::kError or Exit::kNoAnswer and how much is on the watch.
@@ -46,7 +45,6 @@ private:
 
     Connection& mConnection;
     const Backup& mBackup;
-    const std::string mWfctl;
     std::vector<BackupItem> mItems;  // in the order in which they are given
     const Progress mProgress;
     std::size_t mGiven = 0;

@@ -134,7 +134,7 @@ void ApplyPhoto(const FaceDocument& document, const std::string& text, Selection
         Misused("[" + file +
                 "] is no bare file name; the picture lies among the watch's backgrounds, and "
                 "the face names it without its folder; type: " +
-                AddCommand("wfctl", photos, file) + ", then: --photo " +
+                AddCommand(photos, file) + ", then: --photo " +
                 ShellQuoted(photo.name + "=" + file.substr(file.rfind('/') + 1)));
     }
     selection.photos[photo.name] = file;

@@ -1,6 +1,7 @@
 #include "service-peer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <utility>
 
@@ -99,8 +100,10 @@ Json ServicePeer::Ask(const bundle& message, const Fits& isAnswer, Seconds timeo
     RequireAnswers();
     mIsAnswer = &isAnswer;
     mAnswer = nullptr;
-    Tell(message);
-    const bool isAnswered = mConnection.RunUntil([this] { return !mAnswer.is_null(); }, timeout);
+    const auto deadline = DeadlineIn(timeout);
+    mPeer.Send(mService, mIsTrusted, message, timeout);
+    const Seconds left = std::max(Seconds(deadline - std::chrono::steady_clock::now()), Seconds(0));
+    const bool isAnswered = mConnection.RunUntil([this] { return !mAnswer.is_null(); }, left);
     mIsAnswer = nullptr;
     if (isAnswered) return mAnswer;
     const std::string about = TextOf(message, "pkgid");

@@ -35,7 +35,7 @@ public:
     // ask.
     void RequireAnswers();
     // The first message of the service that fits, as MessageToJson() has it. Stops with Exit::kNoAnswer when
-    // none comes in time.
+    // none comes in time, which begins with the question: the bus may have to start the service first.
     Json Ask(const bundle& message, const Fits& isAnswer, Seconds timeout);
     // The same where the answer is a message of that type, about the same "pkgid" if there is one, with a
     // "status".

@@ -321,8 +321,8 @@ Exit ShowPreviews(const Options& options, const SheetArguments& arguments)
     for (const std::string& name : NamesOrAll(arguments.faces)) {
         const Face face = RequireFace(name);
         if (LookAtPng(face.Preview()).kind == PngKind::kNone)
-            throw Stop(Exit::kNotFound, "[" + face.name + "] has no preview; type: wfctl preview request " +
-                                            ShellWord(face.name));
+            throw Stop(Exit::kNotFound, "[" + face.name + "] has no preview; type: " +
+                                            WatchCommand("preview request " + ShellWord(face.name)));
         previews.push_back(BytesToJson(face.Preview()));
         if (options.json) continue;
         ShowPicture(face.Preview());

@@ -11,9 +11,15 @@ std::string ShellWord(const std::string& name)
     return isPlain ? name : ShellQuoted(name);
 }
 
-std::string CommandOn(const std::string& root)
+std::string CommandOn(const std::string& root, const std::string& words)
 {
-    return root.empty() ? "wfctl" : "wfctl --root " + ShellQuoted(root);
+    return "wfctl --root " + ShellQuoted(root) + " " + words;
+}
+
+std::string WatchCommand(const std::string& words)
+{
+    const std::string& root = NamedRoot();
+    return root.empty() ? "wfctl " + words : CommandOn(root, words);
 }
 
 }  // namespace Wfctl

@@ -10,8 +10,10 @@ namespace Wfctl {
 // quoted.
 std::string ShellWord(const std::string& name);
 
-// What begins a command about the watch at `root`, which is as the user gave it; empty: the watch of the
-// environment. "wfctl" or "wfctl --root 'DIR'"; the verb comes next.
-std::string CommandOn(const std::string& root);
+// A command about the watch at `root`; `words` are the verb and what follows: "wfctl --root 'DIR' list".
+std::string CommandOn(const std::string& root, const std::string& words);
+
+// The same about the selected watch: with --root where the user named it so, else "wfctl list".
+std::string WatchCommand(const std::string& words);
 
 }  // namespace Wfctl

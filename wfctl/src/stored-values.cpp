@@ -11,6 +11,7 @@
 #include "json-text.h"
 #include "platform-keys-sdbus.h"
 #include "private-watch.h"
+#include "shell-command.h"
 #include "utf8.h"
 
 namespace Wfctl {
@@ -68,7 +69,7 @@ StoredValue Required(ValueStore& store, const ValueKind& kind, const std::string
     const bool isNearKnown = std::ranges::find(known, key) != known.end() || !MeantName(key, known).empty();
     throw Stop(Exit::kNotFound,
                "there is no " + kind.what + " [" + key + "]" +
-                   OrMeant(key, isNearKnown ? known : NamesOf(stored), "type: wfctl " + kind.list));
+                   OrMeant(key, isNearKnown ? known : NamesOf(stored), "type: " + WatchCommand(kind.list)));
 }
 
 std::vector<std::string> Once(const std::vector<std::string>& names)

@@ -205,7 +205,7 @@ void Supervisor::ReadSignals()
 void Supervisor::LookForState()
 {
     if (!ReadRemovals(mRemovals, fs::path(WatchPaths{mState.root}.State()).filename())) return;
-    SUPERVISOR_LOG(DLOG_INFO, "the state of the watch at [%s] was removed; taking it down",
+    SUPERVISOR_LOG(DLOG_ERROR, "the state of the watch at [%s] was removed; taking it down",
                    mState.root.c_str());
     mTold = mRemoved = true;
 }

@@ -10,6 +10,7 @@
 #include "json-text.h"
 #include "launching.h"
 #include "private-watch.h"
+#include "shell-command.h"
 #include "trace-switch-keys.h"
 #include "verb-table.h"
 
@@ -46,7 +47,8 @@ Exit On(const Options& options)
     SelectWatch(options.root);
     Connection connection;
     if (IsOn())
-        throw Stop(Exit::kNothingToDo, "nothing to do: the trace is on already; type: wfctl trace off");
+        throw Stop(Exit::kNothingToDo,
+                   "nothing to do: the trace is on already; type: " + WatchCommand("trace off"));
     Switch(connection, true);
     if (options.json) {
         PrintLine(JsonLine(Json::object({
@@ -83,7 +85,7 @@ Exit Off(const Options& options, const OffArguments& arguments)
     const std::string trace = Platform::TracePath();
     std::error_code error;
     if (!std::filesystem::exists(trace, error))
-        throw Stop(Exit::kNotFound, "no trace was recorded; type: wfctl trace on");
+        throw Stop(Exit::kNotFound, "no trace was recorded; type: " + WatchCommand("trace on"));
     if (!wasOn && arguments.out.empty())
         throw Stop(Exit::kNothingToDo, "nothing to do: the trace is off already; it is in [" + trace + "]");
     if (!arguments.out.empty()) WriteWhole(trace, arguments.out);

@@ -41,8 +41,8 @@ DataUtil::FaceDocument DocumentOf(const Face& face)
 {
     DataUtil::ParseResult parsed = DataUtil::ParseFace(ReadNamedFile(face.ResultXml()));
     if (parsed.document) return *std::move(parsed.document);
-    throw Stop(Exit::kError, "the document of [" + face.name + "] is refused; type: wfctl validate " +
-                                 ShellWord(face.name));
+    throw Stop(Exit::kError, "the document of [" + face.name +
+                                 "] is refused; type: " + WatchCommand("validate " + ShellWord(face.name)));
 }
 
 const DataUtil::Slot& SlotOf(const DataUtil::FaceDocument& document, const std::string& name)
@@ -146,8 +146,8 @@ Exit Update(const Options& options, const WorldClockArguments& arguments)
                                      kWorldClockTargetPref)
             .value_or("");
     if (target.empty())
-        throw Stop(Exit::kNothingToDo,
-                   "no update was prepared; type: wfctl set FACE, wfctl world-clock prepare");
+        throw Stop(Exit::kNothingToDo, "no update was prepared; type: " + WatchCommand("set FACE") +
+                                           ", then: " + WatchCommand("world-clock prepare"));
     const Face face = RequireFace(target);
     const DataUtil::FaceDocument document = DocumentOf(face);
     const DataUtil::Slot& slot = SlotOf(document, arguments.slot);

@@ -1,5 +1,9 @@
 // Durations of applications, saved and loaded by hand.
 
+#include <signal.h>
+
+#include <chrono>
+
 #include "a-watch.h"
 
 using testing::HasSubstr;
@@ -99,6 +103,16 @@ TEST_F(AWatchThatIsEvaluated, does_not_wait_for_an_answer_that_cannot_come)
     const Result saved = Run({"evaluate", "save", "c1", "350", "--as", kApp});
     EXPECT_EQ(saved.status, 1);
     EXPECT_THAT(saved.err, HasSubstr(kApp));
+}
+
+TEST_F(AWatchThatIsEvaluated, waits_no_longer_than_it_was_told_to)
+{
+    const pid_t service = Run({"status", "--json"}).AsJson()["service"]["pid"];
+    kill(service, SIGSTOP);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(Run({"evaluate", "load", "c1", "--timeout", "0.3"}).status, 3);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
+    kill(service, SIGCONT);
 }
 
 TEST_F(AWatchThatIsEvaluated, is_one_that_is_up)

@@ -71,6 +71,16 @@ TEST_F(AWatch, can_be_named_by_its_folder)
     EXPECT_EQ(Run({"key", "get", "a"}).out, "1\n");
 }
 
+TEST_F(AWatch, is_named_by_what_people_are_told_to_type)
+{
+    const Result missing = Wfctl({"key", "get", "none", "--root", mRoot});
+    EXPECT_EQ(missing.status, 10);
+    const auto at = missing.err.find("type: wfctl ");
+    ASSERT_NE(at, std::string::npos) << missing.err;
+    const std::string words = missing.err.substr(at + 12);
+    EXPECT_EQ(RunProgram({"sh", "-c", "\"$1\" " + words, "sh", WFCTL}, {}).status, 0) << words;
+}
+
 TEST_F(AWatch, that_is_up_already_is_left_alone)
 {
     const pid_t service = ServiceOf(Run({"status", "--json"}));

@@ -23,6 +23,10 @@ TEST(ANameInACommand, is_quoted_where_a_shell_would_take_it_otherwise)
 
 TEST(ACommand, names_the_watch_that_was_named)
 {
-    EXPECT_EQ(CommandOn(""), "wfctl");
-    EXPECT_EQ(CommandOn("/tmp/my watch"), "wfctl --root '/tmp/my watch'");
+    EXPECT_EQ(CommandOn("/tmp/my watch", "list"), "wfctl --root '/tmp/my watch' list");
+}
+
+TEST(ACommand, names_no_watch_where_the_environment_decided)
+{
+    EXPECT_EQ(WatchCommand("list"), "wfctl list");
 }
