@@ -166,7 +166,7 @@ bool Restoring::HasCurrent() const
     return !FindFace(wanted) && IsCurrent(current, current.face) && last(current.face) == last(wanted);
 }
 
-// Whether one of its pictures is of the backup.
+// Whether one of its pictures is of the backup, or gone with those that the backup replaced.
 bool Restoring::ShowsPictures(const Face& face) const
 {
     if (!face.writable || !IsFile(face.ResultXml())) return false;
@@ -176,9 +176,10 @@ bool Restoring::ShowsPictures(const Face& face) const
         const auto chosen = document->selection.photos.find(photos.id);
         if (chosen == document->selection.photos.end()) return false;
         const std::string path = PhotoPath(photos, chosen->second);
-        return std::ranges::any_of(mItems, [&](const BackupItem& item) {
+        const auto isShown = [&](const BackupItem& item) {
             return !item.IsFace() && PathOfPicture(item.bgType, item.name) == path;
-        });
+        };
+        return !IsFile(path) || std::ranges::any_of(mItems, isShown);
     });
 }
 

@@ -246,6 +246,24 @@ TEST_F(AnotherWatch, shows_the_pictures_of_the_backup_in_its_previews)
     EXPECT_NE(shown, shipped);
 }
 
+TEST_F(AnotherWatch, draws_its_own_faces_without_the_pictures_that_are_gone)
+{
+    const std::string plain = R"(background="gallery")";
+    std::string document = ContentsOf(kDawnDocument);
+    const auto at = document.find(plain);
+    ASSERT_NE(at, std::string::npos);
+    const std::string face = Holding("dawn.xml", document.insert(at + plain.size(), R"( prefix="U1")"));
+    ASSERT_EQ(OnSecond({"install", face}).status, 0);
+    const auto preview = [&] { return ContentsOf(mSecondRoot + kWatchlist + kDawn + "/" + kDawn + ".png"); };
+    const std::string without = preview();
+    ASSERT_EQ(OnSecond({"bg", "add", Picture("gone.png")}).status, 0);
+    ASSERT_EQ(OnSecond({"edit", kDawn, "--photo", "backdrop=gone.png"}).status, 0);
+    ASSERT_NE(preview(), without);
+    const Result restored = OnSecond({"restore", "--yes", Folder()});
+    EXPECT_EQ(restored.status, 0) << restored.err;
+    EXPECT_TRUE(Eventually([&] { return preview() == without; }));
+}
+
 TEST_F(AnotherWatch, says_which_previews_are_to_be_drawn_once_more)
 {
     ASSERT_EQ(Run({"edit", "u1", "--photo", "picture=picture-3.png"}).status, 0);
