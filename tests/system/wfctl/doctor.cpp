@@ -341,7 +341,9 @@ TEST_F(ADoctor, leaves_world_clocks_of_faces_that_there_are)
 TEST_F(ADoctor, says_why_each_finding_matters)
 {
     Plant(ReadWriteFace(kClassic) + "notes.txt");
-    for (const Json& finding : Findings()["findings"])
+    const Json report = Findings();
+    ASSERT_FALSE(report["findings"].empty());
+    for (const Json& finding : report["findings"])
         EXPECT_THAT(Run({"doctor"}).out, HasSubstr("\n    " + finding["why"].get<std::string>() + "\n"));
 }
 
