@@ -107,7 +107,10 @@ nlohmann::ordered_json ToJson(const Figure& figure)
         json["floor"] = Spread(figure.floor);
         json["floorIs"] = figure.floorIs;
     }
-    if (const auto ratio = Ratio(figure)) json["ratio"] = *ratio;
+    if (const auto ratio = Ratio(figure)) {
+        json["ratio"] = *ratio;
+        json["ratios"] = Spread(SampleRatios(figure));
+    }
     if (const auto met = IsMet(figure)) {
         json["goal"] = {
             {figure.goal.of == Goal::Of::kRatio ? "mostRatio" : "most", figure.goal.most},

@@ -29,6 +29,8 @@ namespace fs = std::filesystem;
 using WatchfaceService::WatchfaceManager;
 
 constexpr int kSmallest = 10;
+// A backup is sent at once: one of 10,000 faces (160 MB) is more than the 32 MiB that the bus keeps for an
+// agent who reads more slowly than the service writes, as all do on one processor.
 constexpr int kMostForBackup = 1000;
 constexpr int kFacesASample = 2000;  // or the whole area, once
 constexpr char kSender[] = "com.example.sender";

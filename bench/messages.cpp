@@ -104,17 +104,31 @@ private:
     std::string mSender;
 };
 
-// Each message's sender is checked, and so is whether the port is up that the answer goes to.
+// Each message's sender is checked, and so is whether the ports are up that the service writes to: that of
+// the answer, and of an update the editor's too.
 Figure QuestionsToTheBus(Watch& watch)
 {
-    constexpr int kMessages = 100;
+    constexpr int kQuestions = 100, kUpdates = 20;
     const std::string marker = "member='Marker'";
-    DriverCalls calls(watch.Address(), kService);
     const std::string question = Watch::ToService(DateQuestion(0));
-    for (int i = 0; i < kMessages; ++i) watch.RoundTrip(question);
+    const std::string update = Watch::ToService({
+        {"data/xml_data", ReadFile(watch.ShippedFile("_result.xml"))},
+        {"data/label",    "Mirel"                                   },
+        {"pkgid",         kFace                                     },
+        {"type",          "watch-setting-updated"                   },
+    });
+    watch.RoundTrip(update);  // the capture application is found, and the folder made
+    watch.AwaitCaptures(1);
+    DriverCalls calls(watch.Address(), kService);
+    for (int i = 0; i < kQuestions; ++i) watch.RoundTrip(question);
+    for (int i = 0; i < kUpdates; ++i) {
+        const int captures = watch.Captures();
+        watch.RoundTrip(update);
+        watch.AwaitCaptures(captures + 1);
+    }
     watch.Peers().AddMatch(marker);
     const int count = calls.CountUntilMatchFor(marker);
-    return {"questions to the bus for 100 messages", "", {static_cast<double>(count)}, {}, "", AtMost(0)};
+    return {"questions to the bus, 120 messages", "", {static_cast<double>(count)}, {}, "", AtMost(0)};
 }
 
 }  // namespace
