@@ -25,7 +25,7 @@ constexpr char kExpectsNoReply = 1;
 constexpr uint32_t kNoSerial = 1;         // of messages that nobody replies to
 constexpr std::size_t kBytesFrom = 4096;  // from here on a value travels as bytes, and one that is not ASCII
 constexpr std::size_t kBufferBytes = std::size_t{16} << 20;
-constexpr timeval kPatience{20, 0};
+constexpr timeval kPatience{60, 0};  // also with sanitizers on a busy machine
 
 enum FieldCode : char {
     kPath = 1,
