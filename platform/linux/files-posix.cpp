@@ -42,11 +42,14 @@ void LogUnlessMissing(const char* operation, const char* path)
         PLATFORM_FAULT("could not %s [%s]: %s", operation, path, std::strerror(errno));
 }
 
+// What could be read of them; errno says why that is not all, else 0.
 std::vector<std::string> NamesIn(DIR* dir)
 {
     std::vector<std::string> names;
+    errno = 0;
     while (const dirent* entry = readdir(dir)) {
         if (!IsDots(entry->d_name)) names.emplace_back(entry->d_name);
+        errno = 0;
     }
     return names;
 }
@@ -142,7 +145,11 @@ Eina_Bool ecore_file_mkpath(const char* path)
     for (const std::string& part : split->components) {
         if (!at) return 0;
         at = Platform::MakeFolderBeneath(at.Get(), part);
-        if (!at && errno == EXDEV) Platform::RefuseEscape("making a folder", path);
+        if (at) continue;
+        if (errno == EXDEV)
+            Platform::RefuseEscape("making a folder", path);
+        else
+            LogUnlessMissing("make", path);
     }
     return static_cast<bool>(at);
 }
@@ -185,9 +192,11 @@ Eina_Bool ecore_file_is_dir(const char* path)
 Eina_List* ecore_file_ls(const char* directory)
 {
     const TraceSpan span("file", "list", {"path", Shown(directory)});
-    const DirPtr dir(directory ? opendir(directory) : nullptr);
-    if (!dir) return nullptr;
-    std::vector<std::string> names = NamesIn(dir.get());
+    if (!directory) return nullptr;
+    const DirPtr dir(opendir(directory));
+    std::vector<std::string> names;
+    if (dir) names = NamesIn(dir.get());
+    if (!dir || errno != 0) LogUnlessMissing("list", directory);
     std::erase_if(names,
                   [](const std::string& name) { return name.starts_with(Platform::kUnfinishedPrefix); });
     std::sort(names.begin(), names.end(), std::greater<>());

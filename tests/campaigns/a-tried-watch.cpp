@@ -120,6 +120,26 @@ bool IsReadinessSaid(int socket)
     return false;
 }
 
+bool IsEvaluator(const Identity& peer)
+{
+    return std::string_view(peer.app) == kEvaluator.app;
+}
+
+std::string MessageOf(const Identity& peer, const Values& values)
+{
+    return IsEvaluator(peer) ? PortMessage(kService, kEvaluationPort, peer.app, peer.port, values, false)
+                             : ToService(peer, values);
+}
+
+// What a message of the service says of how it went.
+Answer AnswerIn(const RawBus::Message& message)
+{
+    const std::string_view status = message.Value("status");
+    const std::string_view code = message.Value("evaluation-helper-ret");
+    if (status == "success" || code == "0") return Answer::kSuccess;
+    return status == "fail" || !code.empty() ? Answer::kFailure : Answer::kNone;
+}
+
 }  // namespace
 
 TriedWatch::TriedWatch(const std::string& prefix)
@@ -136,9 +156,9 @@ TriedWatch::TriedWatch(const std::string& prefix)
     setenv("NOTIFY_SOCKET", readiness.c_str(), 1);
     setenv("LC_ALL", "en_GB", 1);
     setenv("TZ", "UTC", 1);
-    for (const Identity& identity : {kManager, kEditor, kHome, kCapture, kBackupAgent}) {
+    for (const Identity& identity : {kManager, kEditor, kHome, kCapture, kBackupAgent, kEvaluator}) {
         auto bus = std::make_unique<RawBus>(mBus.Address());
-        bus->RequestName(Platform::PortBusName(identity.app, identity.port, true));
+        bus->RequestName(Platform::PortBusName(identity.app, identity.port, !IsEvaluator(identity)));
         bus->ReplyTo(bus->Call(TestSupport::NameRequest(identity.app)));
         mPeers[identity.app] = std::move(bus);
     }
@@ -198,7 +218,7 @@ Answer TriedWatch::Ask(const Identity& peer, const Values& values)
 {
     RawBus& bus = *mPeers.at(peer.app);
     Answer answer = Answer::kNone;
-    const uint32_t call = bus.Call(ToService(peer, values));
+    const uint32_t call = bus.Call(MessageOf(peer, values));
     const auto deadline = Clock::now() + kPatience;
     auto lastWord = Clock::now();
     while (Clock::now() < deadline) {
@@ -210,9 +230,7 @@ Answer TriedWatch::Ask(const Identity& peer, const Values& values)
         lastWord = Clock::now();
         const RawBus::Message message = bus.Next();
         if (message.type == Header::kCall) {
-            const auto status = message.Value("status");
-            if (status == "success") answer = Answer::kSuccess;
-            if (status == "fail") answer = Answer::kFailure;
+            if (const Answer said = AnswerIn(message); said != Answer::kNone) answer = said;
         }
         if (message.replyTo == call) return answer;
     }
@@ -379,186 +397,6 @@ std::string TriedWatch::Picture(const std::string& name, const std::string& cont
     const std::string path = mFolder.Path() + "/pictures/" + name;
     WriteFile(path, content);
     return path;
-}
-
-namespace {
-
-std::string NumberedDocument(const TriedWatch& watch, int number)
-{
-    constexpr std::string_view kInscription = "AUTOMATIC";
-    std::string text = watch.ShippedDocument(kClassicFace);
-    char shown[16];
-    std::snprintf(shown, sizeof shown, "NO %06d", number);
-    return text.replace(text.find(kInscription), kInscription.size(), shown);
-}
-
-}  // namespace
-
-Answer InstallDigitalFace(TriedWatch& watch)
-{
-    const std::string document = watch.ShippedDocument(kDigitalFace);
-    const std::string preview = watch.ShippedPreview(kDigitalFace);
-    return watch.Ask(kManager, {
-                                   {"type",           "watch-setting-created"},
-                                   {"pkgid",          kDigitalFace           },
-                                   {"data/label",     "Mirel"                },
-                                   {"data/xml_data",  document               },
-                                   {"data/icon_path", preview                }
-    });
-}
-
-Answer UpdateTo(TriedWatch& watch, int number, const std::string& preview)
-{
-    const std::string document = NumberedDocument(watch, number);
-    return watch.Ask(kEditor, {
-                                  {"type",           "watch-setting-updated"},
-                                  {"pkgid",          kClassicFace           },
-                                  {"data/label",     "Mirel"                },
-                                  {"data/xml_data",  document               },
-                                  {"data/icon_path", preview                }
-    });
-}
-
-namespace {
-
-constexpr char kVariant[] = "watch-bg-gallery-u1";
-constexpr char kPending[] = "watch-bg-pending";
-
-Answer Update(TriedWatch& watch)
-{
-    return UpdateTo(watch, 2, watch.ShippedPreview(kDigitalFace));
-}
-
-Answer Delete(TriedWatch& watch)
-{
-    return watch.Ask(kManager, {
-                                   {"type",  "watch-setting-deleted"},
-                                   {"pkgid", kClassicFace           }
-    });
-}
-
-// Adds a picture and deletes another one, both held until they are saved. What an earlier one held is let go
-// of first, so that it begins like the first.
-Answer SaveBackgrounds(TriedWatch& watch)
-{
-    watch.Ask(kEditor, {
-                           {"type",    "watch-bg-save"},
-                           {"bg_type", kVariant       }
-    });
-    const std::string picture = watch.Picture("new.png", "a new picture");
-    const Answer added = watch.Ask(
-        kEditor,
-        {
-            {"type",    "watch-bg-add"},
-            {"bg_type", kVariant      },
-            {kPending,  "true"        },
-            {"bg_list", picture       }
-    });
-    const Answer deleted = watch.Ask(
-        kEditor,
-        {
-            {"type",    "watch-bg-del"},
-            {"bg_type", kVariant      },
-            {kPending,  "true"        },
-            {"bg_list", "old.png"     }
-    });
-    const Answer saved = watch.Ask(kEditor, {
-                                                {"type",    "watch-bg-save"},
-                                                {"bg_type", kVariant       }
-    });
-    const bool isDone = added == Answer::kSuccess && deleted == Answer::kSuccess && saved == Answer::kSuccess;
-    return isDone ? Answer::kSuccess : Answer::kFailure;
-}
-
-void GiveBack(TriedWatch& watch, Values item)
-{
-    item.emplace_back("operation", "corvane_cloud_restore");
-    watch.Ask(kBackupAgent, item);
-}
-
-// The gallery face, a picture in place of those that are there, and the current face.
-Answer Restore(TriedWatch& watch)
-{
-    const std::string picture = watch.Picture("new.png", "a new picture");
-    const std::string document = watch.ShippedDocument(kGalleryFace);
-    GiveBack(watch, {
-                        {"message", "restore_start"}
-    });
-    GiveBack(watch, {
-                        {"type",       "watch"     },
-                        {"pkgid",      kGalleryFace},
-                        {"result_xml", document    }
-    });
-    GiveBack(watch,
-             {
-                 {"type",      "image"  },
-                 {"file_name", "new.png"},
-                 {"file_path", picture  },
-                 {"bg_type",   kVariant }
-    });
-    GiveBack(watch, {
-                        {"type",  "watch-idle-changed"},
-                        {"pkgid", kGalleryFace        }
-    });
-    GiveBack(watch, {
-                        {"message", "restore_finished"}
-    });
-    return Answer::kNone;
-}
-
-Answer BackUp(TriedWatch& watch)
-{
-    return watch.Ask(kBackupAgent, {
-                                       {"operation", "corvane_cloud_backup"}
-    });
-}
-
-Answer ChangeCurrentFace(TriedWatch& watch)
-{
-    return watch.Ask(kHome, {
-                                {"type",  "watch-idle-changed"},
-                                {"pkgid", kDigitalFace        }
-    });
-}
-
-constexpr Operation kOperations[] = {
-    {"install",         InstallDigitalFace},
-    {"update",          Update            },
-    {"delete",          Delete            },
-    {"background save", SaveBackgrounds   },
-    {"restore",         Restore           },
-    {"backup",          BackUp            },
-    {"current face",    ChangeCurrentFace },
-};
-
-}  // namespace
-
-std::span<const Operation> Operations()
-{
-    return kOperations;
-}
-
-State FormerState(TriedWatch& watch)
-{
-    const auto require = [&watch](Answer answer) {
-        if (answer != Answer::kSuccess)
-            throw std::runtime_error("the watch does not work\n" + watch.LogFrom(0));
-    };
-    require(UpdateTo(watch, 1, watch.ShippedPreview(kClassicFace)));
-    const std::string picture = watch.Picture("old.png", "an old picture");
-    const Answer added =
-        watch.Ask(kEditor, {
-                               {"type",    "watch-bg-add"},
-                               {"bg_type", kVariant      },
-                               {"bg_list", picture       }
-    });
-    require(added);
-    watch.Ask(kEditor, {
-                           {"type",  "watch-idle-changed"},
-                           {"pkgid", kClassicFace        }
-    });
-    watch.Settle();
-    return watch.Look();
 }
 
 }  // namespace Campaign

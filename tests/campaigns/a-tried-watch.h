@@ -44,8 +44,8 @@ public:
     void Stop();
     GatedProgram& Service() { return *mService; }
 
-    // Sends a message as that peer, and waits until the service has dealt with it, its status answered or
-    // not, or has ended. Throws Hang.
+    // Sends a message as that peer (the evaluator: to the open port), and waits until the service has dealt
+    // with it, its status answered or not, or has ended. Throws Hang.
     Answer Ask(const Identity& peer, const Values& values);
     // Waits until the service has nothing left to do, playing the capture application. Throws Hang.
     void Settle();
@@ -88,10 +88,18 @@ private:
 struct Operation {
     const char* name;
     Answer (*run)(TriedWatch&);
+    bool isAnswered;
+    // The ends of what may be as before although "success" was answered: the service does not look whether it
+    // could be written. The log has a line of each.
+    std::span<const char* const> untested;
 };
 std::span<const Operation> Operations();
 
-// A watch in use: the classic face edited, its preview drawn, one picture in the gallery. The service runs.
+// What of `now` is not as in `latter`: paths and values.
+std::vector<std::string> Undone(const State& now, const State& latter);
+
+// A watch in use: the classic face edited, its preview drawn, one picture in the gallery, a duration saved by
+// an application. The service runs.
 State FormerState(TriedWatch& watch);
 
 // The classic face edited anew; documents of different numbers differ, and so do the flat ones.
@@ -100,6 +108,9 @@ Answer InstallDigitalFace(TriedWatch& watch);
 
 // What a database gives; nothing when there is none. Throws when it is not sound.
 std::vector<std::vector<std::string>> Query(const std::string& path, const char* sql);
+
+// An application that is none of the service's peers.
+inline constexpr Identity kEvaluator{"com.example.evaluation", "answers"};
 
 inline constexpr char kClassicFace[] = "com.corvane.watchface-mirel-c1";
 inline constexpr char kDigitalFace[] = "com.corvane.watchface-mirel-e1";

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <climits>
 #include <filesystem>
 
 #include "areas.h"
@@ -54,8 +55,22 @@ TEST_F(AFile, that_cannot_be_looked_for_is_a_line_of_the_log)
     EXPECT_THAT(Log(), HasSubstr("E/platform"));
 }
 
+TEST_F(AFile, whose_folder_cannot_be_made_is_a_line_of_the_log)
+{
+    EXPECT_FALSE(ecore_file_mkpath(InArea(std::string(NAME_MAX + 1, 'x')).c_str()));
+    EXPECT_THAT(Log(), HasSubstr("E/platform"));
+}
+
+TEST_F(AFile, whose_folder_cannot_be_listed_is_a_line_of_the_log)
+{
+    ASSERT_EQ(symlink("loop", InArea("loop").c_str()), 0);
+    EXPECT_EQ(ecore_file_ls(InArea("loop").c_str()), nullptr);
+    EXPECT_THAT(Log(), HasSubstr("E/platform"));
+}
+
 TEST_F(AFile, that_is_not_there_is_nobodys_fault)
 {
+    EXPECT_EQ(ecore_file_ls(InArea("none").c_str()), nullptr);
     EXPECT_FALSE(CommonUtilFile::Exists(InArea("none")));
     EXPECT_FALSE(CommonUtilFile::Exists(InArea("none/none")));
     EXPECT_FALSE(CommonUtilFile::Copy(InArea("none"), InArea("copy")));
