@@ -14,35 +14,21 @@
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <random>
 #include <stdexcept>
 
-#include "a-running-service.h"
+#include "attacks.h"
+#include "bus-sdbus.h"
+#include "message-port-sdbus.h"
 
 namespace {
 
 using namespace Campaign;
 using TestSupport::Header;
-namespace fs = std::filesystem;
 
-constexpr char kDriverName[] = "org.freedesktop.DBus";
 constexpr uid_t kNobody = 65534;
 constexpr std::size_t kPipelined = 64;  // calls on their way at a time
-
-// How an attack went.
-struct Outcome {
-    int tried = 0;
-    int accepted = 0;  // of those, by mistake
-    int refused = 0;   // of those that were right
-};
-
-struct Scene {
-    const RunningService& service;
-    int times;
-};
 
 Values IdleChange()
 {
@@ -84,8 +70,10 @@ Outcome ClaimSomebodyWhoIsThere(const Scene& scene)
     return Repeat(*home, ToService(kManager, IdleChange()), scene.times);
 }
 
-// Two connections take a name and give it up again, as they please, and speak in its name at any time. The
-// bus says who had it when a message was routed: what a connection asked for comes before what it sends then.
+// Two connections take a name and give it up again, as they please, and speak in its name at any time. What
+// both are to ask for is written before an answer of either is read, so that they compete. The name is
+// neither queued for nor replaced: a connection has it from the request that is granted to its release, and
+// the bus takes what one connection sent in its order.
 class NameRace {
 public:
     explicit NameRace(const Scene& scene)
@@ -96,83 +84,82 @@ public:
     Outcome Run(int messages)
     {
         while (mOutcome.tried < messages) {
-            for (Contender& bus : mBuses) Step(bus);
+            for (std::size_t i = 0; i < 2 * kPipelined; ++i) Ask(mBuses[mRandom() % 2]);
+            for (Contender& bus : mBuses) ReadAll(bus);
+            for (Contender& bus : mBuses) Judge(bus);
         }
-        for (Contender& bus : mBuses) {
-            while (!bus.pending.empty()) ReadOne(bus);
-        }
+        std::printf("  the name changed hands within %d batches\n", mContested);
+        if (mContested == 0) throw std::runtime_error("nobody has competed for the name");
         return mOutcome;
     }
 
 private:
     enum class Kind { kTake, kGiveUp, kSpeak };
+    struct Asked {
+        Kind kind;
+        bool isGood = false;
+        unsigned code = 0;  // the driver's
+    };
     struct Contender {
         std::unique_ptr<RawBus> bus;
-        std::map<uint32_t, Kind>
-            pending;        // in the order of their serials, which the bus answers the driver's in
-        bool owns = false;  // when all is answered that the driver was asked
-        std::map<uint32_t, bool> truth;  // of a message: was the name ours when it was routed?
+        std::map<uint32_t, Asked> asked;  // by serial, which is their order
+        bool owns = false;                // when all before is answered
     };
 
-    void Step(Contender& contender)
+    void Ask(Contender& contender)
     {
         static const std::string take = TestSupport::NameRequest(kHome.app);
         static const std::string giveUp = TestSupport::NameRelease(kHome.app);
         static const std::string speak = ToService(kHome, {
                                                               {"type", "an unknown one"}
         });
-        for (std::size_t i = 0; i < kPipelined; ++i) {
-            const auto kind = static_cast<Kind>(mRandom() % 3);
-            const std::string& message = kind == Kind::kTake ? take : kind == Kind::kGiveUp ? giveUp : speak;
-            contender.pending[contender.bus->Call(message)] = kind;
-        }
-        while (!contender.pending.empty()) ReadOne(contender);
-        Judge(contender);
+        const auto kind = static_cast<Kind>(mRandom() % 3);
+        const std::string& message = kind == Kind::kTake ? take : kind == Kind::kGiveUp ? giveUp : speak;
+        contender.asked[contender.bus->Call(message)] = {kind};
     }
 
-    void ReadOne(Contender& contender)
+    static void ReadAll(Contender& contender)
     {
-        const RawBus::Message reply = contender.bus->Next();
-        const auto asked = contender.pending.find(reply.replyTo);
-        if (asked == contender.pending.end()) return;
-        Answer answer{asked->second, reply.type == Header::kReply, 0};
-        if (answer.kind != Kind::kSpeak && reply.body.size() >= 4)
-            answer.code = static_cast<unsigned char>(reply.body[0]);
-        mAnswers[reply.replyTo] = answer;
-        contender.pending.erase(asked);
+        for (std::size_t missing = contender.asked.size(); missing > 0;) {
+            const RawBus::Message reply = contender.bus->Next();
+            const auto asked = contender.asked.find(reply.replyTo);
+            if (asked == contender.asked.end()) continue;
+            --missing;
+            asked->second.isGood = reply.type == Header::kReply;
+            if (asked->second.kind != Kind::kSpeak && !reply.body.empty())
+                asked->second.code = static_cast<unsigned char>(reply.body[0]);
+        }
     }
 
     // Goes through what was asked in its order.
     void Judge(Contender& contender)
     {
-        constexpr unsigned kPrimaryOwner = 1, kAlreadyOwner = 4;
-        for (const auto& [serial, answer] : mAnswers) {
-            switch (answer.kind) {
+        constexpr unsigned kPrimaryOwner = 1, kExists = 3, kAlreadyOwner = 4;
+        bool hasWon = false, hasLost = false;
+        for (const auto& [serial, asked] : contender.asked) {
+            switch (asked.kind) {
                 case Kind::kTake:
-                    contender.owns = answer.code == kPrimaryOwner || answer.code == kAlreadyOwner;
+                    contender.owns = asked.code == kPrimaryOwner || asked.code == kAlreadyOwner;
+                    hasWon |= asked.code == kPrimaryOwner;
+                    hasLost |= asked.code == kExists;
                     break;
                 case Kind::kGiveUp:
                     contender.owns = false;
                     break;
                 case Kind::kSpeak:
                     ++mOutcome.tried;
-                    if (answer.isGood && !contender.owns) ++mOutcome.accepted;
-                    if (!answer.isGood && contender.owns) ++mOutcome.refused;
+                    if (asked.isGood && !contender.owns) ++mOutcome.accepted;
+                    if (!asked.isGood && contender.owns) ++mOutcome.refused;
                     break;
             }
         }
-        mAnswers.clear();
+        contender.asked.clear();
+        mContested += hasWon && hasLost;
     }
 
-    struct Answer {
-        Kind kind;
-        bool isGood;
-        unsigned code;
-    };
-
     Contender mBuses[2];
-    std::map<uint32_t, Answer> mAnswers;
     std::mt19937 mRandom{1};
+    int mContested = 0;  // batches in which one got the name from the other
     Outcome mOutcome;
 };
 
@@ -181,36 +168,92 @@ Outcome RaceANameAway(const Scene& scene)
     return NameRace(scene).Run(100 * scene.times);
 }
 
-// What the driver would say if the name had gone to us.
-std::string ForgedOwnerChange(const std::string& destination, const std::string& from, const std::string& to)
+// What the bus driver says, or the library says in its name when the connection is gone.
+struct DriverSignal {
+    const char* path;
+    const char* interface;
+    const char* member;
+    std::vector<std::string> texts;
+};
+
+std::string Forged(const DriverSignal& signal, const std::string& destination)
 {
     TestSupport::Body body;
-    for (const std::string& text : {std::string(kManager.app), from, to}) body.Text(text);
-    return TestSupport::Layout(
-        {Header::kSignal, destination, "/org/freedesktop/DBus", kDriverName, "NameOwnerChanged", "sss"},
-        body);
+    for (const std::string& text : signal.texts) body.Text(text);
+    return TestSupport::Layout({Header::kSignal, destination, signal.path, signal.interface, signal.member,
+                                std::string(signal.texts.size(), 's')},
+                               body);
+}
+
+DriverSignal OwnerChange(const std::string& from, const std::string& to)
+{
+    return {
+        Platform::kDriverPath, Platform::kDriver, "NameOwnerChanged", {kManager.app, from, to}
+    };
+}
+
+// That the names of the service, or of who speaks with it, have gone or come, and that the bus has.
+std::vector<DriverSignal> DriverSignals()
+{
+    std::vector<DriverSignal> signals;
+    const std::string port = Platform::PortBusName(kService, kServicePort, true);
+    for (const char* member : {"NameLost", "NameAcquired"}) {
+        for (const std::string& name : {std::string(kService), port, std::string(kManager.app)})
+            signals.push_back({Platform::kDriverPath, Platform::kDriver, member, {name}});
+    }
+    for (const std::string& name : {std::string(kService), port})
+        signals.push_back({
+            Platform::kDriverPath, Platform::kDriver, "NameOwnerChanged", {name, ":1.0", ""}
+        });
+    for (const char* path : {"/org/freedesktop/DBus/Local", "/local", Platform::kDriverPath}) {
+        for (const char* interface : {"org.freedesktop.DBus.Local", "local.Local", Platform::kDriver})
+            signals.push_back({path, interface, "Disconnected", {}});
+    }
+    return signals;
+}
+
+// On a connection of its own: the bus throws out who speaks in the library's name.
+void Forge(const Scene& scene, const DriverSignal& signal)
+{
+    for (const std::string destination : {kService, ""}) {
+        RawBus forger(scene.service.Address());
+        forger.Send(Forged(signal, destination));
+    }
+}
+
+std::string OwnerOf(RawBus& bus, const std::string& name)
+{
+    TestSupport::Body body;
+    body.Text(name);
+    return std::string(bus.ReplyTo(bus.Call(TestSupport::DriverCall("GetNameOwner", "s", body))).Text(0));
 }
 
 Outcome ForgeTheDriver(const Scene& scene)
 {
     const auto manager = scene.service.Connect(kManager);
     RawBus forger(scene.service.Address());
-    Outcome outcome;
+    const std::string owner = OwnerOf(forger, kService);
     for (const std::string destination : {kService, ""}) {
         for (int i = 0; i < 40; ++i) {  // of small numbers the unique names are among these
             const std::string unique = ":1." + std::to_string(i);
-            forger.Send(ForgedOwnerChange(destination, unique, ":1." + std::to_string(i + 1)));
-            forger.Send(ForgedOwnerChange(destination, unique, ""));
+            forger.Send(Forged(OwnerChange(unique, ":1." + std::to_string(i + 1)), destination));
+            forger.Send(Forged(OwnerChange(unique, ""), destination));
         }
     }
+    const std::vector<DriverSignal> signals = DriverSignals();
     const std::string claim = ToService(kManager, IdleChange());
+    const std::string rightful = ToService(kManager, {
+                                                         {"type", "an unknown one"}
+    });
+    Outcome outcome;
     for (; outcome.tried < scene.times; ++outcome.tried) {
-        forger.Send(ForgedOwnerChange(kService, "", ":1." + std::to_string(outcome.tried % 100)));
+        const auto n = static_cast<std::size_t>(outcome.tried);
+        forger.Send(Forged(OwnerChange("", ":1." + std::to_string(n % 100)), kService));
+        Forge(scene, signals[n % signals.size()]);
         outcome.accepted += IsAccepted(forger, claim);
+        outcome.refused += !IsAccepted(*manager, rightful);
     }
-    outcome.refused += !IsAccepted(*manager, ToService(kManager, {
-                                                                     {"type", "an unknown one"}
-    }));
+    if (OwnerOf(forger, kService) != owner) throw std::runtime_error("the service has left the bus");
     return outcome;
 }
 
@@ -236,148 +279,42 @@ Outcome BeAnotherUser(const Scene& scene)
     return outcome;
 }
 
-// More than anybody may keep waiting, without reading an answer; then somebody asks a question.
-Outcome Flood(const Scene& scene)
+std::string FloodMessage(const std::string& marker)
 {
-    const auto manager = scene.service.Connect(kManager);
-    {
-        RawBus stranger(scene.service.Address());
-        const std::string large = ToService(kEditor, {
-                                                         {"type", std::string(100'000, 'x')}
-        });
-        for (int i = 0; i < scene.times; ++i) stranger.Send(large);
-    }
-    RunningService::AnswerTime(*manager);
-    return {scene.times, 0, 0};
+    return ToService(kEditor, {
+                                  {"type", marker + std::string(100'000, 'x')}
+    });
 }
 
-// Names and paths that lead out of the place where they are used, or are none.
-const std::vector<std::string> kPaths{
-    "../escaped", "../../escaped", "../../../../escaped",  "/",        ".",
-    "..",         "/etc/escaped",  "a/../../escaped",      "link",     "link/x",
-    "//",         "./../escaped",  "escaped/..",           "../",      "link/../../escaped",
-    "/proc/self", "a/b/..",        std::string(5000, 'x'), "\xff\xfe", "../watchlist/../../escaped",
-};
-
-// The kinds of messages whose fields become paths; PATH stands for one.
-struct PathMessage {
-    Identity from;
-    Values values;
-};
-
-std::vector<PathMessage> PathMessages(const std::string& resultXml)
+std::size_t Count(const std::string& text, const std::string& part)
 {
-    const std::string face = "com.corvane.watchface-mirel-c1";
-    return {
-        {kManager,     {{"type", "watch-setting-created"}, {"pkgid", "PATH"}, {"data/xml_data", resultXml}} },
-        {kEditor,      {{"type", "watch-setting-updated"}, {"pkgid", "PATH"}, {"data/xml_data", resultXml}} },
-        {kManager,
-         {{"type", "watch-setting-updated"},
-          {"pkgid", face},
-          {"data/xml_data", resultXml},
-          {"data/icon_path", "PATH"}}                                                                       },
-        {kManager,     {{"type", "watch-setting-deleted"}, {"pkgid", "PATH"}}                               },
-        {kManager,     {{"type", "watch-idle-changed"}, {"pkgid", "PATH"}}                                  },
-        {kCapture,     {{"type", "watch-capture-finished"}, {"pkgid", "PATH"}}                              },
-        {kEditor,      {{"type", "watch-bg-add"}, {"bg_type", "watch-bg-gallery-u1"}, {"bg_list", "PATH"}}  },
-        {kEditor,
-         {{"type", "watch-bg-add"}, {"bg_type", "watch-bg-gallery-PATH"}, {"bg_list", "/etc/hostname"}}     },
-        {kEditor,      {{"type", "watch-bg-del"}, {"bg_type", "watch-bg-gallery-u1"}, {"bg_list", "PATH"}}  },
-        {kEditor,      {{"type", "watch-bg-del"}, {"bg_type", "watch-bg-gallery-PATH"}, {"bg_list", "link"}}},
-        {kBackupAgent,
-         {{"operation", "corvane_cloud_restore"},
-          {"type", "watch-setting-updated"},
-          {"pkgid", "PATH"},
-          {"data/xml_data", resultXml}}                                                                     },
-    };
-}
-
-std::string Replaced(std::string text, const std::string& path)
-{
-    for (std::size_t at = text.find("PATH"); at != std::string::npos;
-         at = text.find("PATH", at + path.size()))
-        text.replace(at, 4, path);
-    return text;
-}
-
-// Every file of the watch that is neither in the service's areas nor the platform's own, and what it holds.
-std::map<std::string, std::string> FilesOutside(const RunningService& service)
-{
-    const std::string own[] = {service.DataArea(), service.TrustedArea(), service.Root() + "/common/"};
-    std::map<std::string, std::string> files;
-    for (fs::recursive_directory_iterator at(service.Root()), end; at != end; ++at) {
-        const std::string path = at->path();
-        if (std::ranges::find(own, path + "/") != std::end(own)) {
-            at.disable_recursion_pending();
-        } else if (at->is_symlink()) {
-            files[path] = fs::read_symlink(at->path());
-        } else if (at->is_regular_file() && path != service.Root() + "/log" &&
-                   path.find(".db") == std::string::npos) {
-            files[path] = TestSupport::ReadFile(path);
-        }
-    }
-    return files;
-}
-
-// How many files differ; each is told.
-int CountChanges(const std::map<std::string, std::string>& before,
-                 const std::map<std::string, std::string>& now)
-{
-    int count = 0;
-    const auto tell = [&](const std::string& path, const char* how) {
-        std::fprintf(stderr, "%s %s\n", path.c_str(), how);
-        ++count;
-    };
-    for (const auto& [path, content] : before) {
-        const auto found = now.find(path);
-        if (found == now.end())
-            tell(path, "is gone");
-        else if (found->second != content)
-            tell(path, "has changed");
-    }
-    for (const auto& [path, content] : now) {
-        if (!before.contains(path)) tell(path, "is new");
-    }
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
     return count;
 }
 
-// Where links that lead out lie, planted as by a program that may write the areas.
-void PlantLinks(const RunningService& service)
+// More than anybody may keep waiting. One connection leaves without reading an answer; the log tells the type
+// of whatever is taken. Another one reads its answers afterwards. Connections take turns, so that with as
+// many of the second nothing of the first waits any more. Then somebody asks a question.
+Outcome Flood(const Scene& scene)
 {
-    const std::string canary = service.Root() + "/canary";
-    fs::create_directories(canary + "/x");
-    std::ofstream(canary + "/x/kept") << "kept";
-    for (const std::string& folder :
-         {service.DataArea() + "watchlist", service.TrustedArea() + "theme/Backgrounds",
-          service.TrustedArea() + "theme/GalleryBackgrounds/U1"}) {
-        fs::create_directories(folder);
-        fs::create_directory_symlink(canary, folder + "/link");
+    constexpr char kMarker[] = "[flood-", kTaken[] = "[flood-of-the-editor-";
+    const auto manager = scene.service.Connect(kManager);
+    Outcome outcome{scene.times, 0, 0};
+    const int half = std::max(1, scene.times / 2);
+    {
+        RawBus leaving(scene.service.Address());
+        for (int i = 0; i < half; ++i) leaving.Call(FloodMessage("flood-" + std::to_string(i) + "-"));
     }
-}
-
-Outcome NamePaths(const Scene& scene)
-{
-    std::map<std::string, std::unique_ptr<RawBus>> peers;
-    for (const Identity& identity : {kManager, kEditor, kCapture, kBackupAgent})
-        peers[identity.app] = scene.service.Connect(identity);
-    const std::string face = "com.corvane.watchface-mirel-c1";
-    const auto messages =
-        PathMessages(TestSupport::ReadFile(scene.service.ShippedFaces() + face + "/" + face + "_result.xml"));
-    PlantLinks(scene.service);
-    const auto before = FilesOutside(scene.service);
-    Outcome outcome;
-    while (outcome.tried < scene.times) {
-        for (const PathMessage& message : messages) {
-            for (const std::string& path : kPaths) {
-                Values values = message.values;
-                for (auto& [key, value] : values) value = Replaced(value, path);
-                RawBus& peer = *peers[message.from.app];
-                peer.ReplyTo(peer.Call(ToService(message.from, values)));
-                ++outcome.tried;
-            }
-        }
-        outcome.accepted += CountChanges(before, FilesOutside(scene.service));
-    }
+    RawBus reading(scene.service.Address());
+    std::vector<uint32_t> calls(static_cast<std::size_t>(half));
+    for (uint32_t& call : calls) call = reading.Call(FloodMessage("flood-of-a-reader-"));
+    for (const uint32_t call : calls) outcome.accepted += reading.ReplyTo(call).type == Header::kReply;
+    RunningService::AnswerTime(*manager);
+    outcome.accepted += static_cast<int>(Count(scene.service.Log(), kMarker));
+    const auto editor = scene.service.Connect(kEditor);
+    const bool isTaken = IsAccepted(*editor, FloodMessage("flood-of-the-editor-"));
+    outcome.refused += !isTaken || Count(scene.service.Log(), kTaken) != 1;
     return outcome;
 }
 
