@@ -14,6 +14,7 @@
 #include "face-document.h"
 #include "faces.h"
 #include "flat-checks.h"
+#include "flat-origin.h"
 #include "folder-entries.h"
 #include "photo-files.h"
 #include "preview-state.h"
@@ -31,20 +32,21 @@ namespace fs = std::filesystem;
 constexpr char kMarker[] = "without_result_xml";
 
 constexpr AilmentKind kKinds[] = {
-    {"preview-missing",   "lists show the face without a picture",                         Remedy::kPreview},
-    {"preview-no-png",    "lists show the face without a picture",                         Remedy::kPreview},
-    {"preview-blank",     "lists show one colour for the face",                            Remedy::kPreview},
-    {"preview-older",     "lists show the face as it was before it was changed",           Remedy::kPreview},
-    {"no-flat-document",  "there is nothing to draw the face from",                        Remedy::kPreview},
-    {"no-document",       "the service sees no face there, and nobody ever looks at it",   Remedy::kMove   },
-    {"bad-document",      "the face cannot be edited or drawn",                            Remedy::kAdvice },
-    {"bad-flat-document", "the face cannot be drawn",                                      Remedy::kPreview},
-    {"photo-missing",     "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
-    {"photo-damaged",     "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
-    {"left-over",         "a program was killed while it wrote, and nobody reads it",      Remedy::kMove   },
-    {"unknown-file",      "nobody reads it, and it takes room",                            Remedy::kMove   },
-    {"no-current-face",   "the watch has nothing to show",                                 Remedy::kAdvice },
-    {"stale-preference",  "it names a face that is gone",                                  Remedy::kAdvice },
+    {"preview-missing",     "lists show the face without a picture",                         Remedy::kPreview},
+    {"preview-no-png",      "lists show the face without a picture",                         Remedy::kPreview},
+    {"preview-blank",       "lists show one colour for the face",                            Remedy::kPreview},
+    {"preview-older",       "lists show the face as it was before it was changed",           Remedy::kPreview},
+    {"no-flat-document",    "there is nothing to draw the face from",                        Remedy::kPreview},
+    {"stale-flat-document", "the face is drawn as it was before it was changed",             Remedy::kPreview},
+    {"no-document",         "the service sees no face there, and nobody ever looks at it",   Remedy::kMove   },
+    {"bad-document",        "the face cannot be edited or drawn",                            Remedy::kAdvice },
+    {"bad-flat-document",   "the face cannot be drawn",                                      Remedy::kPreview},
+    {"photo-missing",       "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
+    {"photo-damaged",       "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
+    {"left-over",           "a program was killed while it wrote, and nobody reads it",      Remedy::kMove   },
+    {"unknown-file",        "nobody reads it, and it takes room",                            Remedy::kMove   },
+    {"no-current-face",     "the watch has nothing to show",                                 Remedy::kAdvice },
+    {"stale-preference",    "it names a face that is gone",                                  Remedy::kAdvice },
 };
 
 const AilmentKind* Kind(std::string_view code)
@@ -87,12 +89,31 @@ private:
         const bool isBad = LookAtDocuments(face);
         if (!isBad && !Exists(face.WatchfaceXml()))
             Add("no-flat-document", face.WatchfaceXml(), face.name, "has no watchface.xml", redraw);
+        if (!isBad && IsStale(face))
+            Add("stale-flat-document", face.WatchfaceXml(), face.name,
+                "is not what the face's result XML gives", redraw);
         LookAtPhotos(face);
         if (isBad) return;
         const PreviewReport preview = CheckPreview(face);
         if (preview.state == PreviewState::kGood) return;
         Add("preview-" + std::string(NameOf(preview.state)), face.Preview(), face.name,
             "its preview is " + std::string(TextOf(preview.state)), redraw);
+    }
+
+    // Only where the service makes it, and not of a copy of what was shipped.
+    static bool IsStale(const Face& face)
+    {
+        const auto document = DocumentOf(face);
+        const auto flat = ReadText(face.WatchfaceXml());
+        return face.writable && document && flat && !DataUtil::IsMadeFrom(*flat, *document) &&
+               !IsAsShipped(face);
+    }
+
+    static bool IsAsShipped(const Face& face)
+    {
+        const Face shipped{face.name, false, true, false, ShippedFaces() + face.name + "/"};
+        return ReadText(shipped.ResultXml()) == ReadText(face.ResultXml()) &&
+               ReadText(shipped.WatchfaceXml()) == ReadText(face.WatchfaceXml());
     }
 
     std::string RedrawCommand(const Face& face) const
@@ -150,17 +171,23 @@ private:
         }
     }
 
-    static bool IsGood(const std::string& path, bool isResultXml)
+    // Nothing where it cannot be read.
+    static std::optional<std::string> ReadText(const std::string& path)
     {
         try {
-            const std::string text = ReadNamedFile(path);
-            if (isResultXml) return DataUtil::ParseFace(text).document.has_value();
-            return std::ranges::none_of(DataUtil::CheckFlat(text), [](const DataUtil::Finding& finding) {
-                return finding.severity == DataUtil::Severity::kError;
-            });
+            return ReadNamedFile(path);
         } catch (const Stop&) {
-            return false;
+            return std::nullopt;
         }
+    }
+
+    static bool IsGood(const std::string& path, bool isResultXml)
+    {
+        const auto text = ReadText(path);
+        if (!text || isResultXml) return text && DataUtil::ParseFace(*text).document;
+        return std::ranges::none_of(DataUtil::CheckFlat(*text), [](const DataUtil::Finding& finding) {
+            return finding.severity == DataUtil::Severity::kError;
+        });
     }
 
     void LookAtWatchlist()
@@ -209,11 +236,8 @@ private:
     // Nothing where it is missing or not accepted.
     static std::optional<DataUtil::FaceDocument> DocumentOf(const Face& face)
     {
-        try {
-            return DataUtil::ParseFace(ReadNamedFile(face.ResultXml())).document;
-        } catch (const Stop&) {
-            return std::nullopt;
-        }
+        const auto text = ReadText(face.ResultXml());
+        return text ? DataUtil::ParseFace(*text).document : std::nullopt;
     }
 
     void LookForLeftOvers()

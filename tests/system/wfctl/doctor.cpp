@@ -267,6 +267,44 @@ TEST_F(ADoctor, has_flat_documents_made_again)
     EXPECT_THAT(Codes(Findings()), IsEmpty());
 }
 
+TEST_F(ADoctor, has_flat_documents_that_an_interrupted_change_left_made_again)
+{
+    const std::string flat = ReadWriteFace(kClassic) + "watchface.xml";
+    const std::string before = ContentsOf(flat);
+    ASSERT_EQ(Run({"edit", kClassic, "--pick", "dial=roman"}).status, 0);
+    Plant(flat, before);
+    fs::last_write_time(flat, fs::file_time_type::min());
+    EXPECT_THAT(Codes(Findings()), ElementsAre("stale-flat-document"));
+    EXPECT_EQ(Run({"doctor", "--fix"}).status, 0);
+    EXPECT_NE(ContentsOf(flat), before);
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, leaves_flat_documents_of_world_clocks_that_were_set)
+{
+    ASSERT_EQ(Run({"set", "c4"}).status, 0);
+    ASSERT_EQ(Run({"world-clock", "prepare"}).status, 0);
+    ASSERT_EQ(Run({"world-clock", "update", "city", "Asia/Seoul:Gangnam"}).status, 0);
+    const std::string flat = ReadWriteFace("com.corvane.watchface-mirel-c4") + "watchface.xml";
+    EXPECT_THAT(ContentsOf(flat), HasSubstr("Gangnam"));
+    EXPECT_THAT(Codes(Findings()), Not(Contains("stale-flat-document")));
+}
+
+TEST_F(ADoctor, leaves_copies_of_shipped_flat_documents_that_were_made_otherwise)
+{
+    const std::string watchlist = "/com.corvane.watchface/shared/res/watchlist/";
+    mEnvironment["WATCH_RESOURCES"] = mFolder + "/faces";
+    fs::create_directories(mFolder + "/faces" + watchlist);
+    const std::string shipped = mFolder + "/faces" + watchlist + kDigital;
+    fs::copy(STAGED_FACES + watchlist + kDigital, shipped, fs::copy_options::recursive);
+    std::ofstream(shipped + "/watchface.xml", std::ios::app) << "<!-- by hand -->";
+    fs::copy(shipped, ReadWriteFace(kDigital),
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    EXPECT_THAT(Codes(Findings()), Not(Contains("stale-flat-document")));
+    std::ofstream(shipped + "/watchface.xml", std::ios::app) << "<!-- anew -->";
+    EXPECT_THAT(Codes(Findings()), Contains("stale-flat-document"));
+}
+
 TEST_F(ADoctor, says_how_to_have_a_shipped_face_back_whose_document_is_not_accepted)
 {
     const std::string path = ReadWriteFace(kClassic) + kClassic + "_result.xml";
