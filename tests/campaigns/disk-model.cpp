@@ -94,10 +94,24 @@ void DiskModel::WriteSome(const FileEvent& event, std::mt19937& random, std::str
     }
 }
 
-std::string DiskModel::ContentOf(Node node, std::mt19937& random) const
+std::string DiskModel::SyncedContentOf(Node node) const
 {
     const auto synced = mContents.find(node);
-    std::string content = synced == mContents.end() ? std::string() : synced->second;
+    return synced == mContents.end() ? std::string() : synced->second;
+}
+
+std::string DiskModel::WholeContentOf(Node node) const
+{
+    std::string content = SyncedContentOf(node);
+    const auto pending = mPendingBytes.find(node);
+    if (pending == mPendingBytes.end()) return content;
+    for (const FileEvent& write : pending->second) Write(write, content);
+    return content;
+}
+
+std::string DiskModel::ContentOf(Node node, std::mt19937& random) const
+{
+    std::string content = SyncedContentOf(node);
     const auto pending = mPendingBytes.find(node);
     if (pending == mPendingBytes.end()) return content;
     enum { kAll, kNone, kSome, kLengthOnly, kWays };
@@ -111,19 +125,33 @@ std::string DiskModel::ContentOf(Node node, std::mt19937& random) const
     return content;
 }
 
+DiskModel::Files DiskModel::FilesOf(
+    const std::map<std::string, Node>& names,
+    const std::function<std::string(const std::string& path, Node)>& content) const
+{
+    Files files;
+    for (const auto& [path, node] : names) {
+        const bool hasBytes = mContents.contains(node) || mPendingBytes.contains(node);
+        const auto below = names.lower_bound(path + "/");
+        const bool isFolder = !hasBytes && below != names.end() && below->first.starts_with(path + "/");
+        if (!isFolder && !path.empty()) files[path] = content(path, node);
+    }
+    return files;
+}
+
+DiskModel::Files DiskModel::Whole() const
+{
+    return FilesOf(mLatestNames, [this](const std::string&, Node node) { return WholeContentOf(node); });
+}
+
 DiskModel::Files DiskModel::CutPower(std::mt19937& random, const Wanted& isWanted) const
 {
     std::map<std::string, Node> names = mNames;
     const std::size_t reached = random() % (mPendingNames.size() + 1);
     for (std::size_t i = 0; i < reached; ++i) Rename(mPendingNames[i], names);
-    Files files;
-    for (const auto& [path, node] : names) {
-        const bool hasBytes = mContents.contains(node) || mPendingBytes.contains(node);
-        const bool isFolder = !hasBytes && names.lower_bound(path + "/") != names.end() &&
-                              names.lower_bound(path + "/")->first.starts_with(path + "/");
-        if (!isFolder && !path.empty()) files[path] = isWanted(path) ? ContentOf(node, random) : "";
-    }
-    return files;
+    return FilesOf(names, [&](const std::string& path, Node node) {
+        return isWanted(path) ? ContentOf(node, random) : std::string();
+    });
 }
 
 }  // namespace Campaign

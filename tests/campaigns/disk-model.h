@@ -29,9 +29,14 @@ public:
     // The next event has happened.
     void Advance(const FileEvent& event);
 
-    // Files by their path, when the power is cut now; one of the states that there may be. Of the files that
-    // are not wanted the path alone is given.
+    // By their path; an empty folder is like an empty file.
     using Files = std::map<std::string, std::string>;
+
+    // When no power is cut: as the program sees them.
+    Files Whole() const;
+
+    // When the power is cut now; one of the states that there may be. Of the files that are not wanted the
+    // path alone is given.
     using Wanted = std::function<bool(const std::string& path)>;
     Files CutPower(std::mt19937& random, const Wanted& isWanted) const;
 
@@ -40,7 +45,12 @@ private:
     static void Rename(const FileEvent& event, std::map<std::string, Node>& names);
     static void Write(const FileEvent& event, std::string& content);
     static void WriteSome(const FileEvent& event, std::mt19937& random, std::string& content);
+    std::string SyncedContentOf(Node node) const;
+    std::string WholeContentOf(Node node) const;
     std::string ContentOf(Node node, std::mt19937& random) const;
+    // What has a content, and empty folders.
+    Files FilesOf(const std::map<std::string, Node>& names,
+                  const std::function<std::string(const std::string& path, Node)>& content) const;
 
     std::map<std::string, Node> mNames;  // on the disk
     std::map<Node, std::string> mContents;

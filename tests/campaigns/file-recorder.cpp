@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -13,6 +14,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 #include "program.h"
 
@@ -60,6 +62,7 @@ int Argument(const PendingCall& call, int n)
 
 }  // namespace
 
+// Every call that may reach a file.
 const FileRecorder::Recording FileRecorder::kRecordings[] = {
     {SYS_openat,          &FileRecorder::RecordOpen      },
     {SYS_mkdirat,         &FileRecorder::RecordMakeFolder},
@@ -73,15 +76,49 @@ const FileRecorder::Recording FileRecorder::kRecordings[] = {
     {SYS_fdatasync,       &FileRecorder::RecordSync      },
     {SYS_copy_file_range, &FileRecorder::RecordCopy      },
     {SYS_ioctl,           &FileRecorder::RecordCopy      },
-    {SYS_sendmsg,         &FileRecorder::RecordSend      },
+    {SYS_mmap,            &FileRecorder::RecordMap       },
+    {SYS_openat2,         &FileRecorder::NoteOpen        },
+    {SYS_renameat2,       &FileRecorder::NoteChange      },
+    {SYS_symlinkat,       &FileRecorder::NoteLink        },
+    {SYS_writev,          &FileRecorder::NoteWrite       },
+    {SYS_fallocate,       &FileRecorder::NoteWrite       },
+    {SYS_read,            nullptr                        },
+    {SYS_pread64,         nullptr                        },
+    {SYS_readv,           nullptr                        },
+    {SYS_fcntl,           nullptr                        },
+    {SYS_flock,           nullptr                        },
+    {SYS_fstat,           nullptr                        },
+    {SYS_newfstatat,      nullptr                        },
+    {SYS_statx,           nullptr                        },
+    {SYS_faccessat,       nullptr                        },
+    {SYS_faccessat2,      nullptr                        },
+    {SYS_readlinkat,      nullptr                        },
+    {SYS_getdents64,      nullptr                        },
+    {SYS_lseek,           nullptr                        },
+    {SYS_fstatfs,         nullptr                        },
+    {SYS_fchmod,          nullptr                        },
+    {SYS_fchown,          nullptr                        },
+    {SYS_close,           nullptr                        },
 #ifdef SYS_open
     {SYS_open,            &FileRecorder::RecordOpen      },
     {SYS_mkdir,           &FileRecorder::RecordMakeFolder},
     {SYS_rename,          &FileRecorder::RecordRename    },
     {SYS_unlink,          &FileRecorder::RecordUnlink    },
     {SYS_rmdir,           &FileRecorder::RecordUnlink    },
+    {SYS_link,            &FileRecorder::NoteChange      },
+    {SYS_symlink,         &FileRecorder::NoteLink        },
+    {SYS_stat,            nullptr                        },
+    {SYS_lstat,           nullptr                        },
+    {SYS_access,          nullptr                        },
+    {SYS_readlink,        nullptr                        },
+    {SYS_chmod,           nullptr                        },
 #endif
 };
+
+std::string ContentOf(const fs::path& path)
+{
+    return fs::is_symlink(path) ? fs::read_symlink(path).string() : TestSupport::ReadFile(path);
+}
 
 FileRecorder::FileRecorder(std::string folder) : mFolder(std::move(folder))
 {
@@ -89,15 +126,26 @@ FileRecorder::FileRecorder(std::string folder) : mFolder(std::move(folder))
     for (const auto& entry : fs::recursive_directory_iterator(mFolder)) {
         const std::string path = fs::path(entry).lexically_relative(mFolder);
         const Node node = NewNode(path);
-        if (entry.is_regular_file()) mFirstContents[node] = TestSupport::ReadFile(entry.path());
+        if (!fs::is_directory(entry.symlink_status())) mFirstContents[node] = ContentOf(entry);
     }
     mFirstNames = mNames;
+    for (const SystemCall& call : SystemCalls()) {
+        if (call.kind == CallKind::kFile && !Find(call.number))
+            throw std::runtime_error(std::string("does it change files? ") + call.name);
+    }
+}
+
+const FileRecorder::Recording* FileRecorder::Find(int number)
+{
+    const auto recording = std::ranges::find(kRecordings, number, &Recording::number);
+    return recording == std::end(kRecordings) ? nullptr : recording;
 }
 
 int FileRecorder::operator()(const PendingCall& call)
 {
-    const auto recording = std::ranges::find(kRecordings, call.call.number, &Recording::number);
-    return recording == std::end(kRecordings) ? 0 : (this->*recording->record)(call);
+    if (call.call.number == SYS_sendmsg) return RecordSend(call);
+    const Recording* recording = Find(call.call.number);
+    return recording && recording->record ? (this->*recording->record)(call) : 0;
 }
 
 Node FileRecorder::NewNode(const std::string& path)
@@ -132,6 +180,7 @@ int FileRecorder::RecordOpen(const PendingCall& call)
 {
     const bool isAt = call.call.number == SYS_openat;
     const int flags = Argument(call, isAt ? 2 : 1);
+    if (flags & O_TRUNC) NoteChange(call);
     if (!(flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE) return 0;
     const std::string path = PathOf(call, isAt ? 0 : kNone, isAt ? 1 : 0);
     if (!path.empty() && !Exists(mFolder + "/" + path))
@@ -236,6 +285,42 @@ int FileRecorder::RecordSend(const PendingCall& call)
     }
     mEvents.push_back({FileEvent::kSaid, kNoNode, {}, {}, std::move(said)});
     return 0;
+}
+
+// What a map changes is written when the kernel likes to.
+int FileRecorder::RecordMap(const PendingCall& call)
+{
+    const bool isWritten = (call.arguments[2] & PROT_WRITE) && (call.arguments[3] & MAP_SHARED);
+    const int descriptor = Argument(call, 4);
+    if (!isWritten || descriptor < 0 || NodeOf(call, descriptor) == kNoNode) return 0;
+    return LinkTarget(DescriptorPath(call, descriptor)).ends_with("-shm") ? 0 : NoteChange(call);
+}
+
+int FileRecorder::NoteChange(const PendingCall& call)
+{
+    mUnrecorded.insert(call.call.name);
+    return 0;
+}
+
+int FileRecorder::NoteWrite(const PendingCall& call)
+{
+    return NodeOf(call, Argument(call, 0)) == kNoNode ? 0 : NoteChange(call);
+}
+
+int FileRecorder::NoteOpen(const PendingCall& call)
+{
+    const std::string how = call.BytesAt(call.arguments[2], sizeof(uint64_t));
+    uint64_t flags = 0;
+    std::ranges::copy(how, reinterpret_cast<char*>(&flags));
+    return flags & (O_CREAT | O_TRUNC) ? NoteChange(call) : 0;
+}
+
+// Nothing changes where there is something already.
+int FileRecorder::NoteLink(const PendingCall& call)
+{
+    const bool isAt = call.call.number == SYS_symlinkat;
+    const std::string path = PathOf(call, isAt ? 1 : kNone, isAt ? 2 : 1);
+    return path.empty() || Exists(mFolder + "/" + path) ? 0 : NoteChange(call);
 }
 
 }  // namespace Campaign

@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,9 +35,13 @@ struct FileEvent {
     uint64_t offset = 0;
 };
 
+// Of a file, or where a link leads.
+std::string ContentOf(const std::filesystem::path& path);
+
 class FileRecorder {
 public:
-    // What is below the folder now is on the disk, and is part of every state.
+    // What is below the folder now is on the disk, and is part of every state. Throws when there are calls of
+    // which it is not known whether they change files.
     explicit FileRecorder(std::string folder);
 
     // Makes the watcher of a program.
@@ -45,13 +51,16 @@ public:
     const std::map<Node, std::string>& FirstContents() const { return mFirstContents; }
     // Not while the program runs.
     const std::vector<FileEvent>& Events() const { return mEvents; }
+    // Calls that have changed files in a way that no event tells.
+    const std::set<std::string>& Unrecorded() const { return mUnrecorded; }
 
 private:
     struct Recording {
         int number;
-        int (FileRecorder::*record)(const PendingCall&);
+        int (FileRecorder::*record)(const PendingCall&);  // null: it changes no name and no byte
     };
     static const Recording kRecordings[];
+    static const Recording* Find(int number);  // null: it reaches no file
 
     int RecordOpen(const PendingCall& call);
     int RecordMakeFolder(const PendingCall& call);
@@ -63,6 +72,11 @@ private:
     int RecordSync(const PendingCall& call);
     int RecordCopy(const PendingCall& call);
     int RecordSend(const PendingCall& call);
+    int RecordMap(const PendingCall& call);
+    int NoteChange(const PendingCall& call);
+    int NoteWrite(const PendingCall& call);
+    int NoteOpen(const PendingCall& call);
+    int NoteLink(const PendingCall& call);
 
     std::string PathOf(const PendingCall& call, int folder, int name) const;
     Node NodeOf(const PendingCall& call, int descriptor);
@@ -74,6 +88,7 @@ private:
     std::map<uint64_t, Node> mInodes;
     Node mNodes = 0;
     std::vector<FileEvent> mEvents;
+    std::set<std::string> mUnrecorded;
 };
 
 }  // namespace Campaign

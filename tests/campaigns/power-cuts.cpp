@@ -4,8 +4,9 @@
 //     power-cuts-campaign PREFIX [--rounds N] [--states N] [--databases N]
 //
 // N states are spread over all steps; of some of them the databases are opened by SQLite and read whole. What
-// may not happen ends the campaign as failed: an answered update or an announced key that is lost, a file
-// that was never written whole, a database that SQLite finds damaged.
+// may not happen ends the campaign as failed: an answered update, an announced key, an answered or earlier
+// preference that is lost, a file that was never written whole, a database that SQLite finds damaged. So does
+// a recording in which nothing was promised, or which, replayed, gives other files than there are.
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -27,6 +28,8 @@ namespace fs = std::filesystem;
 constexpr char kUnfinished[] = ".watch-new-";
 constexpr char kFaceKey[] = "file/private/com.corvane.watchface/watchface_name";
 constexpr char kRequesterPreference[] = "wfs-pref-idle-change-request-from";
+constexpr char kClockPreference[] = "wfs-watch-name-world-clock-update";
+constexpr char kSavedAnswer[] = "evaluation-helper-ret";
 constexpr char kKeys[] = "common/keys.db";
 constexpr char kPreferences[] = "apps/com.corvane.watchface-service/prefs.db";
 constexpr int kInstallEvery = 8;  // rounds
@@ -43,25 +46,54 @@ bool IsOfDatabase(const std::string& path)
     return path.ends_with(".db") || path.ends_with(".db-wal");
 }
 
-// Round n makes the face "face-n" the current one, in the name of one of two peers by turns.
+// Round n makes the face "face-n" the current one, in the name of one of these by turns, and saves "time-n".
 const Identity& RequesterOf(int round)
 {
-    return round % 2 ? kHome : kEditor;
+    static constexpr Identity kRequesters[] = {kManager, kEditor, kHome, kCapture};
+    return kRequesters[static_cast<std::size_t>(round) % std::size(kRequesters)];
 }
 
-int RoundOf(const std::string& face)
+int RoundOf(const std::string& value)
 {
-    return face.starts_with("face-") ? std::atoi(face.c_str() + 5) : 0;
+    const auto dash = value.rfind('-');
+    const bool isOurs = value.starts_with("face-") || value.starts_with("time-");
+    return isOurs ? std::atoi(value.c_str() + dash + 1) : 0;
 }
+
+std::string EvaluationPreference()
+{
+    return std::string(kEvaluator.app) + "+" + kClassicFace + "+evaluation-helper-data-duration";
+}
+
+// What the databases say.
+struct Stored {
+    std::string face, requester, clock, duration;
+};
 
 struct Recorded {
     FileRecorder recorder;
     std::map<std::size_t, int> rounds;  // by the event that each begins with
+    DiskModel::Files files;             // that there are in the end
 };
 
 void Require(bool isDone)
 {
     if (!isDone) throw std::runtime_error("the watch does not work");
+}
+
+// All below the folder, as the model has them.
+DiskModel::Files FilesBelow(const std::string& folder)
+{
+    DiskModel::Files files;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const std::string path = fs::path(entry).lexically_relative(folder);
+        if (!fs::is_directory(entry.symlink_status())) {
+            files[path] = ContentOf(entry);
+        } else if (fs::is_empty(entry)) {
+            files[path];
+        }
+    }
+    return files;
 }
 
 void RunRound(TriedWatch& watch, int round)
@@ -71,6 +103,16 @@ void RunRound(TriedWatch& watch, int round)
                                       {"type",  "watch-idle-changed"},
                                       {"pkgid", face                }
     });
+    watch.Ask(kHome, {
+                         {"type", "watch-prepare-update-world-clock"}
+    });
+    const Answer saved =
+        watch.Ask(kEvaluator, {
+                                  {"evaluation-helper-op",             "evaluation-helper-op-save-duration"},
+                                  {"evaluation-helper-watchface-name", kClassicFace                        },
+                                  {"evaluation-helper-data-duration",  "time-" + std::to_string(round)     }
+    });
+    Require(saved == Answer::kSuccess);
     const std::string preview = watch.ShippedPreview(round % 2 ? kClassicFace : kDigitalFace);
     Require(UpdateTo(watch, round, preview) == Answer::kSuccess);
     if (round % kInstallEvery == 0) {
@@ -98,7 +140,7 @@ Recorded Record(const std::string& prefix, int rounds)
     Require(watch.Start());
     FormerState(watch);
     watch.Stop();
-    Recorded recorded{FileRecorder(watch.Root()), {}};
+    Recorded recorded{FileRecorder(watch.Root()), {}, {}};
     FileRecorder& recorder = recorded.recorder;
     const auto record = [&recorder](const PendingCall& call) { return recorder(call); };
     Require(watch.Start(record));
@@ -113,6 +155,7 @@ Recorded Record(const std::string& prefix, int rounds)
         }
     }
     watch.Stop();
+    recorded.files = FilesBelow(watch.Root());
     return recorded;
 }
 
@@ -146,6 +189,7 @@ public:
             case FileEvent::kSaid:
                 if (event.bytes.find("success") != std::string::npos) Answered();
                 if (event.bytes.find(kFaceKey) != std::string::npos) mAnnounced = mRound;
+                if (event.bytes.find(kSavedAnswer) != std::string::npos) mSaved = mRound;
                 break;
             default:
                 break;
@@ -173,12 +217,29 @@ public:
         return {};
     }
 
-    std::string FaultOfValues(const std::string& face, const std::string& requester) const
+    // The preference that says who asks for a face is written before the face, that of world clocks after it,
+    // the duration after both.
+    std::string FaultOfValues(const Stored& stored) const
     {
-        const int round = RoundOf(face);
-        if (round < mAnnounced || round > mRound) return "an announced key is lost: " + face;
-        const bool isOfOne = requester == RequesterOf(mAnnounced).app || requester == RequesterOf(mRound).app;
-        return mAnnounced > 0 && !isOfOne ? "a preference is lost: " + requester : std::string();
+        const auto isOneOf = [this](int round, int least) { return round >= least && round <= mRound; };
+        const int face = RoundOf(stored.face), clock = RoundOf(stored.clock);
+        if (!isOneOf(face, mAnnounced)) return "an announced key is lost: " + stored.face;
+        if (!isOneOf(RoundOf(stored.duration), mSaved))
+            return "an answered preference is lost: " + stored.duration;
+        if (!isOneOf(clock, mSaved) || clock > face) return "a preference is lost: " + stored.clock;
+        for (int round = face; round <= mRound; ++round) {
+            if (round == 0 || stored.requester == RequesterOf(round).app) return {};
+        }
+        return "a preference is lost: " + stored.requester;
+    }
+
+    // Why it is not that everything was promised in this many rounds; empty when it was.
+    std::string Missing(int rounds) const
+    {
+        if (mAnswered.empty()) return "no change of a file was answered";
+        if (mAnnounced != rounds) return "the last key was not announced";
+        if (mSaved != rounds) return "the last preference was not answered";
+        return {};
     }
 
 private:
@@ -193,7 +254,7 @@ private:
     std::map<std::string, std::vector<std::string>> mVersions;  // of each path, whole
     std::map<std::string, std::size_t> mAnswered;               // the oldest version that may be there
     std::set<std::string> mRemoved;
-    int mAnnounced = 0, mRound = 0;
+    int mAnnounced = 0, mSaved = 0, mRound = 0;  // rounds
 };
 
 class Cutter {
@@ -218,12 +279,33 @@ public:
             for (; mTried < mStates * (i + 1) / count; ++mTried) CutFiles(disk, promises, i);
             for (; mOpened < mDatabases * (i + 1) / count; ++mOpened) CutDatabases(disk, promises, i);
         }
+        Note(promises.Missing(static_cast<int>(mRecorded.rounds.size())), count);
+        CompareWithFolder(disk.Whole());
+        for (const std::string& call : mRecorded.recorder.Unrecorded())
+            Note("what this changes is not recorded: " + call, count);
         return mFaults == 0;
     }
 
     long Leftovers() const { return mLeftovers; }
 
 private:
+    // The memory that a database shares is written by no call.
+    void CompareWithFolder(DiskModel::Files replayed)
+    {
+        DiskModel::Files real = mRecorded.files;
+        const auto isShared = [](const auto& file) { return file.first.ends_with("-shm"); };
+        std::erase_if(replayed, isShared);
+        std::erase_if(real, isShared);
+        const long end = static_cast<long>(mRecorded.recorder.Events().size());
+        for (const auto& [path, content] : real) {
+            const auto file = replayed.find(path);
+            if (file == replayed.end() || file->second != content) Note("replayed, it differs: " + path, end);
+        }
+        for (const auto& [path, content] : replayed) {
+            if (!real.contains(path)) Note("it is not there: " + path, end);
+        }
+    }
+
     void CutFiles(const DiskModel& disk, const Promises& promises, long event)
     {
         const DiskModel::Files files = disk.CutPower(mRandom, IsOfFaces);
@@ -241,13 +323,17 @@ private:
             std::ofstream(place, std::ios::binary) << content;
         }
         try {
-            Note(
-                promises.FaultOfValues(ValueOf(kKeys, kFaceKey), ValueOf(kPreferences, kRequesterPreference)),
-                event);
+            Note(promises.FaultOfValues(Read()), event);
         } catch (const std::runtime_error& error) {
             Note(error.what(), event);
         }
         for (const auto& entry : fs::directory_iterator(mFolder.Path())) fs::remove_all(entry);
+    }
+
+    Stored Read()
+    {
+        return {ValueOf(kKeys, kFaceKey), ValueOf(kPreferences, kRequesterPreference),
+                ValueOf(kPreferences, kClockPreference), ValueOf(kPreferences, EvaluationPreference())};
     }
 
     std::string ValueOf(const char* database, const std::string& key)
