@@ -6,6 +6,7 @@
 #include <unicode/uloc.h>
 #include <unicode/ustring.h>
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
 
@@ -112,8 +113,9 @@ std::string LocaleOf(const std::string& language, UErrorCode* status)
             return Icu().canonicalLocale(language.c_str(), out, size, status);
         });
     }
-    // Without a language ICU would write numbers for names.
-    if (locale.empty() || locale.front() == '_' || locale.front() == '@') *status = U_ILLEGAL_ARGUMENT_ERROR;
+    // Without a language ICU would write numbers for names; one that it has no room for ends the process.
+    const std::size_t letters = std::min(locale.find_first_of("_@"), locale.size());
+    if (letters == 0 || letters >= ULOC_LANG_CAPACITY) *status = U_ILLEGAL_ARGUMENT_ERROR;
     return locale;
 }
 

@@ -181,6 +181,14 @@ TEST_F(ADate, of_what_is_no_name_of_a_language_is_empty)
     }
 }
 
+TEST_F(ADate, of_a_language_with_more_letters_than_any_has_is_empty)
+{
+    for (const char* name : {"abcdefghijkl", "abcdefghijkl_DE", "POSIXinsertBetween", "de=abcdefghij"}) {
+        EXPECT_EQ(Best("MMMM", name), "") << name;
+        EXPECT_EQ(Year(name), "") << name;
+    }
+}
+
 TEST_F(ADate, follows_a_change_of_language_and_time_zone_at_once)
 {
     Request request{"MMMMd", "UTC", "en_US", true};

@@ -16,6 +16,13 @@ namespace {
 constexpr size_t kMostFormatters = 64;
 constexpr char16_t kNoBreakSpace = 0xa0, kNarrowSpace = 0x202f;
 
+// A name that is none reads as a language that nobody knows: ICU ends the process over it.
+icu::Locale LocaleOf(const std::string& language)
+{
+    icu::Locale locale(language.c_str());
+    return locale.isBogus() ? icu::Locale() : locale;
+}
+
 using ZonePtr = std::unique_ptr<icu::TimeZone>;
 
 // Null for a zone that is not known, which ICU would show as UTC.
@@ -102,7 +109,7 @@ struct Dates::Formatter {
     Formatter(std::string_view skeleton, const Settings& settings, const std::string& zone)
     {
         UErrorCode status = U_ZERO_ERROR;
-        const icu::Locale locale(settings.language.c_str());
+        const icu::Locale locale = LocaleOf(settings.language);
         const icu::UnicodeString pattern = PatternOf(skeleton, settings, locale, status);
         if (U_FAILURE(status)) return;
         format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
@@ -168,7 +175,7 @@ std::string ToUpper(std::string_view text, std::string_view language)
 {
     std::string result;
     auto wide = icu::UnicodeString::fromUTF8({text.data(), static_cast<int32_t>(text.size())});
-    return wide.toUpper(icu::Locale(std::string(language).c_str())).toUTF8String(result);
+    return wide.toUpper(LocaleOf(std::string(language))).toUTF8String(result);
 }
 
 }  // namespace Drawing

@@ -194,6 +194,16 @@ TEST_F(ADate, takes_the_best_pattern_of_the_language)
     ExpectReads("EEEdMMM", "Mi., 14. Okt.");
 }
 
+TEST_F(ADate, reads_as_in_a_language_that_nobody_knows_where_the_name_is_none)
+{
+    settings.language = "xx";
+    const std::string unknown = Line(R"(skeleton="EEEdMMM")");
+    settings.language = "longer-than-any-language";
+    EXPECT_EQ(Line(R"(skeleton="EEEdMMM")"), unknown);
+    settings.language = "longerthananylanguage";
+    EXPECT_EQ(Line(R"(skeleton="EEEdMMM")"), unknown);
+}
+
 TEST_F(ADate, has_as_many_digits_as_a_lone_number_has_letters)
 {
     ExpectReads("mm", "05");
