@@ -114,6 +114,13 @@ FontContextPtr OpenFonts(FontSource source)
     return context;
 }
 
+void CloseFonts(PangoContext* context)
+{
+    // Pango's map does not give back the configuration that was set when it ends.
+    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(pango_context_get_font_map(context)), nullptr);
+    g_object_unref(context);
+}
+
 std::string FamiliesOf(std::string_view font, std::string_view language)
 {
     const auto face =

@@ -22,7 +22,9 @@ enum class FontSource {
     kSystem,  // all fonts of the system
 };
 
-using FontContextPtr = std::unique_ptr<PangoContext, Releases<g_object_unref>>;
+// Ends a context, its map of fonts and what was read of them.
+void CloseFonts(PangoContext* context);
+using FontContextPtr = std::unique_ptr<PangoContext, Releases<CloseFonts>>;
 
 // A new context without hinting, so that a text has the same shape at every size and place. Never null; with
 // nothing installed it has no glyphs.

@@ -19,7 +19,7 @@ void PaintAsOne(Painter& painter, double opacity, const std::function<void()>& p
         return;
     }
     // The same by hand, since the drawing library never quite frees its own groups in an SVG.
-    cairo_surface_t* group = painter.groups.Add();
+    cairo_surface_t* group = painter.groups.Add(painter.width, painter.height);
     const ContextPtr inside(cairo_create(group));
     cairo_matrix_t matrix;
     cairo_get_matrix(painter.cr, &matrix);

@@ -24,9 +24,11 @@ public:
     VectorGroups(const VectorGroups&) = delete;
     VectorGroups& operator=(const VectorGroups&) = delete;
 
-    cairo_surface_t* Add()
+    // As large as the surface, in pixels: where nothing bounds a group, cairo writes numbers that nobody set.
+    cairo_surface_t* Add(int width, int height)
     {
-        mGroups.emplace_back(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr));
+        const cairo_rectangle_t extents{0, 0, static_cast<double>(width), static_cast<double>(height)};
+        mGroups.emplace_back(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &extents));
         return mGroups.back().get();
     }
 
