@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -53,6 +54,12 @@ bool Exists(const std::string& path)
 {
     struct stat info {};
     return lstat(path.c_str(), &info) == 0;
+}
+
+// Of a path like /proc/self/fd/7.
+int LastNumber(const std::string& path)
+{
+    return static_cast<int>(std::strtol(path.c_str() + path.rfind('/') + 1, nullptr, 10));
 }
 
 int Argument(const PendingCall& call, int n)
@@ -98,7 +105,6 @@ const FileRecorder::Recording FileRecorder::kRecordings[] = {
     {SYS_fstatfs,         nullptr                        },
     {SYS_fchmod,          nullptr                        },
     {SYS_fchown,          nullptr                        },
-    {SYS_close,           nullptr                        },
 #ifdef SYS_open
     {SYS_open,            &FileRecorder::RecordOpen      },
     {SYS_mkdir,           &FileRecorder::RecordMakeFolder},
@@ -201,7 +207,7 @@ int FileRecorder::RecordLink(const PendingCall& call)
 {
     const std::string from = call.TextAt(1), path = PathOf(call, 2, 3);
     if (path.empty()) return 0;
-    const Node node = NodeOf(call, std::atoi(from.c_str() + from.rfind('/') + 1));  // /proc/self/fd/N
+    const Node node = NodeOf(call, LastNumber(from));
     mNames[path] = node;
     mEvents.push_back({FileEvent::kName, node, path, {}, {}});
     return 0;

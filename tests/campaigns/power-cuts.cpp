@@ -57,7 +57,7 @@ int RoundOf(const std::string& value)
 {
     const auto dash = value.rfind('-');
     const bool isOurs = value.starts_with("face-") || value.starts_with("time-");
-    return isOurs ? std::atoi(value.c_str() + dash + 1) : 0;
+    return isOurs ? static_cast<int>(std::strtol(value.c_str() + dash + 1, nullptr, 10)) : 0;
 }
 
 std::string EvaluationPreference()
