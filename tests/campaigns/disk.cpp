@@ -395,13 +395,13 @@ private:
     {
         const State now = mWatch.Look();
         if (!mWatch.AreDatabasesWhole()) Violation("a database is damaged or set aside");
-        for (const auto& [path, content] : now) {
-            const auto is = [&](const State& state) {
-                const auto found = state.find(path);
-                return found != state.end() && found->second == content;
+        for (const auto& file : now) {
+            const auto is = [&file](const State& state) {
+                const auto found = state.find(file.first);
+                return found != state.end() && found->second == file.second;
             };
-            if (!is(mFormer) && !is(latter) && !mWatch.IsShipped(path, content))
-                Violation("is neither as before nor as after: " + path);
+            if (!is(mFormer) && !is(latter) && !mWatch.IsShipped(file.first, file.second))
+                Violation("is neither as before nor as after: " + file.first);
         }
         for (const auto& [path, content] : mFormer) {
             if (latter.contains(path) && !now.contains(path)) Violation("is lost: " + path);
