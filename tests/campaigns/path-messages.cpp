@@ -164,6 +164,11 @@ void MakeCurrent(PathStage& stage, const std::string& path)
     });
 }
 
+void MakeWorldClockCurrent(PathStage& stage, const std::string&)
+{
+    MakeCurrent(stage, kWorldClock);
+}
+
 void InstallClassic(PathStage& stage, const std::string&)
 {
     Install(stage, kClassic, stage.ShippedPreview(kClassic));
@@ -421,6 +426,17 @@ void AddValues(Messages& all)
             .MaySet(prepared)
             .Logs("messageType = [watch-setting-update-world-clock]")
             .IsRefused());
+    all.push_back(PathMessage("its timezone_path", kHome,
+                              {
+                                  {"type",                              "watch-setting-update-world-clock"},
+                                  {"data/worldclock/complication_name", "city"                            },
+                                  {"data/worldclock/timezone_path",     "PATH"                            }
+    })
+                      .Does(PathMessage::kMakes, FaceFile("com.corvane.watchface-mirel-c4/watchface.xml"),
+                            "/usr/share/zoneinfo/America/Lima")
+                      .After(MakeWorldClockCurrent)
+                      .MaySet(prepared)
+                      .Logs("messageType = [watch-setting-update-world-clock]"));
     all.push_back(
         PathMessage("the face whose world clock is asked for", kManager,
                     {
