@@ -1,11 +1,14 @@
-// Dates by any skeleton, at any instant. Three bytes choose language, time zone and kind of pattern, eight
-// are the instant, the rest is the skeleton. Whatever they say, the text is UTF-8 and bounded, and the same
-// when it is asked for again after another one.
+// Dates by any skeleton, at any instant, in any language and zone: both are keys that others write. Three
+// bytes choose language, time zone and kind of pattern, eight are the instant. Of the rest the first line is
+// the skeleton; a second one is the language, a third the time zone, in place of those that the bytes chose.
+// Whatever they say, the text is UTF-8 and bounded, and the same when it is asked for again after another
+// one.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <sstream>
 #include <string>
 
 #include "dates-icu.h"
@@ -40,9 +43,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     if (size < kHead) return 0;
     int64_t instant = 0;
     std::memcpy(&instant, data + 3, sizeof instant);
-    const std::string skeleton(reinterpret_cast<const char*>(data) + kHead, size - kHead);
-    const Platform::DateRequest request{skeleton, Pick(kZones, data[1]), Pick(kLanguages, data[0]),
-                                        (data[2] & 1) != 0};
+    Platform::DateRequest request{"", Pick(kZones, data[1]), Pick(kLanguages, data[0]), (data[2] & 1) != 0};
+    std::istringstream lines(std::string(reinterpret_cast<const char*>(data) + kHead, size - kHead));
+    for (std::string* line : {&request.skeleton, &request.language, &request.timezonePath}) {
+        if (std::string text; std::getline(lines, text)) *line = text;
+    }
     const std::string text = Platform::FormatDate(request, instant);
     Platform::FormatDate({"yMd", Pick(kZones, data[2]), request.language, !request.bestPattern}, 0);
     const bool isSame = Platform::FormatDate(request, instant) == text;

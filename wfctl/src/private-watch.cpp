@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -55,13 +56,14 @@ std::string ProcessText(const ProcessMark& process)
     return std::to_string(process.pid) + " " + std::to_string(process.startTime);
 }
 
+// None where the numbers are not those of a process.
 ProcessMark ParseProcess(const std::string& text)
 {
     ProcessMark process;
-    char* end = nullptr;
-    process.pid = static_cast<pid_t>(std::strtol(text.c_str(), &end, 10));
-    process.startTime = std::strtoull(end, nullptr, 10);
-    return process;
+    const char* const end = text.data() + text.size();
+    const auto [space, code] = std::from_chars(text.data(), end, process.pid);
+    if (code != std::errc() || process.pid < 0 || space == end || *space != ' ') return {};
+    return std::from_chars(space + 1, end, process.startTime).ec == std::errc() ? process : ProcessMark();
 }
 
 std::string Exports(const WatchState& state)

@@ -5,6 +5,9 @@
 #include <gmock/gmock.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 using namespace Wfctl;
@@ -51,6 +54,24 @@ TEST(ShellAssignments, leave_out_what_is_none)
                 ElementsAre(Pair("A", "1"), Pair("C", "3")));
     EXPECT_TRUE(ParseShellAssignments("A='never closed").contains("A"));
     EXPECT_TRUE(ParseShellAssignments("").empty());
+}
+
+TEST(AWatchState, names_processes_by_numbers_that_processes_have)
+{
+    std::string folder = testing::TempDir() + "watch-state-XXXXXX";
+    ASSERT_TRUE(mkdtemp(folder.data()));
+    const WatchPaths paths{folder};
+    const auto numberOf = [&](const std::string& mark) {
+        std::ofstream(paths.State()) << "RUN_FOLDER='/r'\nSUPERVISOR='" << mark << "'\n";
+        const auto state = ReadState(paths);
+        return state ? state->supervisor.pid : -1;
+    };
+    EXPECT_EQ(numberOf("12 345"), 12);
+    for (const char* mark :
+         {"", "x", "12", "12 ", "12 x", "-1 5", "4294967297 5", "12 99999999999999999999"}) {
+        EXPECT_EQ(numberOf(mark), 0) << mark;
+    }
+    std::filesystem::remove_all(folder);
 }
 
 TEST(AnActivationFile, quotes_the_program_for_the_bus)
