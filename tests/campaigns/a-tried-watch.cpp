@@ -6,12 +6,14 @@
 #include <sqlite3.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
 
 #include "message-port-sdbus.h"
 
@@ -98,6 +100,17 @@ void WriteFile(const std::string& path, const std::string& content)
     std::ofstream(path, std::ios::binary) << content;
 }
 
+// With the times of the files; what is at `to` goes.
+void CopyTree(const std::string& from, const std::string& to)
+{
+    fs::remove_all(to);
+    fs::copy(from, to, fs::copy_options::recursive);
+    for (const auto& entry : fs::recursive_directory_iterator(from)) {
+        const fs::path copy = to / fs::path(entry).lexically_relative(from);
+        if (entry.is_regular_file()) fs::last_write_time(copy, entry.last_write_time());
+    }
+}
+
 Platform::UniqueFd ReadinessSocket(const std::string& path)
 {
     sockaddr_un name{};
@@ -118,6 +131,18 @@ bool IsReadinessSaid(int socket)
             return true;
     }
     return false;
+}
+
+// Its output goes to the file, its errors to nobody.
+pid_t StartProgram(const std::vector<std::string>& command, const std::string& output)
+{
+    const std::vector<char*> words = WordsOf(command);
+    const pid_t process = fork();
+    if (process != 0) return process;
+    dup2(open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600), STDOUT_FILENO);
+    dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
+    execv(words[0], words.data());
+    _exit(127);
 }
 
 bool IsEvaluator(const Identity& peer)
@@ -156,14 +181,18 @@ TriedWatch::TriedWatch(const std::string& prefix)
     setenv("NOTIFY_SOCKET", readiness.c_str(), 1);
     setenv("LC_ALL", "en_GB", 1);
     setenv("TZ", "UTC", 1);
-    for (const Identity& identity : {kManager, kEditor, kHome, kCapture, kBackupAgent, kEvaluator}) {
-        auto bus = std::make_unique<RawBus>(mBus.Address());
-        bus->RequestName(Platform::PortBusName(identity.app, identity.port, !IsEvaluator(identity)));
-        bus->ReplyTo(bus->Call(TestSupport::NameRequest(identity.app)));
-        mPeers[identity.app] = std::move(bus);
-    }
+    for (const Identity& identity : {kManager, kEditor, kHome, kCapture, kBackupAgent, kEvaluator})
+        Connect(identity);
     mKeyWatcher = std::make_unique<RawBus>(mBus.Address());
     mKeyWatcher->AddMatch(std::string("type='signal',interface='") + Platform::kKeysInterface + "'");
+}
+
+void TriedWatch::Connect(const Identity& peer)
+{
+    auto bus = std::make_unique<RawBus>(mBus.Address());
+    bus->RequestName(Platform::PortBusName(peer.app, peer.port, !IsEvaluator(peer)));
+    bus->ReplyTo(bus->Call(TestSupport::NameRequest(peer.app)));
+    mPeers[peer.app] = std::move(bus);
 }
 
 std::size_t TriedWatch::LogSize() const
@@ -257,7 +286,7 @@ void TriedWatch::Ping()
 void TriedWatch::Settle()
 {
     Ping();
-    DrainPeers();
+    DrainPeers(Drawing::kSaid);
     if (!HasEnded()) Ping();
 }
 
@@ -273,8 +302,8 @@ std::vector<std::string> TriedWatch::TakeAnnouncedKeys()
     }
 }
 
-// The capture application says of each request that it is done.
-void TriedWatch::DrainPeers()
+// The capture application says of each request that it is done, true or not.
+void TriedWatch::DrainPeers(Drawing drawing)
 {
     for (auto& [app, bus] : mPeers) {
         std::vector<std::string> requested;
@@ -285,12 +314,42 @@ void TriedWatch::DrainPeers()
         if (app != kCapture.app) continue;
         for (const std::string& face : requested) {
             if (face.empty()) continue;
+            if (drawing == Drawing::kDone) Draw(face);
             bus->Call(ToService(kCapture, {
                                               {"type",  "watch-capture-finished"},
                                               {"pkgid", face                    }
             }));
         }
     }
+}
+
+void TriedWatch::Draw(const std::string& face) const
+{
+    const std::string list = mRoot + "/" + kAreas[0] + "/watchlist/";
+    const std::string drawn = mFolder.Path() + "/drawn.png";
+    WriteFile(drawn, TestSupport::ReadFile(ShippedPreview(face)));
+    fs::rename(drawn, list + face + "/" + face + ".png");
+}
+
+TriedWatch::ToolResult TriedWatch::RunTool(std::vector<std::string> arguments)
+{
+    const std::string output = mFolder.Path() + "/tool";
+    arguments.insert(arguments.begin(), mPrefix + "/bin/wfctl");
+    mPeers.erase(kEditor.app);
+    const pid_t tool = StartProgram(arguments, output);
+    const auto deadline = Clock::now() + kPatience;
+    int status = 0;
+    while (waitpid(tool, &status, WNOHANG) == 0) {
+        if (Clock::now() > deadline) {
+            kill(tool, SIGKILL);
+            waitpid(tool, &status, 0);
+            throw Hang("wfctl does not end");
+        }
+        DrainPeers(Drawing::kDone);
+        std::this_thread::sleep_for(kLookAgain);
+    }
+    Connect(kEditor);
+    return {status, TestSupport::ReadFile(output)};
 }
 
 std::string TriedWatch::Database(const std::string& store) const
@@ -329,18 +388,29 @@ void TriedWatch::Restore(const State& state)
         if (!fs::exists(mRoot + "/" + area)) continue;
         for (const auto& entry : fs::directory_iterator(mRoot + "/" + area)) fs::remove_all(entry);
     }
-    for (const auto& [path, content] : state) {
-        if (path.ends_with('/')) {
-            fs::create_directories(mRoot + "/" + path);
-            continue;
-        }
-        const auto colon = path.find(':');
-        if (colon == std::string::npos || path.starts_with("apps/")) {
-            WriteFile(mRoot + "/" + path, content);
-        } else if (const auto had = now.find(path); had == now.end() || had->second != content) {
-            WriteValue(Database(path.substr(0, colon)), path.substr(colon + 1), content);
+    for (const bool arePreviews : {false, true}) {
+        for (const auto& [path, content] : state) {
+            if (path.ends_with(".png") != arePreviews) continue;
+            if (path.ends_with('/')) {
+                fs::create_directories(mRoot + "/" + path);
+            } else if (path.starts_with("apps/")) {
+                WriteFile(mRoot + "/" + path, content);
+            } else if (const auto had = now.find(path); had == now.end() || had->second != content) {
+                const auto colon = path.find(':');
+                WriteValue(Database(path.substr(0, colon)), path.substr(colon + 1), content);
+            }
         }
     }
+}
+
+void TriedWatch::KeepRoot() const
+{
+    CopyTree(mRoot, mFolder.Path() + "/kept");
+}
+
+void TriedWatch::BringRootBack() const
+{
+    CopyTree(mFolder.Path() + "/kept", mRoot);
 }
 
 std::vector<std::string> TriedWatch::Leftovers() const

@@ -54,8 +54,12 @@ public:
     std::vector<std::string> TakeAnnouncedKeys();
 
     State Look() const;
-    // Brings back what was looked at; the service is to be settled. What lies in the folders beside it goes.
+    // Brings back what was looked at, each preview newer than what it is drawn from; the service is to be
+    // settled. What lies in the folders beside it goes.
     void Restore(const State& state);
+    // Keeps a copy of all that lies below the root, and brings it back, while no service runs.
+    void KeepRoot() const;
+    void BringRootBack() const;
     // Files that were begun beside others and left.
     std::vector<std::string> Leftovers() const;
     // Whether SQLite finds the databases whole, and none was set aside.
@@ -69,10 +73,21 @@ public:
     // A picture of the user's outside the watch, with that content; its path.
     std::string Picture(const std::string& name, const std::string& content);
 
+    // Runs wfctl as the user of this watch, who is the editor then, and draws what is asked for meanwhile.
+    // Throws Hang.
+    struct ToolResult {
+        int status;  // as waitpid() says
+        std::string output;
+    };
+    ToolResult RunTool(std::vector<std::string> arguments);
+
 private:
+    void Connect(const Identity& peer);
     void Ping();
     bool HasEnded();
-    void DrainPeers();
+    enum class Drawing { kSaid, kDone };
+    void DrainPeers(Drawing drawing);
+    void Draw(const std::string& face) const;
     std::string Database(const std::string& store) const;
 
     TestSupport::PrivateBus mBus;
@@ -95,6 +110,8 @@ struct Operation {
 };
 std::span<const Operation> Operations();
 
+// Whether this is there, with that content.
+bool Holds(const State& state, const std::string& path, const std::string& content);
 // What of `now` is not as in `latter`: paths and values.
 std::vector<std::string> Undone(const State& now, const State& latter);
 
@@ -105,6 +122,10 @@ State FormerState(TriedWatch& watch);
 // The classic face edited anew; documents of different numbers differ, and so do the flat ones.
 Answer UpdateTo(TriedWatch& watch, int number, const std::string& preview);
 Answer InstallDigitalFace(TriedWatch& watch);
+// A picture added and another deleted, both held until they are saved.
+Answer SaveBackgrounds(TriedWatch& watch);
+// That save alone.
+Answer SaveHeldBackgrounds(TriedWatch& watch);
 
 // What a database gives; nothing when there is none. Throws when it is not sound.
 std::vector<std::vector<std::string>> Query(const std::string& path, const char* sql);

@@ -92,6 +92,15 @@ bool CanGatePrograms()
     }
 }
 
+std::vector<char*> WordsOf(const std::vector<std::string>& command)
+{
+    std::vector<char*> words;
+    words.reserve(command.size() + 1);
+    for (const std::string& word : command) words.push_back(const_cast<char*>(word.c_str()));
+    words.push_back(nullptr);
+    return words;
+}
+
 std::string PendingCall::BytesAt(uint64_t address, std::size_t size) const
 {
     std::string bytes(size, '\0');
@@ -119,9 +128,7 @@ std::string PendingCall::TextAt(int argument) const
 GatedProgram::GatedProgram(const std::vector<std::string>& command, const std::string& log, Watcher watcher)
     : mWatcher(std::move(watcher))
 {
-    std::vector<char*> words;
-    for (const std::string& word : command) words.push_back(const_cast<char*>(word.c_str()));
-    words.push_back(nullptr);
+    const std::vector<char*> words = WordsOf(command);
     std::vector<sock_filter> filter = Filter();
     void* shared = mmap(nullptr, sizeof(Handover), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (shared == MAP_FAILED) throw std::runtime_error("no memory");
@@ -183,9 +190,9 @@ void GatedProgram::Answer(uint64_t id, pid_t thread, const PendingCall& call)
     seccomp_notif_resp answer{id, 0, 0, SECCOMP_USER_NOTIF_FLAG_CONTINUE};
     {
         const std::lock_guard lock(mMutex);
-        const int error = mWatcher && call.call.kind != CallKind::kWait ? mWatcher(call) : 0;
+        const int error = mWatcher ? mWatcher(call) : 0;
         if (error != 0) answer = {id, 0, -error, 0};
-        if (thread == mPid) mIsIdle = IsWaiting(call);
+        if (thread == mPid) mIsIdle = error == 0 && IsWaiting(call);
     }
     ioctl(mListener.Get(), SECCOMP_IOCTL_NOTIF_SEND, &answer);  // the program may be gone by now
 }

@@ -27,6 +27,9 @@ namespace Campaign {
 bool CanGatePrograms();
 inline constexpr int kSkipped = 77;  // a campaign's status where it cannot run
 
+// What execv() takes; the words stay the command's.
+std::vector<char*> WordsOf(const std::vector<std::string>& command);
+
 // A call that is about to be made.
 struct PendingCall {
     const SystemCall& call;

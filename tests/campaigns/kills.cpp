@@ -1,11 +1,12 @@
 // Kills the service at each of its system calls that reach a file, a database or the bus, in every operation,
 // and starts it again.
 //
-//     kills-campaign PREFIX [--kills N]
+//     kills-campaign PREFIX [--kills N] [--only OPERATION]
 //
 // N kills are spread over all calls (0: every one). What may not happen ends the campaign as failed: an
 // answered change that is lost, a file or value that is neither as before nor as after, a damaged database, a
-// service that does not start again or does not do the same operation then.
+// service that does not start again or does not do the same operation then. Where something is left half
+// done, the doctor mends it: what he found is printed, and he must find nothing afterwards.
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -14,6 +15,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 
 #include "a-tried-watch.h"
 
@@ -23,14 +25,14 @@ using namespace Campaign;
 
 constexpr std::size_t kNever = SIZE_MAX;
 
-// Counts calls, and kills at one of them.
+// Counts calls, and kills at one of them; nothing is under way while it only waits.
 struct Killer {
     std::size_t at = kNever;
     std::atomic<std::size_t> calls = 0;
 
     int operator()(const PendingCall& call)
     {
-        if (calls++ == at) kill(call.process, SIGKILL);
+        if (call.call.kind != CallKind::kWait && calls++ == at) kill(call.process, SIGKILL);
         return 0;
     }
 };
@@ -41,6 +43,8 @@ public:
     {
         if (!mWatch.Start()) throw std::runtime_error("the service does not start");
         mFormer = FormerState(mWatch);
+        const auto first = mWatch.RunTool({"doctor"});
+        if (first.status != 0) throw std::runtime_error("the watch is not healthy: " + first.output);
     }
 
     // The number of an operation's calls when it goes well; the state afterwards is what it leads to.
@@ -77,19 +81,23 @@ public:
         if (!mWatch.IsRunning()) ++mKills;
         const std::vector<std::string> announced = mWatch.TakeAnnouncedKeys();
         const State now = LookForDamage();
+        const bool isHalfDone = !mWatch.Leftovers().empty() || (now != mFormer && now != mLatter);
+        const bool isForDoctor = isHalfDone && !mWatch.IsRunning();
+        if (isForDoctor) mWatch.KeepRoot();
         if (answer == Answer::kSuccess && now != mLatter) Violation("an answered change is lost");
         for (const std::string& key : announced) {
             const std::string name = "KEYS:" + key;
             if (mLatter.contains(name) && now.at(name) != mLatter.at(name))
                 Violation("an announced key is lost: " + key);
         }
-        if (!mWatch.IsRunning() && !mWatch.Start()) Violation("does not start again");
-        mWatch.Settle();
-        if (now != mLatter) {  // the same again, on what is there
-            operation.run(mWatch);
-            mWatch.Settle();
-            if (mWatch.Look() != mLatter && !IsBeyondRepeating(now)) Violation("is not done afterwards");
-        }
+        StartAgain();
+        JudgeHeldBackgrounds(operation, now);
+        if (now != mLatter) RunAgain(operation);
+        if (!isForDoctor) return;
+        mWatch.Stop();
+        mWatch.BringRootBack();
+        CallDoctor();
+        RunAgain(operation);
     }
 
     void KillStart(std::size_t at)
@@ -102,14 +110,20 @@ public:
         if (mWatch.IsRunning()) mWatch.Settle();
         if (!mWatch.IsRunning()) ++mKills;
         LookForDamage();
-        if (!mWatch.IsRunning() && !mWatch.Start()) Violation("does not start again");
-        mWatch.Settle();
+        StartAgain();
         if (mWatch.Look() != mFormer) Violation("something changed");
     }
 
     bool IsClean() const { return mViolations == 0; }
     int Kills() const { return mKills; }  // those that met a running service
     int Leftovers() const { return mLeftovers; }
+
+    void PrintFindings() const
+    {
+        std::printf("the doctor came %d times and found:", mVisits);
+        for (const auto& [code, times] : mFindings) std::printf(" %s %d", code.c_str(), times);
+        std::printf("\n");
+    }
 
 private:
     void Renew()
@@ -129,11 +143,55 @@ private:
         return killer;
     }
 
-    // A deletion that was begun and is asked for again fails when nothing is left of it; pictures that were
-    // held for a save are forgotten with the process.
-    bool IsBeyondRepeating(const State& now) const
+    void StartAgain()
     {
-        return std::string_view(mOperation) == "background save" && !now.empty();
+        if (!mWatch.IsRunning() && !mWatch.Start()) Violation("does not start again");
+        mWatch.Settle();
+    }
+
+    // The same again, on what is there.
+    void RunAgain(const Operation& operation)
+    {
+        if (mWatch.Look() == mLatter) return;  // a face that is gone cannot be deleted
+        const Answer answer = operation.run(mWatch);
+        mWatch.Settle();
+        if (operation.isAnswered && answer != Answer::kSuccess) Violation("fails afterwards");
+        for (const std::string& path : Undone(mWatch.Look(), mLatter)) {
+            // The doctor has previews drawn where the operation brings none.
+            if (mLatter.contains(path) || !path.ends_with(".png"))
+                Violation("is not done afterwards: " + path);
+        }
+    }
+
+    // What was held for a save goes with the process: a save alone finds nothing to do.
+    void JudgeHeldBackgrounds(const Operation& operation, const State& now)
+    {
+        if (operation.run != SaveBackgrounds) return;
+        if (SaveHeldBackgrounds(mWatch) != Answer::kSuccess) Violation("a save alone fails");
+        mWatch.Settle();
+        if (mWatch.Look() != now) Violation("a save alone changes something");
+    }
+
+    // What he moves away goes while no service runs; the service draws, so he is asked again when it does.
+    void CallDoctor()
+    {
+        ++mVisits;
+        CountFindings(mWatch.RunTool({"doctor", "--fix", "--json"}).output);
+        StartAgain();
+        mWatch.RunTool({"doctor", "--fix"});
+        const auto last = mWatch.RunTool({"doctor"});
+        if (last.status != 0) Violation("the doctor is not content: " + last.output);
+        std::filesystem::remove_all(mWatch.Root() + "/lost+found");
+        for (const std::string& path : mWatch.Leftovers()) Violation("the doctor leaves " + path);
+    }
+
+    void CountFindings(const std::string& report)
+    {
+        constexpr std::string_view kLabel = "\"code\": \"";
+        for (std::size_t at = 0; (at = report.find(kLabel, at)) != std::string::npos;) {
+            at += kLabel.size();
+            ++mFindings[report.substr(at, report.find('"', at) - at)];
+        }
     }
 
     State LookForDamage()
@@ -147,11 +205,8 @@ private:
             return mFormer;
         }
         for (const auto& [path, content] : now) {
-            const auto is = [&](const State& state) {
-                const auto found = state.find(path);
-                return found != state.end() && found->second == content;
-            };
-            if (!is(mFormer) && !is(mLatter)) Violation("is neither as before nor as after: " + path);
+            if (!Holds(mFormer, path, content) && !Holds(mLatter, path, content))
+                Violation("is neither as before nor as after: " + path);
         }
         for (const auto& [path, content] : mFormer) {
             if (mLatter.contains(path) && !now.contains(path)) Violation("is lost: " + path);
@@ -171,7 +226,8 @@ private:
     State mFormer, mLatter;
     const char* mOperation = "";
     std::size_t mAt = 0;
-    int mViolations = 0, mKills = 0, mLeftovers = 0;
+    int mViolations = 0, mKills = 0, mLeftovers = 0, mVisits = 0;
+    std::map<std::string, int> mFindings;  // of the doctor, by their code
 };
 
 // Runs `killAt` for `share` of the calls, evenly; 0: all.
@@ -180,24 +236,28 @@ void KillAtCalls(const char* name, std::size_t calls, std::size_t share, const K
 {
     const std::size_t step = share ? std::max<std::size_t>(1, calls / share) : 1;
     for (std::size_t at = 0; at < calls; at += step) killAt(at);
-    std::printf("%-16s %4zu calls\n", name, calls);
+    std::printf("%-20s %4zu calls\n", name, calls);
     std::fflush(stdout);
 }
 
-int Run(const std::string& prefix, std::size_t most)
+int Run(const std::string& prefix, std::size_t most, const std::string& only)
 {
     const auto begin = TestSupport::Clock::now();
     Campaigner campaigner(prefix);
     const std::size_t share = most / (Operations().size() + 1);
     for (const Operation& operation : Operations()) {
+        if (!only.empty() && only != operation.name) continue;
         const std::size_t calls = campaigner.Rehearse(operation);
         KillAtCalls(operation.name, calls, share, [&](std::size_t at) { campaigner.Kill(operation, at); });
     }
-    const std::size_t calls = campaigner.RehearseStart();
-    KillAtCalls("start", calls, share, [&](std::size_t at) { campaigner.KillStart(at); });
+    if (only.empty() || only == "start") {
+        const std::size_t calls = campaigner.RehearseStart();
+        KillAtCalls("start", calls, share, [&](std::size_t at) { campaigner.KillStart(at); });
+    }
     const double seconds = TestSupport::Microseconds(TestSupport::Clock::now() - begin) / 1e6;
     std::printf("%d kills in %.1f s, %.0f a second; %d unfinished files left\n", campaigner.Kills(), seconds,
                 campaigner.Kills() / seconds, campaigner.Leftovers());
+    campaigner.PrintFindings();
     return campaigner.IsClean() && campaigner.Kills() > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
@@ -206,17 +266,18 @@ int Run(const std::string& prefix, std::size_t most)
 int main(int argc, char** argv)
 {
     CLI::App parser("Kills a service of its own at its system calls.");
-    std::string prefix;
+    std::string prefix, only;
     std::size_t kills = 60;
     parser.add_option("prefix", prefix, "a build tree")->required();
     parser.add_option("--kills", kills, "in all; 0: at every call")->capture_default_str();
+    parser.add_option("--only", only, "one operation");
     CLI11_PARSE(parser, argc, argv);
     if (!CanGatePrograms()) {
         std::printf("left out: system calls cannot be watched here\n");
         return kSkipped;
     }
     try {
-        return Run(prefix, kills);
+        return Run(prefix, kills, only);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "kills: %s\n", error.what());
         return EXIT_FAILURE;

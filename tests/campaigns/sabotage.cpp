@@ -43,11 +43,12 @@ bool Counts(const PendingCall& call)
     }
 }
 
-// A call that is to be repeated when it was interrupted must not be interrupted for ever. Locks that cannot
-// be had are waited for, which is tried with a lock that somebody holds.
-bool MayLast(int error)
+// A call that is to be repeated when it was interrupted must not be interrupted for ever. SQLite waits long
+// for locks that cannot be had, so that is tried from an operation's first lock on only.
+bool MayLast(const SystemCall& call, std::size_t nth, int error)
 {
-    return error != EINTR && error != EAGAIN && error != ENOLCK;
+    if (error == EINTR || error == EAGAIN) return false;
+    return call.kind != CallKind::kLock || nth == 1;
 }
 
 }  // namespace
@@ -60,7 +61,7 @@ std::vector<Fault> AllFaults(const std::vector<const SystemCall*>& calls)
         const std::size_t nth = ++seen[call];
         for (const int error : call->errors) {
             faults.push_back({call, nth, error, false});
-            if (MayLast(error)) faults.push_back({call, nth, error, true});
+            if (MayLast(*call, nth, error)) faults.push_back({call, nth, error, true});
         }
     }
     return faults;

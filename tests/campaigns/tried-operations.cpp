@@ -47,6 +47,18 @@ namespace {
 constexpr char kVariant[] = "watch-bg-gallery-u1";
 constexpr char kPending[] = "watch-bg-pending";
 
+}  // namespace
+
+Answer SaveHeldBackgrounds(TriedWatch& watch)
+{
+    return watch.Ask(kEditor, {
+                                  {"type",    "watch-bg-save"},
+                                  {"bg_type", kVariant       }
+    });
+}
+
+namespace {
+
 Answer Update(TriedWatch& watch)
 {
     return UpdateTo(watch, 2, watch.ShippedPreview(kDigitalFace));
@@ -60,14 +72,12 @@ Answer Delete(TriedWatch& watch)
     });
 }
 
-// Adds a picture and deletes another one, both held until they are saved. What an earlier one held is let go
-// of first, so that it begins like the first.
+}  // namespace
+
+// What an earlier one held is let go of first, so that it begins like the first.
 Answer SaveBackgrounds(TriedWatch& watch)
 {
-    watch.Ask(kEditor, {
-                           {"type",    "watch-bg-save"},
-                           {"bg_type", kVariant       }
-    });
+    SaveHeldBackgrounds(watch);
     const std::string picture = watch.Picture("new.png", "a new picture");
     const Answer added = watch.Ask(
         kEditor,
@@ -85,13 +95,16 @@ Answer SaveBackgrounds(TriedWatch& watch)
             {kPending,  "true"        },
             {"bg_list", "old.png"     }
     });
-    const Answer saved = watch.Ask(kEditor, {
-                                                {"type",    "watch-bg-save"},
-                                                {"bg_type", kVariant       }
-    });
-    const bool isDone = added == Answer::kSuccess && deleted == Answer::kSuccess && saved == Answer::kSuccess;
-    return isDone ? Answer::kSuccess : Answer::kFailure;
+    const Answer saved = SaveHeldBackgrounds(watch);
+    Answer all = Answer::kSuccess;
+    for (const Answer answer : {added, deleted, saved}) {
+        if (answer == Answer::kFailure) return answer;
+        if (answer == Answer::kNone) all = answer;
+    }
+    return all;
 }
+
+namespace {
 
 Answer DeleteBackground(TriedWatch& watch)
 {
@@ -186,12 +199,17 @@ constexpr Operation kOperations[] = {
 
 }  // namespace
 
+bool Holds(const State& state, const std::string& path, const std::string& content)
+{
+    const auto found = state.find(path);
+    return found != state.end() && found->second == content;
+}
+
 std::vector<std::string> Undone(const State& now, const State& latter)
 {
     std::vector<std::string> undone;
     for (const auto& [path, content] : now) {
-        const auto done = latter.find(path);
-        if (done == latter.end() || done->second != content) undone.push_back(path);
+        if (!Holds(latter, path, content)) undone.push_back(path);
     }
     for (const auto& [path, content] : latter) {
         if (!now.contains(path)) undone.push_back(path);
