@@ -49,7 +49,7 @@ public:
 
     const std::map<std::string, Node>& FirstNames() const { return mFirstNames; }
     const std::map<Node, std::string>& FirstContents() const { return mFirstContents; }
-    // Not while the program runs.
+    // Not while a call is recorded.
     const std::vector<FileEvent>& Events() const { return mEvents; }
     // Calls that have changed files in a way that no event tells.
     const std::set<std::string>& Unrecorded() const { return mUnrecorded; }

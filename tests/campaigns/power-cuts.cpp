@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <set>
 
 #include "a-tried-watch.h"
@@ -142,11 +143,19 @@ Recorded Record(const std::string& prefix, int rounds)
     watch.Stop();
     Recorded recorded{FileRecorder(watch.Root()), {}, {}};
     FileRecorder& recorder = recorded.recorder;
-    const auto record = [&recorder](const PendingCall& call) { return recorder(call); };
+    std::mutex recording;  // calls come on a thread of their own
+    const auto record = [&](const PendingCall& call) {
+        const std::lock_guard lock(recording);
+        return recorder(call);
+    };
+    const auto count = [&] {
+        const std::lock_guard lock(recording);
+        return recorder.Events().size();
+    };
     Require(watch.Start(record));
     watch.Settle();
     for (int round = 1; round <= rounds; ++round) {
-        recorded.rounds[recorder.Events().size()] = round;
+        recorded.rounds[count()] = round;
         RunRound(watch, round);
         if (round % kRestartEvery == 0) {  // the databases are closed and opened, too
             watch.Stop();
