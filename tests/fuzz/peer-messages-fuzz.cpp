@@ -7,11 +7,14 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "data-util.h"
+#include "handles.h"
 #include "memory-platform.h"
 #include "peer-messages-model.h"
 #include "service-msg-control.h"
@@ -60,7 +63,7 @@ struct Kind {
     std::vector<const char*> keys;
 };
 const Kind kKinds[] = {
-    {"watch-idle-changed",               {"pkgid"}                                                    },
+    {"watch-idle-changed",               {"pkgid", "operation"}                                       },
     {"watch-setting-created",            {"pkgid", "data/xml_data", "data/label", "data/icon_path"}   },
     {"watch-setting-updated",            {"pkgid", "data/xml_data", "data/label", "data/icon_path"}   },
     {"watch-setting-deleted",            {"pkgid", "data/xml_data"}                                   },
@@ -82,11 +85,11 @@ const Kind kKinds[] = {
 };
 
 constexpr char kFace[] =
-    R"(<face-result format="1" id="com.corvane.watchface-mirel-c1" version="1" width="360"
- height="360" default-language="en"><strings language="en"><string key="t">T</string></strings>
-<slots><slot name="city" label-key="t" x="0" y="0" width="90" height="90" default="worldclock">
-<offer source="worldclock" label-key="t"/></slot></slots>
-<scene><rect x="0" y="0" width="360" height="360" fill="#000000"/></scene></face-result>)";
+    R"(<face-result format="1" id="com.corvane.watchface-mirel-c1" version="1" width="90" height="90" shape="round"
+ default-language="en" preview-time="10:08:36" title-key="t">
+<strings language="en"><string key="t">T</string></strings>
+<scene><slot name="city" group="g" label-key="t" role="dial" x="9" y="9" width="60" height="40" color="#FFFFFF">
+<offer source="worldclock" city="Tokyo" timezone-path="Asia/Tokyo"/><fallback source="empty"/></slot></scene></face-result>)";
 
 // The values that a key usually has, and worse ones.
 class Words {
@@ -261,6 +264,10 @@ public:
 private:
     void Furnish()
     {
+        // Else nothing but refusals would be tried.
+        static const bool isGood =
+            WatchfaceService::CStringPtr(data_util_resultxml_memory_converter(kFace)) != nullptr;
+        if (!isGood) std::abort();
         for (const std::string name : {"com.corvane.watchface-mirel-c1", "com.corvane.watchface-mirel-u1"}) {
             mPlatform.WriteFile(mPlatform.RO("watchlist/" + name + "/" + name + "_result.xml"), kFace);
             mPlatform.WriteFile(mPlatform.RO("watchlist/" + name + "/watchface.xml"), "<watchface/>");
@@ -279,6 +286,7 @@ private:
         mPlatform.SetPref("own-zone-updatedMode", 2);
         mPlatform.SetPref("own-half-city", 3);
         mPlatform.SetPref("own-half-country", "L");
+        mPlatform.SetPref("own-half-updatedMode", 1);
         for (const PeerPort& peer : kPeerPorts) SetPort(peer, true);
     }
     void Start()
