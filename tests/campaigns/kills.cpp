@@ -6,7 +6,7 @@
 // N kills are spread over all calls (0: every one). What may not happen ends the campaign as failed: an
 // answered change that is lost, a file or value that is neither as before nor as after, a damaged database, a
 // service that does not start again or does not do the same operation then. Where something is left half
-// done, the doctor mends it: what he found is printed, and he must find nothing afterwards.
+// done, the doctor mends it: what it found is printed, and it must find nothing afterwards.
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -172,7 +172,7 @@ private:
         if (mWatch.Look() != now) Violation("a save alone changes something");
     }
 
-    // What he moves away goes while no service runs; the service draws, so he is asked again when it does.
+    // What is moved away goes while no service runs; the service draws, so the doctor comes again then.
     void CallDoctor()
     {
         ++mVisits;
@@ -244,7 +244,7 @@ int Run(const std::string& prefix, std::size_t most, const std::string& only)
 {
     const auto begin = TestSupport::Clock::now();
     Campaigner campaigner(prefix);
-    const std::size_t share = most / (Operations().size() + 1);
+    const std::size_t share = most ? std::max<std::size_t>(1, most / (Operations().size() + 1)) : 0;
     for (const Operation& operation : Operations()) {
         if (!only.empty() && only != operation.name) continue;
         const std::size_t calls = campaigner.Rehearse(operation);
