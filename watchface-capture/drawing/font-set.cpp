@@ -5,6 +5,10 @@
 #include <pango/pangofc-fontmap.h>
 
 #include <algorithm>
+#include <map>
+#include <memory>
+
+#include "releases.h"
 
 namespace Drawing {
 namespace {
@@ -93,32 +97,33 @@ ConfigPtr ConfigurationOf(FontSource source)
     return config;
 }
 
-}  // namespace
-
-FontContextPtr OpenFonts(FontSource source)
+PangoContext* OpenFonts(FontSource source)
 {
     const ConfigPtr config = ConfigurationOf(source);
     // Otherwise Pango would read the system's configuration on a thread of its own as soon as there is a map.
     FcConfigSetCurrent(config.get());
     const MapPtr map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
     pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(map.get()), config.get());
-    FontContextPtr context(pango_font_map_create_context(map.get()));
+    PangoContext* context = pango_font_map_create_context(map.get());
 
     const OptionsPtr options(cairo_font_options_create());
     cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
     cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
     cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
-    pango_cairo_context_set_font_options(context.get(), options.get());
-    pango_cairo_context_set_resolution(context.get(), 96);
-    pango_context_set_round_glyph_positions(context.get(), FALSE);
+    pango_cairo_context_set_font_options(context, options.get());
+    pango_cairo_context_set_resolution(context, 96);
+    pango_context_set_round_glyph_positions(context, FALSE);
     return context;
 }
 
-void CloseFonts(PangoContext* context)
+}  // namespace
+
+PangoContext* FontContext(FontSource source)
 {
-    // Pango's map does not give back the configuration that was set when it ends.
-    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(pango_context_get_font_map(context)), nullptr);
-    g_object_unref(context);
+    static std::map<FontSource, PangoContext*>& contexts = *new std::map<FontSource, PangoContext*>;
+    PangoContext*& context = contexts[source];
+    if (!context) context = OpenFonts(source);
+    return context;
 }
 
 std::string FamiliesOf(std::string_view font, std::string_view language)

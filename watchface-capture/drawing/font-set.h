@@ -9,11 +9,8 @@
 
 #include <pango/pango.h>
 
-#include <memory>
 #include <string>
 #include <string_view>
-
-#include "releases.h"
 
 namespace Drawing {
 
@@ -22,13 +19,10 @@ enum class FontSource {
     kSystem,  // all fonts of the system
 };
 
-// Ends a context, its map of fonts and what was read of them.
-void CloseFonts(PangoContext* context);
-using FontContextPtr = std::unique_ptr<PangoContext, Releases<CloseFonts>>;
-
-// A new context without hinting, so that a text has the same shape at every size and place. Never null; with
-// nothing installed it has no glyphs.
-FontContextPtr OpenFonts(FontSource source);
+// A context without hinting, so that a text has the same shape at every size and place. Never null; with
+// nothing installed it has no glyphs. Opened at the first use, and open until the process ends: Pango looks
+// fonts up on threads of its own, which do not bear that the fonts are gone before them.
+PangoContext* FontContext(FontSource source);
 
 // The families in which the characters of a text are looked up, in this order, as Pango's list. `font` is
 // "sans", "serif" or "mono"; `language` ("ko", "ko-KR", "ko_KR") decides whose form of a character comes

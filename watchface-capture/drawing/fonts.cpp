@@ -102,16 +102,11 @@ Area InkOf(const TextLine& line)
     return {unit * ink.x, unit * ink.y, unit * (ink.x + ink.width), unit * (ink.y + ink.height)};
 }
 
-Fonts::Fonts() = default;
-Fonts::~Fonts() = default;
-
 TextLine Fonts::ShapeWith(FontSource source, std::string_view text, const TextStyle& style)
 {
     TextLine line;
     line.scale = style.size / kShapedSize;
-    FontContextPtr& opened = mContexts[source];
-    if (!opened) opened = OpenFonts(source);
-    PangoContext* context = opened.get();
+    PangoContext* context = FontContext(source);
     PangoLanguage* language = pango_language_from_string(style.language.c_str());
     pango_context_set_language(context, language);
     pango_context_set_base_dir(context, DirectionOf(language));

@@ -46,11 +46,6 @@ Area InkOf(const TextLine& line);
 
 class Fonts {
 public:
-    Fonts();
-    ~Fonts();
-    Fonts(const Fonts&) = delete;
-    Fonts& operator=(const Fonts&) = delete;
-
     TextLine Shape(std::string_view text, const TextStyle& style);
     // How far the middle of the digit 0 is above the baseline.
     double DigitMiddle(const TextStyle& style);
@@ -58,9 +53,8 @@ public:
     static void Show(cairo_t* cr, const TextLine& line, double x, double baseline);
 
 private:
-    TextLine ShapeWith(FontSource source, std::string_view text, const TextStyle& style);
+    static TextLine ShapeWith(FontSource source, std::string_view text, const TextStyle& style);
 
-    std::map<FontSource, FontContextPtr> mContexts;
     std::map<std::pair<std::string, int>, double> mDigitMiddles;  // by font and weight, for a size of 1
 };
 

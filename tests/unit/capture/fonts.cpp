@@ -17,10 +17,9 @@ namespace {
 
 std::vector<std::string> FamiliesIn(Drawing::FontSource source)
 {
-    const Drawing::FontContextPtr context = Drawing::OpenFonts(source);
     PangoFontFamily** families = nullptr;
     int count = 0;
-    pango_context_list_families(context.get(), &families, &count);
+    pango_context_list_families(Drawing::FontContext(source), &families, &count);
     std::vector<std::string> names;
     for (int i = 0; i < count; ++i) names.emplace_back(pango_font_family_get_name(families[i]));
     g_free(families);
