@@ -144,7 +144,10 @@ void Process::HandleSignals()
         const auto end = [](sd_event_source* source, const signalfd_siginfo*, void*) {
             return sd_event_exit(sd_event_source_get_event(source), 0);
         };
-        sd_event_add_signal(MainLoop(), nullptr, number, end, nullptr);
+        const int code = sd_event_add_signal(MainLoop(), nullptr, number, end, nullptr);
+        if (code >= 0) continue;
+        PLATFORM_FAULT("could not wait for signal %d: %s", number, std::strerror(-code));
+        sigprocmask(SIG_UNBLOCK, &set, nullptr);  // it ends the program all the same, without a farewell
     }
 }
 

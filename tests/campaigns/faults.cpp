@@ -172,7 +172,7 @@ private:
 
     void TryStartOnce(const Fault& fault, Tally& tally)
     {
-        mWatch.Stop();
+        if (mWatch.IsRunning()) mWatch.Stop();
         mWatch.Restore(mFormer);
         mFault = std::make_shared<Saboteur>(fault, mWatch.Root());
         mOperation = "start";
@@ -197,6 +197,16 @@ private:
         }
         LookForDamage();
         RunAgain(Operations()[1]);
+        End();
+    }
+
+    void End()
+    {
+        try {
+            mWatch.Stop();
+        } catch (const Hang& hang) {
+            Violation(hang.what(), true);
+        }
     }
 
     void StartAgain()
