@@ -97,7 +97,7 @@ class APreviewOfAScriptedCapture(WatchTest):
         for row, side in enumerate((20000, 5000), 1):
             self.draw(png(side, side, [bytes(side // 8)] * side, depth=1, color_type=0))
             self.wait_for_log(BLANK_AGAIN, row)
-        self.assertLess(self.peak_memory() - before, 1 << 20)
+        self.assertLess(self.peak_memory() - before, 8 << 20)  # 100 MB decoded; a sanitizer keeps some of its own
 
     def peak_memory(self):
         with open("/proc/%d/status" % self.pid_of(SERVICE[0])) as status:
