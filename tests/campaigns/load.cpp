@@ -42,6 +42,11 @@ constexpr std::chrono::seconds kQuiet{20};        // after which nothing comes a
 constexpr double kMostMilliseconds = 50;          // of 99 questions of a hundred
 constexpr long kMostGrowth = 160L << 10;          // KiB of the service's memory, at any time
 constexpr long kMostGrowthAfterwards = 8L << 10;  // KiB, when all is over
+#ifdef WATCH_SANITIZED
+constexpr bool kKeepsFreedMemory = true;  // a sanitizer, to notice its use
+#else
+constexpr bool kKeepsFreedMemory = false;
+#endif
 
 std::string MessageOf(const std::string& name, const Sender& sender, const std::string& marker,
                       std::size_t bytes)
@@ -247,7 +252,8 @@ bool IsMemoryGivenBack(const RunningService& service, const Memory& before)
         "memory: %ld KiB before, %ld at last (at most %ld more); at most %ld resident, %ld before "
         "(at most %ld more)\n",
         before.now, after.now, kMostGrowthAfterwards, after.most, before.most, kMostGrowth);
-    return after.now <= before.now + kMostGrowthAfterwards && after.most <= before.most + kMostGrowth;
+    return kKeepsFreedMemory ||
+           (after.now <= before.now + kMostGrowthAfterwards && after.most <= before.most + kMostGrowth);
 }
 
 bool RunTraffic(const RunningService& service, int messages)
@@ -282,7 +288,10 @@ constexpr Flood kFloods[] = {
     {"faces to install", "installed face", 0,       true,  false},
     {"malformed ones",   "number",         0,       true,  true },
     {"others' names",    "another's name", 100,     true,  true },
+ // With a sanitizer the service is slower than the bus, and a question behind a queue that keeps full.
+#ifndef WATCH_SANITIZED
     {"unanswered ones",  "unknown type",   100,     false, true },
+#endif
 };
 
 // A peer that floods, in a process of its own. What it has sent is worked off when the object goes.
@@ -458,7 +467,7 @@ private:
             mLongest = std::max(mLongest, milliseconds);
             mMost = std::max(mMost, Memory(mService).now);
         }
-        return mMost <= kMostGrowth;
+        return kKeepsFreedMemory || mMost <= kMostGrowth;
     }
 
     const RunningService& mService;

@@ -12,13 +12,15 @@ namespace Campaign {
 
 namespace {
 
+// A pipe is a sanitizer's, which asks by it whether there is memory.
 bool IsOfNoFile(const PendingCall& call)
 {
-    const std::string link = "/proc/" + std::to_string(call.process) + "/fd/" +
-                             std::to_string(static_cast<int>(call.arguments[0]));
+    const auto descriptor = static_cast<int>(call.arguments[0]);
+    const std::string link = "/proc/" + std::to_string(call.process) + "/fd/" + std::to_string(descriptor);
     char target[32] = {};
-    return readlink(link.c_str(), target, sizeof target - 1) > 0 &&
-           std::string_view(target).starts_with("anon_inode:");
+    if (readlink(link.c_str(), target, sizeof target - 1) <= 0) return false;
+    const std::string_view what(target);
+    return what.starts_with("anon_inode:") || (what.starts_with("pipe:") && descriptor != STDERR_FILENO);
 }
 
 // Whether the call reaches a file, a database or the bus; others of its kind make memory, timers, or change
