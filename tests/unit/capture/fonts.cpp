@@ -21,6 +21,7 @@ std::vector<std::string> FamiliesIn(Drawing::FontSource source)
     int count = 0;
     pango_context_list_families(Drawing::FontContext(source), &families, &count);
     std::vector<std::string> names;
+    names.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) names.emplace_back(pango_font_family_get_name(families[i]));
     g_free(families);
     return names;

@@ -2,7 +2,6 @@
 
 #include "a-drawing.h"
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
