@@ -1,6 +1,6 @@
 // For sanitizer builds only. fontconfig keeps what it read behind offsets, in which the sanitizer sees no
-// pointers (under valgrind nothing is lost). It looks for fonts on threads of their own, and how they hand
-// them on the thread sanitizer does not see, for the library is not built with it.
+// pointers. It looks for fonts on threads of their own, and how they hand them on the thread sanitizer does
+// not see, for the library is not built with it.
 
 extern "C" {
 __attribute__((visibility("default"))) const char* __lsan_default_options();
