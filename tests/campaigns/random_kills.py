@@ -65,6 +65,10 @@ class Change:
         if any(self.is_success(message.bundle) for message in self.peer.received):
             self.answered = self.asked
 
+    @staticmethod
+    def is_success(answer):
+        return answer.get("status") == "success"
+
     def look(self):
         """What there is now is of the last number that was answered, or of a later one, and whole."""
         there = self.number_there()
@@ -78,10 +82,6 @@ class EditedFace(Change):
     def send(self, number):
         self.watch.send(self.peer, {"type": "watch-setting-updated", "pkgid": C1, "data/label": "Mirel",
                                     "data/xml_data": self.document(number)})
-
-    @staticmethod
-    def is_success(answer):
-        return answer.get("status") == "success"
 
     def document(self, number):
         return self.watch.result_xml(C1).replace(INSCRIPTION, "NO %06d" % number)
@@ -128,10 +128,6 @@ class AddedPicture(Change):
     @staticmethod
     def content(name):
         return name.encode() * 1000
-
-    @staticmethod
-    def is_success(answer):
-        return answer.get("status") == "success"
 
     def send(self, number):
         name = self.name(number)
