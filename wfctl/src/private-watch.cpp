@@ -292,19 +292,24 @@ void WriteBusFiles(const WatchState& state, const std::string& libexec)
     }
 }
 
-void RemoveRunFiles(const WatchPaths& paths, const WatchState& state)
+void RemoveRunFolder(const WatchState& state)
 {
     // Only what MakeRunFolder() and WriteBusFiles() made, whatever the state file says.
-    if (fs::path(state.runFolder).filename().string().starts_with("watch-") && IsOwnFolder(state.runFolder)) {
-        for (const Platform::Application& app : Platform::kApplications) {
-            unlink((state.Services() + "/" + std::string(app.id) + ".service").c_str());
-        }
-        rmdir(state.Services().c_str());
-        unlink(state.BusConfig().c_str());
-        unlink(state.RootNote().c_str());
-        unlink(state.Socket().c_str());
-        rmdir(state.runFolder.c_str());
+    if (!fs::path(state.runFolder).filename().string().starts_with("watch-") || !IsOwnFolder(state.runFolder))
+        return;
+    for (const Platform::Application& app : Platform::kApplications) {
+        unlink((state.Services() + "/" + std::string(app.id) + ".service").c_str());
     }
+    rmdir(state.Services().c_str());
+    unlink(state.BusConfig().c_str());
+    unlink(state.RootNote().c_str());
+    unlink(state.Socket().c_str());
+    rmdir(state.runFolder.c_str());
+}
+
+void RemoveRunFiles(const WatchPaths& paths, const WatchState& state)
+{
+    RemoveRunFolder(state);
     unlink(paths.Env().c_str());
     unlink(paths.State().c_str());
 }

@@ -60,6 +60,8 @@ std::string BusConfigText(const WatchState& state);
 std::string ActivationFileText(const std::string& appId, const std::string& program);
 void WriteBusFiles(const WatchState& state, const std::string& libexec);
 
+void RemoveRunFolder(const WatchState& state);
+
 // Removes what `up` made: the run folder, watch.env and watch.state. Never data.
 void RemoveRunFiles(const WatchPaths& paths, const WatchState& state);
 

@@ -306,7 +306,7 @@ int Supervisor::Run()
         }
     }
     EndAll();
-    if (mRemoved) RemoveRunFiles({mState.root}, mState);
+    if (mRemoved) RemoveRunFolder(mState);  // another watch may have come up in DIR by now
     return wentWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

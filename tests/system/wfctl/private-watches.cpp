@@ -155,6 +155,18 @@ TEST_F(AWatch, goes_down_when_its_folder_is_removed)
     EXPECT_FALSE(fs::exists(mRoot));
 }
 
+TEST_F(AWatch, comes_up_anew_while_the_one_whose_folder_was_removed_still_ends)
+{
+    const pid_t service = ServiceOf(Run({"status", "--json"})), supervisor = std::stoi(State("SUPERVISOR"));
+    ASSERT_EQ(kill(service, SIGSTOP), 0);  // so that it does not end when it is told to
+    EXPECT_EQ(RunProgram({"rm", "-rf", mRoot}, {}).status, 0);
+    ASSERT_EQ(Wfctl({"up", "--root", mRoot}).status, 0);
+    ASSERT_TRUE(IsRunning(supervisor));
+    EXPECT_TRUE(Eventually([&] { return !IsRunning(supervisor); }));
+    EXPECT_TRUE(fs::exists(mRoot + "/watch.env"));
+    EXPECT_EQ(Wfctl({"status", "--root", mRoot}).status, 0);
+}
+
 TEST_F(AWatch, stays_up_when_its_folder_is_moved_or_other_files_there_are_removed)
 {
     const std::string moved = mFolder + "/moved";
