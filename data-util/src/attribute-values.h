@@ -59,7 +59,7 @@ enum class ValueKind {
 inline constexpr char kRequired[] = "(required)";
 
 struct AttributeRule {
-    const char* name;
+    std::string_view name;  // NUL-terminated
     ValueKind kind;
     const char* fallback = nullptr;  // canonical default, kRequired, or null for none
     const char* choices = "";        // of kChoice, separated by spaces

@@ -26,7 +26,7 @@ void CheckPaint(const Node& node, Findings& findings)
     }
     if (gradient || node.hasUnknownChild || Paints(node, "fill") || Paints(node, "stroke")) return;
     findings.Add("W-INVISIBLE", node.Where(),
-                 "\"" + std::string(node.rule->name) + "\" has neither fill nor stroke and paints nothing");
+                 Quoted(node.rule->name) + " has neither fill nor stroke and paints nothing");
 }
 
 void CheckTicks(const Node& node, Findings& findings)
@@ -71,9 +71,8 @@ void CheckWorldClock(const Node& node, bool complete, Findings& findings)
     for (const AttributeRule& rule : kWorldClock) {
         if (!node.Mentions(rule.name)) continue;
         findings.Add("E-ATTRIBUTE-CHOICE", node.Where(rule.name),
-                     "\"" + std::string(rule.name) +
-                         "\" is a world clock's; remove it, or choose the source \"" +
-                         std::string(kWorldClockSource) + "\"");
+                     Quoted(rule.name) + " is a world clock's; remove it, or choose the source " +
+                         Quoted(kWorldClockSource));
     }
 }
 

@@ -50,7 +50,7 @@ private:
                 const auto known = AttributeNames(*node.rule);
                 const std::string_view meant = mFindings.Nearest(name, known);
                 mFindings.Add("E-ATTRIBUTE-UNKNOWN", node.Where(name),
-                              "\"" + std::string(node.rule->name) + "\" has no attribute " + Quoted(name) +
+                              Quoted(node.rule->name) + " has no attribute " + Quoted(name) +
                                   MeantOrKnown(meant, known));
                 rule = MeantRule(meant, xml, node);
                 if (rule == nullptr) {
@@ -72,9 +72,8 @@ private:
         }
         for (const AttributeRule& rule : node.rule->attributes) {
             if (rule.fallback != kRequired || node.Mentions(rule.name)) continue;
-            mFindings.Add(
-                "E-ATTRIBUTE-MISSING", node.Where(),
-                "\"" + std::string(node.rule->name) + "\" needs the attribute \"" + rule.name + "\"");
+            mFindings.Add("E-ATTRIBUTE-MISSING", node.Where(),
+                          Quoted(node.rule->name) + " needs the attribute " + Quoted(rule.name));
         }
         CheckChoice(node);
     }
@@ -83,7 +82,8 @@ private:
     static const AttributeRule* MeantRule(std::string_view meant, const pugi::xml_node& xml, const Node& node)
     {
         const AttributeRule* rule = AttributeRuleOf(*node.rule, meant);
-        return rule == nullptr || xml.attribute(rule->name) || node.Mentions(rule->name) ? nullptr : rule;
+        return rule == nullptr || xml.attribute(rule->name.data()) || node.Mentions(rule->name) ? nullptr
+                                                                                                : rule;
     }
 
     void CheckChoice(const Node& node)
@@ -98,7 +98,7 @@ private:
         const bool good = choice.exactlyOne ? present == 1 : present >= 1;
         if (choice.names.empty() || good) return;
         mFindings.Add("E-ATTRIBUTE-CHOICE", node.Where(),
-                      "\"" + std::string(node.rule->name) + "\" needs " +
+                      Quoted(node.rule->name) + " needs " +
                           (choice.exactlyOne ? "exactly one of " : "at least one of ") + names);
     }
 
@@ -115,7 +115,7 @@ private:
             }
         }
         if (node.rule->Is(kHasText) && node.text.find_first_not_of(" \t\r\n") == std::string::npos) {
-            mFindings.Add("E-TEXT", node.Where(), "\"" + std::string(node.rule->name) + "\" needs a text");
+            mFindings.Add("E-TEXT", node.Where(), Quoted(node.rule->name) + " needs a text");
         }
         CheckCounts(node, counts);
         CheckTotal(node);
@@ -126,9 +126,8 @@ private:
         if (node.rule->Is(kHasText)) {
             node.text += text.value();
         } else {
-            mFindings.Add(
-                "E-TEXT", node.Where(),
-                "\"" + std::string(node.rule->name) + "\" takes no text, but has " + Quoted(text.value()));
+            mFindings.Add("E-TEXT", node.Where(),
+                          Quoted(node.rule->name) + " takes no text, but has " + Quoted(text.value()));
         }
     }
 
@@ -158,9 +157,9 @@ private:
         std::string where;
         for (const std::string_view parent : parents)
             where += (where.empty() ? "" : ", ") + std::string(parent);
-        mFindings.Add(
-            "E-PLACE", place,
-            Quoted(name) + " may not stand in \"" + node.rule->name + "\"; move it into one of: " + where);
+        mFindings.Add("E-PLACE", place,
+                      Quoted(name) + " may not stand in " + Quoted(node.rule->name) +
+                          "; move it into one of: " + where);
     }
 
     // What is more than may be is left out: everything that is read has a limit.
@@ -174,9 +173,9 @@ private:
         }
         RefuseNames(xml);
         if (count > most + 1) return;
-        mFindings.Add("E-CHILD-COUNT", Origin(mTree, xml).Where(),
-                      "\"" + std::string(node.rule->name) + "\" takes at most " + std::to_string(most) +
-                          " \"" + rule.name + "\"");
+        mFindings.Add(
+            "E-CHILD-COUNT", Origin(mTree, xml).Where(),
+            Quoted(node.rule->name) + " takes at most " + std::to_string(most) + " " + Quoted(rule.name));
     }
 
     static const ChildRule& ChildRuleOf(const ElementRule& parent, Element child)
@@ -197,9 +196,8 @@ private:
         for (const ChildRule& child : node.rule->children) {
             if (counts[static_cast<std::size_t>(child.element)] >= child.least) continue;
             mFindings.Add("E-CHILD-COUNT", node.Where(),
-                          "\"" + std::string(node.rule->name) + "\" needs at least " +
-                              std::to_string(child.least) + " \"" + mSchema.RuleOf(child.element).name +
-                              "\"");
+                          Quoted(node.rule->name) + " needs at least " + std::to_string(child.least) + " " +
+                              Quoted(mSchema.RuleOf(child.element).name));
         }
     }
 
@@ -209,12 +207,12 @@ private:
         const auto count = static_cast<int>(node.children.size());
         if (count < total.least && !node.hasUnknownChild) {
             mFindings.Add("E-CHILD-COUNT", node.Where(),
-                          "\"" + std::string(node.rule->name) + "\" needs at least " +
-                              std::to_string(total.least) + " of what may stand in it");
+                          Quoted(node.rule->name) + " needs at least " + std::to_string(total.least) +
+                              " of what may stand in it");
         } else if (total.most != 0 && count > total.most) {
             mFindings.Add("E-CHILD-COUNT", node.children[static_cast<std::size_t>(total.most)].Where(),
-                          "\"" + std::string(node.rule->name) + "\" takes at most " +
-                              std::to_string(total.most) + " of these; remove all others");
+                          Quoted(node.rule->name) + " takes at most " + std::to_string(total.most) +
+                              " of these; remove all others");
         }
     }
 
@@ -261,7 +259,7 @@ bool ReadNodes(const XmlTree& tree, const Schema& schema, Node& root, Findings& 
     const Origin origin(tree, xml);
     if (std::string_view(xml.name()) != rule.name) {
         findings.Add("E-ROOT", origin.Where(),
-                     "the root is " + Quoted(xml.name()) + ", not \"" + rule.name + "\"");
+                     "the root is " + Quoted(xml.name()) + ", not " + Quoted(rule.name));
         return false;
     }
     const std::string_view format = xml.attribute("format").value();

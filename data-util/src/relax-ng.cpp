@@ -61,14 +61,15 @@ private:
     std::string NameOf(const ElementRule& rule) const
     {
         const auto rules = mSchema.Rules();
-        const auto same = [&](const ElementRule& other) { return std::string_view(other.name) == rule.name; };
-        if (std::count_if(rules.begin(), rules.end(), same) == 1) return rule.name;
+        const auto same = [&](const ElementRule& other) { return other.name == rule.name; };
+        if (std::count_if(rules.begin(), rules.end(), same) == 1) return std::string(rule.name);
         for (const ElementRule& parent : rules) {
             for (const ChildRule& child : parent.children) {
-                if (child.element == rule.element) return std::string(parent.name) + "." + rule.name;
+                if (child.element == rule.element)
+                    return std::string(parent.name) + "." + std::string(rule.name);
             }
         }
-        return rule.name;
+        return std::string(rule.name);
     }
 
     void WriteElement(const ElementRule& rule)

@@ -89,7 +89,7 @@ enum Trait : unsigned {
 
 struct ElementRule {
     Element element;
-    const char* name;
+    std::string_view name;  // NUL-terminated
     std::span<const AttributeRule> attributes;
     std::span<const ChildRule> children;
     unsigned traits = kPlain;

@@ -40,10 +40,10 @@ Element::Element(const DataUtil::XmlTree& tree, pugi::xml_node node, const DataU
 void Element::ReadAttributes(std::vector<Finding>& warnings)
 {
     for (const DataUtil::AttributeRule& rule : mRule.attributes) {
-        const pugi::xml_attribute attribute = mNode.attribute(rule.name);
+        const pugi::xml_attribute attribute = mNode.attribute(rule.name.data());
         if (!attribute) {
             if (rule.fallback == DataUtil::kRequired)
-                Fail("the attribute \"" + std::string(rule.name) + "\" is missing");
+                Fail("the attribute " + DataUtil::Quoted(rule.name) + " is missing");
             if (rule.fallback) mValues.push_back({rule.name, rule.fallback});
             continue;
         }

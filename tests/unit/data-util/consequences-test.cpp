@@ -35,8 +35,8 @@ protected:
 std::set<std::string> ElementNames()
 {
     std::set<std::string> names;
-    for (const DataUtil::ElementRule& rule : DataUtil::FaceSchema().Rules()) names.insert(rule.name);
-    names.erase(DataUtil::FaceSchema().Root().name);
+    for (const DataUtil::ElementRule& rule : DataUtil::FaceSchema().Rules()) names.emplace(rule.name);
+    names.erase(std::string(DataUtil::FaceSchema().Root().name));
     return names;
 }
 
