@@ -126,11 +126,10 @@ void ReadWatchState(const std::string& text)
     if (!state) return;
     for (const Wfctl::ProcessMark* process : {&state->supervisor, &state->bus}) {
         Check(process->pid >= 0, "a process has a negative number");
-        const std::string mark = std::to_string(process->pid) + " " + std::to_string(process->startTime);
         Check(process->pid == 0 || text.find(std::to_string(process->pid)) != std::string::npos,
               "a process has a number that nobody wrote");
     }
-    Wfctl::WriteState(*state);
+    Wfctl::WriteState(paths, *state);
     const auto again = Wfctl::ReadState(paths);
     const auto isSame = [&](const Wfctl::ProcessMark Wfctl::WatchState::*process) {
         return ((*again).*process).pid == ((*state).*process).pid &&

@@ -218,13 +218,13 @@ std::optional<WatchState> ReadState(const WatchPaths& paths)
     return state;
 }
 
-void WriteState(const WatchState& state)
+void WriteState(const WatchPaths& paths, const WatchState& state)
 {
-    WriteFile(WatchPaths{state.root}.State(),
+    WriteFile(paths.State(),
               Exports(state) + "RUN_FOLDER=" + ShellQuoted(state.runFolder) +
                   "\nSUPERVISOR=" + ShellQuoted(ProcessText(state.supervisor)) +
                   "\nBUS=" + ShellQuoted(ProcessText(state.bus)) + "\n");
-    WriteFile(WatchPaths{state.root}.Resources(), state.resources);
+    WriteFile(paths.Resources(), state.resources);
 }
 
 void WriteEnv(const WatchState& state)

@@ -50,7 +50,7 @@ std::map<std::string, std::string> ParseShellAssignments(const std::string& text
 WatchPaths PathsOf(const std::string& dir);
 
 std::optional<WatchState> ReadState(const WatchPaths& paths);
-void WriteState(const WatchState& state);
+void WriteState(const WatchPaths& paths, const WatchState& state);
 void WriteEnv(const WatchState& state);
 
 // Makes the run folder with the bus's configuration and one activation file for every application that has a

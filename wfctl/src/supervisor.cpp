@@ -60,35 +60,36 @@ bool AwaitInput(const UniqueFd& fd, Milliseconds most, const UniqueFd& other = {
     return code > 0 || (code < 0 && errno == EINTR);
 }
 
-// Readable when something in the folder was removed.
-UniqueFd RemovalsFrom(const std::string& folder)
+// Readable when something in the watch's folder was removed.
+UniqueFd RemovalsFrom(const WatchPaths& paths)
 {
     UniqueFd removals(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-    if (!removals || inotify_add_watch(removals.Get(), folder.c_str(), IN_DELETE | IN_ONLYDIR) < 0) return {};
-    return removals;
+    if (removals && inotify_add_watch(removals.Get(), paths.root.c_str(), IN_DELETE | IN_ONLYDIR) >= 0)
+        return removals;
+    SUPERVISOR_LOG(DLOG_ERROR, "the watch will not go down when its folder is removed: %s",
+                   std::strerror(errno));
+    return {};
 }
 
-// Takes what there is to read; whether a file of that name was removed.
-bool ReadRemovals(const UniqueFd& removals, const std::string& name)
+// The watch in the open folder, wherever that is moved; nothing of another that comes to be at its path.
+WatchPaths PathsIn(const UniqueFd& folder)
+{
+    return {"/proc/self/fd/" + std::to_string(folder.Get())};
+}
+
+void TakeAll(const UniqueFd& removals)
 {
     alignas(inotify_event) char events[4096];
-    bool removed = false;
-    for (ssize_t length = 0; (length = read(removals.Get(), events, sizeof events)) > 0;) {
-        for (ssize_t at = 0; at < length;) {
-            const auto* event = reinterpret_cast<const inotify_event*>(events + at);
-            removed = removed || (event->len > 0 && name == event->name);
-            at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-        }
-    }
-    return removed;
+    while (read(removals.Get(), events, sizeof events) > 0) continue;
 }
 
 class Supervisor {
 public:
-    Supervisor(WatchState state, UniqueFd ready, UniqueFd removals)
-        : mState(std::move(state)),
-          mReady(std::move(ready)),
+    Supervisor(UniqueFd folder, UniqueFd removals, WatchState state, UniqueFd ready)
+        : mFolder(std::move(folder)),
           mRemovals(std::move(removals)),
+          mState(std::move(state)),
+          mReady(std::move(ready)),
           mBusProgram(FindProgram("dbus-daemon"))
     {
         const sigset_t set = Signals();
@@ -102,6 +103,7 @@ public:
 
 private:
     bool StartBus();
+    bool RecordBus() const;
     [[noreturn]] void BecomeBus(int addressFd) const;
     void StartService();
     void ReadSignals();
@@ -113,9 +115,10 @@ private:
     void EndAll();
     void Say(const std::string& line);
 
+    const UniqueFd mFolder;    // the watch's
+    const UniqueFd mRemovals;  // from it
     WatchState mState;
     UniqueFd mReady;
-    const UniqueFd mRemovals;  // from the watch's folder
     const std::string mBusProgram;
     UniqueFd mSignals;
     UniqueFd mBus;
@@ -124,7 +127,7 @@ private:
     pid_t mStarter = 0;
     bool mBusEnded = false;
     bool mTold = false;     // to end
-    bool mRemoved = false;  // the watch's state: nobody else will take it down
+    bool mRemoved = false;  // the watch's state, or it is another's: nobody else will take this one down
     bool mServiceFailed = false;
 };
 
@@ -154,7 +157,7 @@ void Supervisor::BecomeBus(int addressFd) const
     _exit(EXIT_FAILURE);
 }
 
-// Starts the bus and waits until it listens.
+// Starts the bus and waits until it listens. False, too, when the watch's state was removed meanwhile.
 bool Supervisor::StartBus()
 {
     int pipeFds[2];
@@ -172,8 +175,19 @@ bool Supervisor::StartBus()
     char text[512];
     const bool listens = AwaitInput(address, kBusPatience) && read(address.Get(), text, sizeof text) > 0;
     if (!listens) return false;
-    WriteState(mState);
-    return true;
+    LookForState();
+    return !mTold && RecordBus();
+}
+
+bool Supervisor::RecordBus() const
+{
+    try {
+        WriteState(PathsIn(mFolder), mState);
+        return true;
+    } catch (const Stop& stop) {
+        SUPERVISOR_LOG(DLOG_ERROR, "%s", stop.what());
+        return false;
+    }
 }
 
 // A child asks the bus to start the service, so that nothing here has to wait.
@@ -201,10 +215,12 @@ void Supervisor::ReadSignals()
     }
 }
 
-// Who removes the folder of a watch that is up wants it to be down.
+// Who removes the folder of a watch that is up wants it to be down, and may have another up there by now.
 void Supervisor::LookForState()
 {
-    if (!ReadRemovals(mRemovals, fs::path(WatchPaths{mState.root}.State()).filename())) return;
+    TakeAll(mRemovals);
+    const auto state = ReadState(PathsIn(mFolder));
+    if (mRemoved || (state && state->runFolder == mState.runFolder)) return;
     SUPERVISOR_LOG(DLOG_ERROR, "the state of the watch at [%s] was removed; taking it down",
                    mState.root.c_str());
     mTold = mRemoved = true;
@@ -273,13 +289,13 @@ bool Supervisor::BringBusBack()
     mShortLives = shortLife ? mShortLives + 1 : 0;
     SUPERVISOR_LOG(DLOG_ERROR, "the bus has ended; bringing it back at [%s]", mState.Address().c_str());
     AwaitNoPrograms();
-    if (mTold) return false;
-    if (mShortLives >= kMostShortLives || !StartBus()) {
-        SUPERVISOR_LOG(DLOG_ERROR, "the bus could not be brought back; the watch is down");
-        return false;
+    LookForState();
+    if (!mTold && mShortLives < kMostShortLives && StartBus()) {
+        StartService();
+        return true;
     }
-    StartService();
-    return true;
+    if (!mTold) SUPERVISOR_LOG(DLOG_ERROR, "the bus could not be brought back; the watch is down");
+    return false;
 }
 
 int Supervisor::Run()
@@ -306,7 +322,8 @@ int Supervisor::Run()
         }
     }
     EndAll();
-    if (mRemoved) RemoveRunFolder(mState);  // another watch may have come up in DIR by now
+    LookForState();
+    if (mRemoved) RemoveRunFolder(mState);
     return wentWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
@@ -329,16 +346,13 @@ int Supervise(const std::string& root)
 {
     UniqueFd ready(kReadyFd);
     fcntl(kReadyFd, F_SETFD, FD_CLOEXEC);
-    UniqueFd removals = RemovalsFrom(root);  // before the state is looked for: none goes by unseen
-    const auto state = ReadState(WatchPaths{root});
+    UniqueFd folder(open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    UniqueFd removals = RemovalsFrom(PathsIn(folder));  // before the state is looked for: none goes by unseen
+    auto state = ReadState(PathsIn(folder));
     if (!state) return EXIT_FAILURE;
+    state->root = root;
     SetProgramEnvironment(*state);
-    try {
-        return Supervisor(*state, std::move(ready), std::move(removals)).Run();
-    } catch (const Stop& stop) {
-        SUPERVISOR_LOG(DLOG_ERROR, "%s", stop.what());
-        return static_cast<int>(stop.Status());
-    }
+    return Supervisor(std::move(folder), std::move(removals), *state, std::move(ready)).Run();
 }
 
 }  // namespace Wfctl

@@ -1,7 +1,7 @@
 // The process that keeps a private watch up: it starts the bus, and the service on it; when the bus dies it
 // brings it back at the same address. It owns everything that the watch runs (what loses its parent becomes
-// its child), so that nothing is left when the watch is taken down, or its
-// folder removed. It sleeps until something happens.
+// its child), so that nothing is left when the watch is taken down, or its folder removed. It sleeps until
+// something happens.
 
 #pragma once
 

@@ -103,6 +103,8 @@ UniqueFd SpawnSupervisor(const WatchPaths& paths)
                                      O_WRONLY | O_CREAT | O_APPEND, 0600);
     posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, theirs.Get(), kReadyFd);
+    // What the caller left open, a lock perhaps, is not for a watch to hold.
+    posix_spawn_file_actions_addclosefrom_np(&actions, kReadyFd + 1);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
@@ -193,7 +195,7 @@ Exit Up(const Options& options, const UpArguments& arguments)
     }
     state.root = paths.root;
     state.runFolder = MakeRunFolder();
-    WriteState(state);
+    WriteState(paths, state);
     WriteBusFiles(state, programs);
     const std::string line = AwaitReady(SpawnSupervisor(paths));
     state = ReadState(paths).value_or(state);  // with its processes

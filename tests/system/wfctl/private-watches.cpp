@@ -167,6 +167,36 @@ TEST_F(AWatch, comes_up_anew_while_the_one_whose_folder_was_removed_still_ends)
     EXPECT_EQ(Wfctl({"status", "--root", mRoot}).status, 0);
 }
 
+TEST_F(AWatch, comes_up_anew_while_the_one_whose_folder_was_removed_still_awaits_the_end_of_its_programs)
+{
+    const pid_t service = ServiceOf(Run({"status", "--json"})), supervisor = std::stoi(State("SUPERVISOR"));
+    const std::string runFolder = State("RUN_FOLDER");
+    const pid_t bus = std::stoi(State("BUS"));
+    ASSERT_EQ(kill(service, SIGSTOP), 0);  // so that it does not end when its bus does
+    ASSERT_EQ(kill(bus, SIGKILL), 0);
+    ASSERT_TRUE(Eventually([&] { return !IsRunning(bus); }));
+    EXPECT_EQ(RunProgram({"rm", "-rf", mRoot}, {}).status, 0);
+    ASSERT_EQ(Wfctl({"up", "--root", mRoot}).status, 0);
+    ASSERT_TRUE(IsRunning(supervisor));
+    EXPECT_TRUE(Eventually([&] { return !IsRunning(supervisor); }));
+    EXPECT_FALSE(fs::exists(runFolder));
+    EXPECT_EQ(Wfctl({"status", "--root", mRoot}).status, 0);
+}
+
+TEST_F(AWatch, holds_nothing_open_that_was_open_in_the_shell_that_brought_it_up)
+{
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    const std::string lock = Holding("lock", "");
+    ASSERT_EQ(RunProgram({"sh", "-c", "exec 9>\"$1\"; \"$2\" up --root \"$3\"", "sh", lock, WFCTL, mRoot}, {})
+                  .status,
+              0);
+    for (const char* process : {"SUPERVISOR", "BUS"}) {
+        for (const auto& open :
+             fs::directory_iterator("/proc/" + std::to_string(std::stoi(State(process))) + "/fd"))
+            EXPECT_NE(fs::read_symlink(open), lock) << process;
+    }
+}
+
 TEST_F(AWatch, stays_up_when_its_folder_is_moved_or_other_files_there_are_removed)
 {
     const std::string moved = mFolder + "/moved";
