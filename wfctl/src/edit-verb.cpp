@@ -137,9 +137,9 @@ Exit Edit(const Options& options, const EditArguments& arguments)
     SelectWatch(options.root);
     const StoredFace old = ReadStored(arguments.face);
     if (arguments.changes.IsEmpty()) {
-        throw Stop(Exit::kUsage,
-                   "what should change? say --pick, --place, --preset, --photo or --reset; `wfctl show " +
-                       ShellWord(arguments.face) + "` lists what there is to choose");
+        throw Stop(Exit::kUsage, "what should change? say --pick, --place, --preset, --photo or --reset; `" +
+                                     WatchCommand("show " + ShellWord(arguments.face)) +
+                                     "` lists what there is to choose");
     }
     const DataUtil::Selection selection = Changed(old.document, arguments.changes);
     const std::string xml = DataUtil::WithSelection(old.xml, selection);

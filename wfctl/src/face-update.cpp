@@ -150,8 +150,8 @@ void FaceUpdater::Store(const FaceUpdate& update, const std::function<void(const
     if (!IsSuccess(reply)) Refused(update, log);
     if (!update.awaitsPreview || AwaitPreview(mConnection, face, before, update.timeout)) return;
     throw Stop(Exit::kNoAnswer, "[" + update.name + "] is stored, but no new preview came to [" +
-                                    face.Preview() +
-                                    "] in time; `wfctl status` says whether the capture application runs");
+                                    face.Preview() + "] in time; `" + WatchCommand("status") +
+                                    "` says whether the capture application runs");
 }
 
 }  // namespace Wfctl

@@ -1,7 +1,11 @@
 #include "photo-files.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <string_view>
 
@@ -9,10 +13,12 @@
 #include "area-copy.h"
 #include "areas.h"
 #include "arguments.h"
+#include "exit-status.h"
 #include "folder-entries.h"
 #include "png-file.h"
 #include "private-watch.h"
 #include "shell-command.h"
+#include "unique-fd.h"
 
 namespace Wfctl {
 
@@ -41,6 +47,22 @@ bool HasEnd(std::string_view jpeg)
 {
     const auto scan = jpeg.rfind("\xff\xda");
     return scan != std::string_view::npos && jpeg.find("\xff\xd9", scan) != std::string_view::npos;
+}
+
+// What is wrong with a file that can be read; stops where it cannot.
+std::string ProblemOfBytes(const std::string& path)
+{
+    switch (KindOfPicture(path)) {
+        case PictureKind::kNone:
+            return "is neither a PNG nor a JPEG";
+        case PictureKind::kPng:
+            return LookAtPng(path).kind == PngKind::kNone
+                       ? "is a damaged PNG, or one of more than 4096 pixels a side"
+                       : "";
+        case PictureKind::kJpeg:
+            return HasEnd(ReadNamedFile(path)) ? "" : "is a JPEG that is cut short";
+    }
+    return {};
 }
 
 }  // namespace
@@ -78,18 +100,14 @@ std::string PhotoProblem(const std::string& path)
     std::error_code error;
     if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(path, error)))
         return "is no regular file";
-    if (std::filesystem::file_size(path, error) > kMostPhotoBytes || error) return "is larger than 32 MiB";
-    switch (KindOfPicture(path)) {
-        case PictureKind::kNone:
-            return "is neither a PNG nor a JPEG";
-        case PictureKind::kPng:
-            return LookAtPng(path).kind == PngKind::kNone
-                       ? "is a damaged PNG, or one of more than 4096 pixels"
-                       : "";
-        case PictureKind::kJpeg:
-            return HasEnd(ReadNamedFile(path)) ? "" : "is a JPEG that is cut short";
+    if (std::filesystem::file_size(path, error) > kMostPhotoBytes && !error) return "is larger than 32 MiB";
+    if (!Platform::UniqueFd(open(path.c_str(), O_RDONLY | O_CLOEXEC)))
+        return std::string("cannot be read (") + std::strerror(errno) + ")";
+    try {
+        return ProblemOfBytes(path);
+    } catch (const Stop&) {
+        return "cannot be read";
     }
-    return {};
 }
 
 std::string AddCommand(const DataUtil::Photos& photos, const std::string& file)

@@ -5,6 +5,7 @@
 #include "hint.h"
 #include "locales-icu.h"
 #include "private-watch.h"
+#include "shell-command.h"
 #include "settings.h"
 #include "stored-values.h"
 #include "verb-table.h"
@@ -47,8 +48,9 @@ void CheckSetting(const SystemSetting& setting, const std::string& text)
                                 : isCountry ? CountryProblem(text)
                                             : LanguageProblem(text);
     if (problem.empty()) return;
-    throw Stop(Exit::kUsage, problem + " To write it all the same: wfctl key set " +
-                                 std::string(setting.key) + " " + ShellQuoted(text));
+    throw Stop(Exit::kUsage,
+               problem + " To write it all the same: " +
+                   WatchCommand("key set " + std::string(setting.key) + " " + ShellQuoted(text)));
 }
 
 // NAME=VALUE…, or one NAME and its VALUE.
@@ -70,6 +72,7 @@ std::vector<std::pair<std::string, std::string>> ParseSettings(const std::vector
 
 Exit Set(const Options& options, const ValueArguments& arguments)
 {
+    SelectWatch(options.root);  // so that what is advised is for this watch
     // All are looked at before the first is written.
     std::vector<std::pair<std::string, StoredValue>> values;
     for (const auto& [name, text] : ParseSettings(arguments.keys)) {

@@ -264,6 +264,13 @@ TEST_F(AWatch, keeps_settings)
     EXPECT_EQ(Run({"key", "get", "db/system/language"}).out, "en_GB\n");
 }
 
+TEST_F(AWatch, that_was_named_is_named_where_something_else_is_advised)
+{
+    EXPECT_THAT(Wfctl({"--root", mRoot, "setting", "set", "language=xx_YY"}).err,
+                HasSubstr("To write it all the same: wfctl --root '" + mFolder));
+    EXPECT_THAT(Wfctl({"--root", mRoot, "edit", "c1"}).err, HasSubstr("`wfctl --root '" + mFolder));
+}
+
 TEST_F(AWatch, writes_no_setting_when_one_of_them_is_wrong)
 {
     EXPECT_EQ(Run({"setting", "set", "language=en_GB", "24-hour=perhaps"}).status, 2);
