@@ -30,9 +30,13 @@ constexpr char kUnfinished[] = ".watch-new-";
 constexpr char kFaceKey[] = "file/private/com.corvane.watchface/watchface_name";
 constexpr char kRequesterPreference[] = "wfs-pref-idle-change-request-from";
 constexpr char kClockPreference[] = "wfs-watch-name-world-clock-update";
+constexpr char kUpdate[] = "watch-setting-updated";
+constexpr char kAddition[] = "watch-bg-add";
+constexpr char kSuccess[] = "success";  // an answer has its question with it
 constexpr char kSavedAnswer[] = "evaluation-helper-ret";
 constexpr char kKeys[] = "common/keys.db";
 constexpr char kPreferences[] = "apps/com.corvane.watchface-service/prefs.db";
+constexpr int kMostRounds = 10000;
 constexpr int kInstallEvery = 8;  // rounds
 constexpr int kRestartEvery = 50;
 constexpr int kPictures = 5;
@@ -127,7 +131,7 @@ void RunRound(TriedWatch& watch, int round)
                                               "picture of round " + std::to_string(round));
     const Answer added = watch.Ask(
         kEditor, {
-                     {"type",    "watch-bg-add"       },
+                     {"type",    kAddition            },
                      {"bg_type", "watch-bg-gallery-u1"},
                      {"bg_list", picture              }
     });
@@ -196,9 +200,7 @@ public:
                 mRemoved.insert(event.path);
                 break;
             case FileEvent::kSaid:
-                if (event.bytes.find("success") != std::string::npos) Answered();
-                if (event.bytes.find(kFaceKey) != std::string::npos) mAnnounced = mRound;
-                if (event.bytes.find(kSavedAnswer) != std::string::npos) mSaved = mRound;
+                Said(event.bytes);
                 break;
             default:
                 break;
@@ -245,13 +247,24 @@ public:
     // Why it is not that everything was promised in this many rounds; empty when it was.
     std::string Missing(int rounds) const
     {
-        if (mAnswered.empty()) return "no change of a file was answered";
+        if (mUpdated != rounds) return "the last update was not answered";
+        if (mAdded != rounds) return "the last picture was not answered";
         if (mAnnounced != rounds) return "the last key was not announced";
         if (mSaved != rounds) return "the last preference was not answered";
         return {};
     }
 
 private:
+    void Said(const std::string& message)
+    {
+        const auto has = [&message](const char* text) { return message.find(text) != std::string::npos; };
+        if (has(kSuccess)) Answered();
+        if (has(kSuccess) && has(kUpdate)) mUpdated = mRound;
+        if (has(kSuccess) && has(kAddition)) mAdded = mRound;
+        if (has(kFaceKey)) mAnnounced = mRound;
+        if (has(kSavedAnswer)) mSaved = mRound;
+    }
+
     void Answered()
     {
         for (const auto& [path, versions] : mVersions) {
@@ -263,7 +276,8 @@ private:
     std::map<std::string, std::vector<std::string>> mVersions;  // of each path, whole
     std::map<std::string, std::size_t> mAnswered;               // the oldest version that may be there
     std::set<std::string> mRemoved;
-    int mAnnounced = 0, mSaved = 0, mRound = 0;  // rounds
+    int mUpdated = 0, mAdded = 0, mAnnounced = 0, mSaved = 0;  // the last round that it was in
+    int mRound = 0;
 };
 
 class Cutter {
@@ -393,7 +407,9 @@ int main(int argc, char** argv)
     int rounds = 10;
     long states = 5000, databases = 500;
     parser.add_option("prefix", prefix, "a build tree")->required();
-    parser.add_option("--rounds", rounds, "of edits that are recorded")->capture_default_str();
+    parser.add_option("--rounds", rounds, "of edits that are recorded")
+        ->check(CLI::Range(1, kMostRounds))
+        ->capture_default_str();
     parser.add_option("--states", states, "of the disk that are looked at")->capture_default_str();
     parser.add_option("--databases", databases, "more, whose databases are opened")->capture_default_str();
     CLI11_PARSE(parser, argc, argv);
