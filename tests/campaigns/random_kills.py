@@ -191,7 +191,8 @@ class AWatchThatIsKilled(WatchTest):
         while sum(self.hits.values()) < kills:
             change = self.moments.choice(self.changes)
             self.kill_during(change)
-            change.look()
+            for each in self.changes:
+                each.look()  # before the next change overwrites what it lost
             self.ask_until_answered(change)
             change.look()
         seconds = time.monotonic() - begin
