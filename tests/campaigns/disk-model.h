@@ -2,11 +2,11 @@
 //
 // The model, after ext4 with ordered data, and weaker where that leaves room:
 // - Names (made, linked, renamed, removed) reach the disk in their order: a state has some first part of
-// them.
-//   A sync of a file or folder has with it every name up to the last that concerns it, and no later one.
+//   them. A sync of a file or folder has with it every name up to the last that concerns it, and no later
+//   one.
 // - Bytes reach the disk in any order, in sectors of 512 bytes, each of which is old or new: of what was
-// written
-//   to a file since its last sync, a state has all, none, any sectors, or the length without the bytes.
+//   written to a file since its last sync, a state has all, none, any sectors, or the length without the
+//   bytes.
 // - What a sync returned from is there. What maps of memory change is not (SQLite keeps nothing in them that
 //   it cannot make again).
 

@@ -5,8 +5,9 @@
 //
 // Every operation is tried on a disk with 0 to N - 1 free pages; with more than 4, also with each database
 // locked. What may not happen ends the campaign as failed: a file or value that is neither as before nor as
-// after, a success that leaves undone what it promises, something undone of which the log has no line, an end
-// of the service, an operation that does not succeed afterwards without a restart.
+// after, a success that leaves undone what it promises, something undone of which the log has no line, a
+// question without an answer, an end of the service, an operation that does not succeed afterwards without a
+// restart.
 
 #include <sched.h>
 #include <sqlite3.h>
@@ -91,7 +92,7 @@ public:
 
     ~Campaigner()
     {
-        mWatch.Service().Kill();
+        if (mWatch.IsRunning()) mWatch.Service().Kill();
         umount2(mWatch.Root().c_str(), MNT_DETACH);
     }
 
@@ -135,27 +136,30 @@ public:
         TryAgain();
     }
 
-    void TryReadOnlyStart()
+    // It stores nothing.
+    void TryReadOnlyStart(const Operation& operation)
     {
-        Begin(kChange);
+        Begin(operation);
         mWatch.Stop();
         if (mount(nullptr, mWatch.Root().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0)
             Violation("the disk does not become read-only");
         Start();
+        mLogged = mWatch.LogSize();
         Attempt();
         mount(nullptr, mWatch.Root().c_str(), nullptr, MS_REMOUNT, nullptr);
+        if (mWatch.Look() != mFormer) Violation("stores something");
         Judge();
         TryAgain();
     }
 
-    // What lies in the areas is gone: what the operation makes is made, and nothing else is missed.
+    // What lies in the areas is gone, and nothing of it is missed.
     void TryEmptyAreas(const Operation& operation)
     {
         Begin(operation);
         for (const char* area : {"data", "trusted"}) Clear(mWatch.Root() + "/" + kArea + "/" + area);
         Attempt();
-        JudgeUndone(EffectsUndone(mWatch.Look()));
-        mWatch.Restore(mFormer);
+        if (MakesSomething() && mAnswer == Answer::kFailure) Violation("fails");
+        for (const std::string& path : EffectsUndone(mWatch.Look())) Violation("is not made: " + path);
         TryAgain();
     }
 
@@ -300,6 +304,7 @@ private:
         mAnswer = mOperation->run(mWatch);
         mWatch.Settle();
         if (!mWatch.IsRunning()) Violation("ends");
+        if (mOperation->isAnswered && mAnswer == Answer::kNone) Violation("does not answer");
     }
 
     bool IsFaultLogged() const { return mWatch.LogFrom(mLogged).find("E/platform") != std::string::npos; }
@@ -335,6 +340,13 @@ private:
             const auto isEndOfIt = [&](const char* end) { return path.ends_with(end); };
             if (std::ranges::none_of(mOperation->untested, isEndOfIt)) Violation("succeeds without " + path);
         }
+    }
+
+    // A face that is not there cannot be deleted.
+    bool MakesSomething() const
+    {
+        const std::vector<std::string> effects = Campaign::Undone(mFormer, Latter());
+        return std::ranges::any_of(effects, [this](const auto& path) { return Latter().contains(path); });
     }
 
     // What the operation does, and has not done.
@@ -471,7 +483,7 @@ int Run(const std::string& prefix, unsigned long sizes)
     campaigner.Name("start on a full disk");
     for (unsigned long pages = 0; pages < sizes; ++pages) campaigner.TryStartOnFullDisk(pages);
     campaigner.Name("start on a read-only disk");
-    campaigner.TryReadOnlyStart();
+    for (const Operation& operation : Operations()) campaigner.TryReadOnlyStart(operation);
     for (const Trial& trial : kTrials) {
         campaigner.Name(trial.name);
         for (const Operation& operation : Operations()) trial.run(campaigner, operation);

@@ -176,6 +176,7 @@ private:
         mWatch.Restore(mFormer);
         mFault = std::make_shared<Saboteur>(fault, mWatch.Root());
         mOperation = "start";
+        const std::size_t logged = mWatch.LogSize();
         const auto begin = TestSupport::Clock::now();
         try {
             const bool isReady =
@@ -193,6 +194,7 @@ private:
             const int status = *mWatch.Service().Status();
             if (!WIFEXITED(status) || WEXITSTATUS(status) == 0)
                 Violation("ends badly, status " + std::to_string(status), false);
+            if (!IsFaultLogged(logged)) Violation("ends, and logs no fault", false);
             StartAgain();
         }
         LookForDamage();
@@ -235,6 +237,11 @@ private:
             .Add(seconds, mFault->Name());
     }
 
+    bool IsFaultLogged(std::size_t logged) const
+    {
+        return mWatch.LogFrom(logged).find("E/platform") != std::string::npos;
+    }
+
     // A service that lost its bus may end.
     void JudgeEnd()
     {
@@ -254,8 +261,7 @@ private:
         if (undone->empty()) ++tally.done;
         if (undone->empty()) return;
         if (!mFault->Failing()) return Violation("does not do all", false);
-        if (mWatch.LogFrom(logged).find("E/platform") == std::string::npos)
-            Violation("does not do all, and logs no fault", false);
+        if (!IsFaultLogged(logged)) Violation("does not do all, and logs no fault", false);
         if (answer != Answer::kSuccess) return;
         ++tally.untested;
         tally.untestedCalls.insert(mFault->Failing()->name);

@@ -37,8 +37,9 @@ using namespace Campaign;
 using TestSupport::Clock;
 using TestSupport::Header;
 
-constexpr std::size_t kPipelined = 16;            // calls of a sender on their way at a time
-constexpr std::chrono::seconds kQuiet{20};        // after which nothing comes any more
+constexpr std::size_t kPipelined = 16;      // calls of a sender on their way at a time
+constexpr std::chrono::seconds kQuiet{20};  // after which nothing comes any more
+constexpr int kMostQuestions = 100'000;
 constexpr double kMostMilliseconds = 50;          // of 99 questions of a hundred
 constexpr long kMostGrowth = 160L << 10;          // KiB of the service's memory, at any time
 constexpr long kMostGrowthAfterwards = 8L << 10;  // KiB, when all is over
@@ -488,7 +489,9 @@ int main(int argc, char** argv)
     parser.add_option("--messages", messages, "of all senders")->capture_default_str();
     parser.add_option("--calls", calls, "that one who floods has on their way; the bus allows 128")
         ->capture_default_str();
-    parser.add_option("--questions", questions, "in each flood")->capture_default_str();
+    parser.add_option("--questions", questions, "in each flood")
+        ->check(CLI::Range(1, kMostQuestions))
+        ->capture_default_str();
     parser.add_option("--faces", faces, "whose previews wait")->capture_default_str();
     parser.add_option("--unread", unread, "MiB that a peer does not read")->capture_default_str();
     parser.add_flag("--timed", timed, "fail when answers are late");
