@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <sqlite3.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -16,6 +15,8 @@
 #include <thread>
 
 #include "message-port-sdbus.h"
+#include "stored-values.h"
+#include "writable-path-posix.h"
 
 namespace Campaign {
 
@@ -34,65 +35,6 @@ constexpr const char* kAreas[] = {
     "apps/com.corvane.watchface/shared/data",
     "apps/com.corvane.watchface/shared/trusted",
 };
-constexpr char kUnfinished[] = ".watch-new-";
-constexpr const char* kStores[] = {"KEYS", "PREFERENCES"};
-
-struct Closer {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-using DatabasePtr = std::unique_ptr<sqlite3, Closer>;
-
-DatabasePtr OpenDatabase(const std::string& path, int flags)
-{
-    sqlite3* raw = nullptr;
-    sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
-    DatabasePtr database(raw);
-    sqlite3_busy_timeout(raw, 2000);
-    return database;
-}
-
-std::string Column(sqlite3_stmt* row, int column)
-{
-    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(row, column));
-    const void* bytes = sqlite3_column_blob(row, column);
-    return bytes ? std::string(static_cast<const char*>(bytes), size) : std::string();
-}
-
-}  // namespace
-
-std::vector<std::vector<std::string>> Query(const std::string& path, const char* sql)
-{
-    if (!fs::exists(path)) return {};
-    const DatabasePtr database = OpenDatabase(path, SQLITE_OPEN_READWRITE);
-    std::vector<std::vector<std::string>> rows;
-    sqlite3_stmt* raw = nullptr;
-    int code = sqlite3_prepare_v2(database.get(), sql, -1, &raw, nullptr);
-    while (code == SQLITE_OK || code == SQLITE_ROW) {
-        code = sqlite3_step(raw);
-        if (code != SQLITE_ROW) break;
-        auto& row = rows.emplace_back();
-        for (int i = 0; i < sqlite3_column_count(raw); ++i) row.push_back(Column(raw, i));
-    }
-    sqlite3_finalize(raw);
-    // No table yet: it was made and nothing written.
-    if (code != SQLITE_DONE && code != SQLITE_ERROR)
-        throw std::runtime_error(path + ": " + sqlite3_errstr(code));
-    return rows;
-}
-
-namespace {
-
-void WriteValue(const std::string& path, const std::string& key, const std::string& value)
-{
-    const DatabasePtr database = OpenDatabase(path, SQLITE_OPEN_READWRITE);
-    sqlite3_stmt* raw = nullptr;
-    sqlite3_prepare_v2(database.get(), "UPDATE value SET value = ?2 WHERE key = ?1", -1, &raw, nullptr);
-    sqlite3_bind_blob(raw, 1, key.data(), static_cast<int>(key.size()), SQLITE_STATIC);
-    sqlite3_bind_blob(raw, 2, value.data(), static_cast<int>(value.size()), SQLITE_STATIC);
-    const int code = sqlite3_step(raw);
-    sqlite3_finalize(raw);
-    if (code != SQLITE_DONE) throw std::runtime_error("a value could not be brought back");
-}
 
 void WriteFile(const std::string& path, const std::string& content)
 {
@@ -352,11 +294,6 @@ TriedWatch::ToolResult TriedWatch::RunTool(std::vector<std::string> arguments)
     return {status, TestSupport::ReadFile(output)};
 }
 
-std::string TriedWatch::Database(const std::string& store) const
-{
-    return mRoot + (store == "KEYS" ? "/common/keys.db" : "/apps/com.corvane.watchface-service/prefs.db");
-}
-
 State TriedWatch::Look() const
 {
     State state;
@@ -365,7 +302,7 @@ State TriedWatch::Look() const
         if (!fs::exists(folder)) continue;
         for (const auto& entry : fs::recursive_directory_iterator(folder)) {
             const std::string path = fs::path(entry).lexically_relative(mRoot);
-            if (fs::path(entry).filename().string().starts_with(kUnfinished)) continue;
+            if (fs::path(entry).filename().string().starts_with(Platform::kUnfinishedPrefix)) continue;
             if (entry.is_directory()) {
                 state[path + "/"];
             } else {
@@ -373,9 +310,9 @@ State TriedWatch::Look() const
             }
         }
     }
-    for (const std::string store : kStores) {
-        for (const auto& row : Query(Database(store), "SELECT key, value FROM value"))
-            state[store + ":" + row[0]] = row[1];
+    for (const Store& store : kStores) {
+        for (const auto& [key, value] : StoredValues(mRoot + "/" + store.path))
+            state[store.label + key] = value;
     }
     return state;
 }
@@ -396,10 +333,17 @@ void TriedWatch::Restore(const State& state)
             } else if (path.starts_with("apps/")) {
                 WriteFile(mRoot + "/" + path, content);
             } else if (const auto had = now.find(path); had == now.end() || had->second != content) {
-                const auto colon = path.find(':');
-                WriteValue(Database(path.substr(0, colon)), path.substr(colon + 1), content);
+                BringValueBack(path, content);
             }
         }
+    }
+}
+
+void TriedWatch::BringValueBack(const std::string& name, const std::string& value) const
+{
+    for (const Store& store : kStores) {
+        const std::string_view label = store.label;
+        if (name.starts_with(label)) ChangeValue(mRoot + "/" + store.path, name.substr(label.size()), value);
     }
 }
 
@@ -417,18 +361,17 @@ std::vector<std::string> TriedWatch::Leftovers() const
 {
     std::vector<std::string> names;
     for (const auto& entry : fs::recursive_directory_iterator(mRoot)) {
-        if (fs::path(entry).filename().string().starts_with(kUnfinished)) names.push_back(entry.path());
+        if (fs::path(entry).filename().string().starts_with(Platform::kUnfinishedPrefix))
+            names.push_back(entry.path());
     }
     return names;
 }
 
 bool TriedWatch::AreDatabasesWhole() const
 {
-    for (const std::string store : kStores) {
-        const std::string path = Database(store);
-        for (const auto& row : Query(path, "PRAGMA integrity_check")) {
-            if (row[0] != "ok") return false;
-        }
+    for (const Store& store : kStores) {
+        const std::string path = mRoot + "/" + store.path;
+        if (!FaultInDatabase(path).empty()) return false;
         const fs::path folder = fs::path(path).parent_path();
         for (const auto& entry : fs::directory_iterator(folder)) {
             if (entry.path().string().find(".damaged-") != std::string::npos) return false;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <span>
@@ -17,7 +18,7 @@
 namespace Campaign {
 
 // What a watch keeps: files of the two areas by their path below the root, folders with a "/" at their end,
-// and values as "KEYS:key" or "PREFERENCES:key".
+// and values by their key behind the label of their store.
 using State = std::map<std::string, std::string>;
 
 // Something took longer than anything may.
@@ -88,7 +89,7 @@ private:
     enum class Drawing { kSaid, kDone };
     void DrainPeers(Drawing drawing);
     void Draw(const std::string& face) const;
-    std::string Database(const std::string& store) const;
+    void BringValueBack(const std::string& name, const std::string& value) const;
 
     TestSupport::PrivateBus mBus;
     TestSupport::TemporaryFolder mFolder;
@@ -110,10 +111,15 @@ struct Operation {
 };
 std::span<const Operation> Operations();
 
-// Whether this is there, with that content.
-bool Holds(const State& state, const std::string& path, const std::string& content);
 // What of `now` is not as in `latter`: paths and values.
 std::vector<std::string> Undone(const State& now, const State& latter);
+
+// Whether a path may have that content besides.
+using Allowance = std::function<bool(const std::string& path, const std::string& content)>;
+// What of `now` is neither as in `former` nor as in `latter`, nor allowed, and what both have and it has not;
+// each in words.
+std::vector<std::string> Damage(const State& now, const State& former, const State& latter,
+                                const Allowance& isAllowed = {});
 
 // A watch in use: the classic face edited, its preview drawn, one picture in the gallery, a duration saved by
 // an application. The service runs.
@@ -126,9 +132,6 @@ Answer InstallDigitalFace(TriedWatch& watch);
 Answer SaveBackgrounds(TriedWatch& watch);
 // That save alone.
 Answer SaveHeldBackgrounds(TriedWatch& watch);
-
-// What a database gives; nothing when there is none. Throws when it is not sound.
-std::vector<std::vector<std::string>> Query(const std::string& path, const char* sql);
 
 // An application that is none of the service's peers.
 inline constexpr Identity kEvaluator{"com.example.evaluation", "answers"};

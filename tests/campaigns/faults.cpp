@@ -24,6 +24,7 @@
 #include "a-tried-watch.h"
 #include "process.h"
 #include "sabotage.h"
+#include "stored-values.h"
 
 namespace {
 
@@ -275,7 +276,7 @@ private:
     void JudgeAnnouncements(const std::vector<std::string>& undone)
     {
         for (const std::string& key : mWatch.TakeAnnouncedKeys()) {
-            if (std::ranges::find(undone, "KEYS:" + key) != undone.end())
+            if (std::ranges::find(undone, kKeys.label + key) != undone.end())
                 Violation("announces a key that is as before: " + key, false);
         }
     }
@@ -291,14 +292,10 @@ private:
             Violation(error.what(), true);
             return std::nullopt;
         }
-        for (const auto& [path, content] : now) {
-            const bool isWhole = Holds(mFormer, path, content) || Holds(mLatter, path, content) ||
-                                 mWatch.IsShipped(path, content);
-            if (!isWhole) Violation("is neither as before nor as after: " + path, false);
-        }
-        for (const auto& [path, content] : mFormer) {
-            if (mLatter.contains(path) && !now.contains(path)) Violation("is lost: " + path, false);
-        }
+        const auto isShipped = [this](const std::string& path, const std::string& content) {
+            return mWatch.IsShipped(path, content);
+        };
+        for (const std::string& what : Damage(now, mFormer, mLatter, isShipped)) Violation(what, false);
         const bool isRemovalRefused = mFault->Failing() && std::strstr(mFault->Failing()->name, "unlink");
         for (const std::string& path : mWatch.Leftovers()) {
             if (!isRemovalRefused) Violation("is left: " + path, false);

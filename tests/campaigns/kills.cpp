@@ -18,6 +18,7 @@
 #include <filesystem>
 
 #include "a-tried-watch.h"
+#include "stored-values.h"
 
 namespace {
 
@@ -86,7 +87,7 @@ public:
         if (isForDoctor) mWatch.KeepRoot();
         if (answer == Answer::kSuccess && now != mLatter) Violation("an answered change is lost");
         for (const std::string& key : announced) {
-            const std::string name = "KEYS:" + key;
+            const std::string name = kKeys.label + key;
             if (mLatter.contains(name) && now.at(name) != mLatter.at(name))
                 Violation("an announced key is lost: " + key);
         }
@@ -204,13 +205,7 @@ private:
             Violation(error.what());
             return mFormer;
         }
-        for (const auto& [path, content] : now) {
-            if (!Holds(mFormer, path, content) && !Holds(mLatter, path, content))
-                Violation("is neither as before nor as after: " + path);
-        }
-        for (const auto& [path, content] : mFormer) {
-            if (mLatter.contains(path) && !now.contains(path)) Violation("is lost: " + path);
-        }
+        for (const std::string& what : Damage(now, mFormer, mLatter)) Violation(what);
         mLeftovers += static_cast<int>(mWatch.Leftovers().size());
         return now;
     }

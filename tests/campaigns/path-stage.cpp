@@ -1,15 +1,13 @@
 #include "path-stage.h"
 
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 #include "bus-names.h"
+#include "stored-values.h"
 
 namespace Campaign {
 
@@ -30,31 +28,6 @@ void WriteFile(const fs::path& path, const std::string& content)
     std::ofstream(path, std::ios::binary) << content;
 }
 
-// Every row of the database, by its columns; it is not changed by this.
-std::vector<std::string> Rows(const std::string& path, const char* sql)
-{
-    std::vector<std::string> rows;
-    sqlite3* database = nullptr;
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
-    sqlite3_busy_timeout(database, 2000);
-    int code = sqlite3_prepare_v2(database, sql, -1, &statement, nullptr);
-    while (code == SQLITE_OK || code == SQLITE_ROW) {
-        code = sqlite3_step(statement);
-        if (code != SQLITE_ROW) break;
-        std::string& row = rows.emplace_back();
-        for (int i = 0; i < sqlite3_column_count(statement); ++i) {
-            const void* bytes = sqlite3_column_blob(statement, i);
-            const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, i));
-            row.append(i ? " = " : "").append(static_cast<const char*>(bytes), size);
-        }
-    }
-    sqlite3_finalize(statement);
-    sqlite3_close(database);
-    if (code != SQLITE_DONE) throw std::runtime_error(path + ": " + sqlite3_errstr(code));
-    return rows;
-}
-
 // What the service has been told of a world clock by an application that keeps one.
 void StoreWorldClock(const std::string& preferences)
 {
@@ -63,23 +36,8 @@ void StoreWorldClock(const std::string& preferences)
     for (const char* field : {"timezonePath", "timezone", "city", "country"})
         sql += "INSERT INTO value VALUES (CAST('" + face + "-city-" + field + "' AS BLOB), 0, x'41');";
     sql += "INSERT INTO value VALUES (CAST('" + face + "-city-updatedMode' AS BLOB), 1, 1);";
-    sqlite3* database = nullptr;
-    sqlite3_open_v2(preferences.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
-    const int code = sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
-    sqlite3_close(database);
-    if (code != SQLITE_OK) throw std::runtime_error(preferences + ": " + sqlite3_errstr(code));
+    Execute(preferences, sql);
 }
-
-struct Database {
-    const char* label;
-    const char* path;
-    const char* sql;
-};
-
-constexpr Database kDatabases[] = {
-    {"KEYS",        "common/keys.db",                              "SELECT key, value FROM value"},
-    {"PREFERENCES", "apps/com.corvane.watchface-service/prefs.db", "SELECT key, value FROM value"},
-};
 
 std::string Content(const fs::path& path)
 {
@@ -112,7 +70,7 @@ PathStage::PathStage(const RunningService& service) : mService(service)
                    {"type",  "watch-idle-changed"},
                    {"pkgid", kWorldClock         }
     });
-    StoreWorldClock(At(kDatabases[1].path));
+    StoreWorldClock(At(kPreferences.path));
     mBefore = Look();
 }
 
@@ -289,9 +247,9 @@ PathStage::Snapshot PathStage::Look() const
                 snapshot[above + name] = Content(above + name);
         }
     }
-    for (const Database& database : kDatabases) {
-        for (const std::string& row : Rows(At(database.path), database.sql))
-            snapshot[std::string(database.label) + ":" + row];
+    for (const Store& store : kStores) {
+        for (const auto& [key, value] : StoredValues(At(store.path)))
+            snapshot[store.label + key + " = " + value];
     }
     return snapshot;
 }

@@ -20,13 +20,14 @@
 
 #include "a-tried-watch.h"
 #include "disk-model.h"
+#include "stored-values.h"
+#include "writable-path-posix.h"
 
 namespace {
 
 using namespace Campaign;
 namespace fs = std::filesystem;
 
-constexpr char kUnfinished[] = ".watch-new-";
 constexpr char kFaceKey[] = "file/private/com.corvane.watchface/watchface_name";
 constexpr char kRequesterPreference[] = "wfs-pref-idle-change-request-from";
 constexpr char kClockPreference[] = "wfs-watch-name-world-clock-update";
@@ -34,8 +35,6 @@ constexpr char kUpdate[] = "watch-setting-updated";
 constexpr char kAddition[] = "watch-bg-add";
 constexpr char kSuccess[] = "success";  // an answer has its question with it
 constexpr char kSavedAnswer[] = "evaluation-helper-ret";
-constexpr char kKeys[] = "common/keys.db";
-constexpr char kPreferences[] = "apps/com.corvane.watchface-service/prefs.db";
 constexpr int kMostRounds = 10000;
 constexpr int kInstallEvery = 8;  // rounds
 constexpr int kRestartEvery = 50;
@@ -43,7 +42,8 @@ constexpr int kPictures = 5;
 
 bool IsOfFaces(const std::string& path)
 {
-    return path.find("/shared/") != std::string::npos && path.find(kUnfinished) == std::string::npos;
+    return path.find("/shared/") != std::string::npos &&
+           path.find(Platform::kUnfinishedPrefix) == std::string::npos;
 }
 
 bool IsOfDatabase(const std::string& path)
@@ -333,8 +333,9 @@ private:
     {
         const DiskModel::Files files = disk.CutPower(mRandom, IsOfFaces);
         Note(promises.Fault(files), event);
-        mLeftovers += std::ranges::count_if(
-            files, [](const auto& file) { return file.first.find(kUnfinished) != std::string::npos; });
+        mLeftovers += std::ranges::count_if(files, [](const auto& file) {
+            return file.first.find(Platform::kUnfinishedPrefix) != std::string::npos;
+        });
     }
 
     void CutDatabases(const DiskModel& disk, const Promises& promises, long event)
@@ -359,16 +360,12 @@ private:
                 ValueOf(kPreferences, kClockPreference), ValueOf(kPreferences, EvaluationPreference())};
     }
 
-    std::string ValueOf(const char* database, const std::string& key)
+    std::string ValueOf(const Store& store, const std::string& key)
     {
-        const std::string path = mFolder.Path() + "/" + database;
-        for (const auto& row : Query(path, "PRAGMA integrity_check")) {
-            if (row[0] != "ok") throw std::runtime_error(path + ": " + row[0]);
-        }
-        for (const auto& row : Query(path, "SELECT key, value FROM value")) {
-            if (row[0] == key) return row[1];
-        }
-        return {};
+        const std::string path = mFolder.Path() + "/" + store.path;
+        const std::string fault = FaultInDatabase(path);
+        if (!fault.empty()) throw std::runtime_error(path + ": " + fault);
+        return StoredValues(path)[key];
     }
 
     void Note(const std::string& fault, long event)

@@ -197,13 +197,14 @@ constexpr Operation kOperations[] = {
 };
 // clang-format on
 
-}  // namespace
-
+// Whether this is there, with that content.
 bool Holds(const State& state, const std::string& path, const std::string& content)
 {
     const auto found = state.find(path);
     return found != state.end() && found->second == content;
 }
+
+}  // namespace
 
 std::vector<std::string> Undone(const State& now, const State& latter)
 {
@@ -215,6 +216,21 @@ std::vector<std::string> Undone(const State& now, const State& latter)
         if (!now.contains(path)) undone.push_back(path);
     }
     return undone;
+}
+
+std::vector<std::string> Damage(const State& now, const State& former, const State& latter,
+                                const Allowance& isAllowed)
+{
+    std::vector<std::string> damage;
+    for (const auto& [path, content] : now) {
+        const bool isWhole = Holds(former, path, content) || Holds(latter, path, content) ||
+                             (isAllowed && isAllowed(path, content));
+        if (!isWhole) damage.push_back("is neither as before nor as after: " + path);
+    }
+    for (const auto& [path, content] : former) {
+        if (latter.contains(path) && !now.contains(path)) damage.push_back("is lost: " + path);
+    }
+    return damage;
 }
 
 std::span<const Operation> Operations()
