@@ -44,6 +44,7 @@ public:
     }
 
 private:
+    using Values = std::map<std::string, std::vector<std::string_view>>;
     struct When {
         const std::vector<Term>* terms;
         const Origin* origin;
@@ -60,42 +61,43 @@ private:
 
     void CheckTerm(const Term& term, const Node& node, const char* attribute)
     {
-        const auto values = mValues.find(term.subject);
-        if (values == mValues.end()) {
-            if (!mFindings.IsRefused(term.subject)) ReportSubject(term, node.Where(attribute));
-            return;
-        }
-        const auto& known = values->second;
-        const auto at = std::find(known.begin(), known.end(), term.value);
-        const bool exists = at != known.end();
+        const bool exists = mValues.contains(term.subject);
+        if (!exists && mFindings.IsRefused(term.subject)) return;
+        const auto values = mValues.find(
+            exists ? term.subject : std::string(ReportSubject(term.subject, node.Where(attribute))));
+        if (values == mValues.end()) return;
         mSubjects.Add(values->first);
-        if (!exists && mFindings.IsRefused(term.value)) return;
-        const std::string_view meant = exists ? *at : mFindings.Nearest(term.value, known);
-        mMentioned[term.subject].Add(meant);
-        if (exists) return;
-        const std::string subject = Quoted(term.subject);
-        mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
-                      mSlots.contains(term.subject)
-                          ? NotOffered(subject, term.value, meant, known)
-                          : subject + " has no " + Quoted(term.value) + MeantOrKnown(meant, known));
+        CheckValue(term.value, *values, node, attribute);
     }
 
-    void ReportSubject(const Term& term, const Place& place)
+    // The group or slot that is meant by an unknown one; empty where there is none.
+    std::string_view ReportSubject(const std::string& subject, const Place& place)
     {
-        const std::string& subject = term.subject;
         if (mPhotos.contains(subject)) {
             mFindings.Add("E-REF-UNKNOWN", place, "nothing can depend on the photos " + Quoted(subject));
-            return;
+            return {};
         }
         const std::string_view meant = mFindings.Nearest(subject, mNames);
         mSubjects.Add(meant);
-        if (const auto values = mValues.find(std::string(meant)); values != mValues.end()) {
-            const auto& known = values->second;
-            const auto at = std::find(known.begin(), known.end(), term.value);
-            mMentioned[values->first].Add(at != known.end() ? *at : mFindings.Nearest(term.value, known));
-        }
         mFindings.Add("E-REF-UNKNOWN", place,
                       "there is no group or slot " + Quoted(subject) + MeantOrKnown(meant, mNames));
+        return meant;
+    }
+
+    void CheckValue(const std::string& value, const Values::value_type& values, const Node& node,
+                    const char* attribute)
+    {
+        const auto& [subject, known] = values;
+        const auto at = std::find(known.begin(), known.end(), value);
+        const bool exists = at != known.end();
+        if (!exists && mFindings.IsRefused(value)) return;
+        const std::string_view meant = exists ? *at : mFindings.Nearest(value, known);
+        mMentioned[subject].Add(meant);
+        if (exists) return;
+        mFindings.Add("E-REF-UNKNOWN", node.Where(attribute),
+                      mSlots.contains(subject)
+                          ? NotOffered(Quoted(subject), value, meant, known)
+                          : Quoted(subject) + " has no " + Quoted(value) + MeantOrKnown(meant, known));
     }
 
     // Depth first; an open subject that is met again closes a circle. At most kMostGroups + kMostSlots deep
@@ -143,7 +145,7 @@ private:
 
     const FaceDocument& mDocument;
     Findings& mFindings;
-    std::map<std::string, std::vector<std::string_view>> mValues;  // group or slot -> options or sources
+    Values mValues;  // group or slot -> options or sources
     std::map<std::string, When> mWhen;
     std::map<std::string, Visit> mVisits;
     std::map<std::string, Uses> mMentioned;  // group or slot -> what conditions about it name

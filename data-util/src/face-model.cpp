@@ -232,15 +232,12 @@ private:
     {
         const std::string& id = node.Get("group");
         const std::string& option = node.Get("option");
-        const Group* group = FindById(mDocument.groups, &Group::id, id);
         if (mFindings.IsRefused(id)) return;
-        if (group == nullptr) {
-            mFindings.Add("E-REF-UNKNOWN", node.Where("group"),
-                          "there is no group " + Quoted(id) +
-                              mFindings.Suggestion(id, NamesOf(mDocument.groups, &Group::id)));
-        } else if (!mFindings.IsRefused(option) && FindById(group->options, &Option::id, option) == nullptr) {
+        const Group* group = FindOrMeant(mDocument.groups, &Group::id, node, "group");
+        if (group != nullptr && !mFindings.IsRefused(option) &&
+            FindById(group->options, &Option::id, option) == nullptr) {
             mFindings.Add("E-REF-UNKNOWN", node.Where("option"),
-                          Quoted(id) + " has no option " + Quoted(option) +
+                          Quoted(group->id) + " has no option " + Quoted(option) +
                               mFindings.Suggestion(option, NamesOf(group->options, &Option::id)));
         }
         preset.choices.picks[id] = option;
@@ -250,19 +247,30 @@ private:
     {
         const std::string& name = node.Get("slot");
         const std::string& source = node.Get("source");
-        const Slot* slot = FindById(mDocument.slots, &Slot::name, name);
         if (mFindings.IsRefused(name)) return;
-        if (slot == nullptr) {
-            mFindings.Add("E-REF-UNKNOWN", node.Where("slot"),
-                          "there is no slot " + Quoted(name) +
-                              mFindings.Suggestion(name, NamesOf(mDocument.slots, &Slot::name)));
-        } else if (source != kEmptySource && !mFindings.IsRefused(source) &&
-                   slot->OfferOf(source) == nullptr) {
+        const Slot* slot = FindOrMeant(mDocument.slots, &Slot::name, node, "slot");
+        if (slot != nullptr && source != kEmptySource && !mFindings.IsRefused(source) &&
+            slot->OfferOf(source) == nullptr) {
             const auto offers = NamesOf(slot->offers, &Offer::source);
             mFindings.Add("E-REF-UNKNOWN", node.Where("source"),
-                          NotOffered(Quoted(name), source, mFindings.Nearest(source, offers), offers));
+                          NotOffered(Quoted(slot->name), source, mFindings.Nearest(source, offers), offers));
         }
         preset.choices.places[name] = PlacementOf(node);
+    }
+
+    // What the attribute names; else that is told, and what it is near to is taken instead, or null.
+    template <typename Item>
+    const Item* FindOrMeant(const std::vector<Item>& items, const std::string Item::*id, const Node& node,
+                            const char* attribute)
+    {
+        const std::string& name = node.Get(attribute);
+        if (const Item* item = FindById(items, id, name)) return item;
+        const auto names = NamesOf(items, id);
+        const std::string_view meant = mFindings.Nearest(name, names);
+        mFindings.Add(
+            "E-REF-UNKNOWN", node.Where(attribute),
+            "there is no " + std::string(attribute) + " " + Quoted(name) + MeantOrKnown(meant, names));
+        return meant.empty() ? nullptr : FindById(items, id, meant);
     }
 
     template <typename Item>

@@ -60,7 +60,10 @@ std::string_view NearestName(std::string_view name, const std::vector<std::strin
     for (const std::string_view candidate : candidates) {
         if (candidate.empty() || candidate.size() > kLongestName) continue;
         const std::size_t distance = Distance(name, candidate, least);
-        if (distance < least) {
+        // Of those that differ as much, one of which only the end was not typed.
+        const bool isBegun = !nearest.empty() && !nearest.starts_with(name) && candidate.starts_with(name) &&
+                             candidate.size() - name.size() == least;
+        if (distance < least || isBegun) {
             least = distance;
             nearest = candidate;
         }

@@ -75,6 +75,14 @@ TEST(ANearestName, is_the_first_of_those_that_differ_least)
     EXPECT_EQ(NearestName("b", {"", "a"}), "a");
 }
 
+TEST(ANearestName, of_those_that_differ_least_is_one_that_was_begun)
+{
+    EXPECT_EQ(NearestName("of", {"on", "off", "oft"}), "off");
+    EXPECT_EQ(NearestName("of", {"off", "on"}), "off");
+    EXPECT_EQ(NearestName("sixten", {"sixteen", "sixtenth"}), "sixteen");
+    EXPECT_EQ(NearestName("of", {"offer"}), "");
+}
+
 TEST(ANearestName, has_at_most_64_bytes_and_so_has_what_it_is_near_to)
 {
     const std::string longest(64, 'n');

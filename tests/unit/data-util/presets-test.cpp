@@ -90,6 +90,20 @@ TEST_F(APreset, is_refused_when_it_picks_in_an_unknown_group)
     ExpectOnly("E-REF-UNKNOWN", "group=\"second\"", "did you mean \"seconds\"?");
 }
 
+TEST_F(APreset, in_an_unknown_group_is_told_what_else_is_wrong_there)
+{
+    Replace("<pick group=\"seconds\" option=\"off\"/>", "<pick group=\"secnds\" option=\"of\"/>");
+    EXPECT_THAT(Listed(), HasSubstr("there is no group \"secnds\"; did you mean \"seconds\"?"));
+    EXPECT_THAT(Listed(), HasSubstr("\"seconds\" has no option \"of\"; did you mean \"off\"?"));
+    EXPECT_THAT(Codes(), ElementsAre("E-REF-UNKNOWN", "E-REF-UNKNOWN"));
+}
+
+TEST_F(APreset, in_a_group_that_is_near_to_none_is_told_that_alone)
+{
+    Replace("<pick group=\"seconds\" option=\"off\"/>", "<pick group=\"unheard\" option=\"of\"/>");
+    ExpectOnly("E-REF-UNKNOWN", "group=\"unheard\"", "there is no group \"unheard\"");
+}
+
 TEST_F(APreset, is_refused_when_it_picks_an_unknown_option)
 {
     Replace("<pick group=\"dial\" option=\"dots\"/>", "<pick group=\"dial\" option=\"dot\"/>");
@@ -100,6 +114,14 @@ TEST_F(APreset, is_refused_when_it_places_in_an_unknown_slot)
 {
     Replace("<place slot=\"info\" source=\"empty\"/>", "<place slot=\"into\" source=\"empty\"/>");
     ExpectOnly("E-REF-UNKNOWN", "slot=\"into\"", "did you mean \"info\"?");
+}
+
+TEST_F(APreset, in_an_unknown_slot_is_told_what_else_is_wrong_there)
+{
+    Replace("<place slot=\"info\" source=\"empty\"/>", "<place slot=\"into\" source=\"alarm\"/>");
+    EXPECT_THAT(Listed(), HasSubstr("there is no slot \"into\"; did you mean \"info\"?"));
+    EXPECT_THAT(Listed(), HasSubstr("\"info\" does not offer \"alarm\""));
+    EXPECT_THAT(Codes(), ElementsAre("E-REF-UNKNOWN", "E-REF-UNKNOWN"));
 }
 
 TEST_F(APreset, is_refused_when_it_places_what_is_not_offered)

@@ -3,6 +3,8 @@
 #include "a-face-document.h"
 
 using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 TEST_F(AFaceDocument, refuses_a_group_with_the_id_of_another)
@@ -124,6 +126,22 @@ TEST_F(AFaceDocument, refuses_a_condition_on_an_unknown_group)
 {
     Replace("<layer when=\"dial=bars\">", "<layer when=\"dail=bars\">");
     ExpectOnly("E-REF-UNKNOWN", "<layer", "did you mean \"dial\"?");
+}
+
+TEST_F(AFaceDocument, is_told_what_else_is_wrong_in_a_condition_on_an_unknown_group)
+{
+    Replace("<ticks when=\"dial=dots\"", "<ticks when=\"dail=dotes\"");
+    EXPECT_THAT(Listed(), HasSubstr("there is no group or slot \"dail\"; did you mean \"dial\"?"));
+    EXPECT_THAT(Listed(), HasSubstr("\"dial\" has no \"dotes\"; did you mean \"dots\"?"));
+    EXPECT_THAT(Codes(), ElementsAre("E-REF-UNKNOWN", "E-REF-UNKNOWN"));
+}
+
+TEST_F(AFaceDocument, is_told_what_else_is_wrong_in_a_condition_on_an_unknown_slot)
+{
+    Replace("<text text-key=\"title\"", "<text when=\"tpo=batery\" text-key=\"title\"");
+    EXPECT_THAT(Listed(), HasSubstr("there is no group or slot \"tpo\"; did you mean \"top\"?"));
+    EXPECT_THAT(Listed(), HasSubstr("\"top\" does not offer \"batery\""));
+    EXPECT_THAT(Codes(), ElementsAre("E-REF-UNKNOWN", "E-REF-UNKNOWN"));
 }
 
 TEST_F(AFaceDocument, refuses_a_condition_on_an_unknown_option)
