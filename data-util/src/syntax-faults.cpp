@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "face-schema.h"
 #include "flat-schema.h"
 #include "nearest-name.h"
+#include "utf8.h"
 
 namespace DataUtil {
 
@@ -13,12 +15,15 @@ namespace {
 
 constexpr const Schema& (*kSchemas[])() = {FaceSchema, FlatSchema};
 
+constexpr char kNoUtf8[] = "this byte is no UTF-8; save the file as UTF-8";
+
 struct Advice {
     XML_Error error;
     const char* text;
 };
 constexpr Advice kAdvice[] = {
     {XML_ERROR_INVALID_TOKEN,          "invalid token"                                  },
+    {XML_ERROR_PARTIAL_CHAR,           kNoUtf8                                          },
     {XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "nothing may follow the end of the root element" },
     {XML_ERROR_UNCLOSED_TOKEN,         "the text ends before what begins here does"     },
     {XML_ERROR_UNCLOSED_CDATA_SECTION, "the text ends before what begins here does"     },
@@ -131,9 +136,23 @@ const char* PictureKind(std::string_view text)
     return text.starts_with("\xFF\xD8\xFF") ? "a JPEG picture" : nullptr;
 }
 
+// What is wrong with the byte that `rest` begins with, which is no part of any document; empty for others.
+std::string ByteProblem(std::string_view rest)
+{
+    if (rest.empty()) return {};
+    if (Platform::Utf8SequenceLength(rest) == 0) return kNoUtf8;
+    const auto byte = static_cast<unsigned char>(rest.front());
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    if (byte >= ' ' || std::string_view("\t\n\r").find(rest.front()) != std::string_view::npos) return {};
+    return std::string("the control character U+00") + kDigits[byte / 16] + kDigits[byte % 16] +
+           "; remove it";
+}
+
 SyntaxFault ExplainToken(std::size_t offset, std::string_view text, const TextMap& map)
 {
     if (const char* kind = PictureKind(text)) return {offset, std::string("this is ") + kind};
+    if (std::string problem = ByteProblem(text.substr(offset)); !problem.empty())
+        return {offset, std::move(problem)};
     if (const auto ampersand = BareAmpersand(text, offset))
         return {*ampersand, "a bare \"&\"; write \"&amp;\""};
     const std::string_view before = text.substr(0, offset);

@@ -15,6 +15,20 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+// With its mark, or by the half of its first character that is zero. Expat takes UTF-16 for what it is,
+// whatever encoding it is told.
+bool IsUtf16(std::string_view text)
+{
+    if (text.size() < 2) return false;
+    return text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ||
+           (text[0] == '\0') != (text[1] == '\0');
+}
+
+std::string EncodingProblem(const std::string& encoding)
+{
+    return "encoding \"" + encoding + "\"; store it as UTF-8";
+}
+
 // What tells elements of one name apart in a path.
 constexpr const char* kIdentifying[] = {"id", "name", "key", "language", "role"};
 constexpr std::size_t kLongestIdentity = 64;
@@ -100,8 +114,7 @@ private:
         std::transform(name.begin(), name.end(), name.begin(),
                        [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
         if (name != "UTF-8") {
-            static_cast<Gate*>(self)->Refuse("E-ENCODING",
-                                             "encoding \"" + std::string(encoding) + "\"; store it as UTF-8");
+            static_cast<Gate*>(self)->Refuse("E-ENCODING", EncodingProblem(encoding));
         }
     }
 
@@ -182,13 +195,18 @@ XmlTree::XmlTree(std::string_view text) : mText(text) {}
 
 std::unique_ptr<XmlTree> XmlTree::Load(std::string_view text, Findings& findings)
 {
+    const Place beginning{1, 1, ""};
     if (text.size() > kMostBytes) {
-        findings.Add("E-LIMIT-SIZE", {},
-                     "the document has " + std::to_string(text.size()) + " bytes; at most " +
-                         std::to_string(kMostBytes) + " are allowed");
+        findings.Add(
+            "E-LIMIT-SIZE", beginning,
+            "the document has more than the " + std::to_string(kMostBytes) + " bytes that are allowed");
         return nullptr;
     }
     if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+    if (IsUtf16(text)) {
+        findings.Add("E-ENCODING", beginning, EncodingProblem("UTF-16"));
+        return nullptr;
+    }
     if (!Gate(text).Run(findings)) return nullptr;
 
     std::unique_ptr<XmlTree> tree(new XmlTree(text));

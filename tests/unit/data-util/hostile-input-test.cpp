@@ -8,6 +8,7 @@
 #include "xml-gate.h"
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::SizeIs;
 
 namespace {
@@ -112,6 +113,20 @@ TEST_F(AFaceDocument, refuses_another_encoding)
     ExpectOnly("E-ENCODING", "<?xml");
 }
 
+TEST_F(AFaceDocument, refuses_utf_16_with_a_mark_and_without)
+{
+    const std::string whole = mText;
+    for (const bool isBig : {false, true}) {
+        for (const bool isMarked : {false, true}) {
+            mText = !isMarked ? "" : isBig ? "\xFE\xFF" : "\xFF\xFE";
+            for (const char c : whole) mText += isBig ? std::string{'\0', c} : std::string{c, '\0'};
+            ASSERT_THAT(Check(), SizeIs(1));
+            EXPECT_EQ(DataUtil::FormatFinding(Check()[0]),
+                      "1:1: E-ENCODING: encoding \"UTF-16\"; store it as UTF-8");
+        }
+    }
+}
+
 TEST_F(AFaceDocument, accepts_its_encoding_in_small_letters)
 {
     Replace("encoding=\"UTF-8\"", "encoding=\"utf-8\"");
@@ -136,8 +151,11 @@ TEST_F(AFaceDocument, refuses_a_cut_text_at_every_length)
 
 TEST_F(AFaceDocument, refuses_a_zero_byte)
 {
+    const int line = LineOf(">Dawn<");
     Replace(">Dawn<", std::string_view(">D\0wn<", 6));
-    EXPECT_THAT(Codes(), ElementsAre("E-SYNTAX"));
+    ASSERT_THAT(Codes(), ElementsAre("E-SYNTAX"));
+    EXPECT_EQ(Check()[0].line, line);
+    EXPECT_THAT(Check()[0].message, EndsWith("the control character U+0000; remove it"));
 }
 
 TEST_F(AFaceDocument, accepts_one_mebibyte_and_not_a_byte_more)
@@ -147,7 +165,9 @@ TEST_F(AFaceDocument, accepts_one_mebibyte_and_not_a_byte_more)
     ASSERT_THAT(mText, SizeIs(DataUtil::kMostBytes));
     EXPECT_THAT(Codes(), ElementsAre());
     mText += "\n";
-    EXPECT_THAT(Codes(), ElementsAre("E-LIMIT-SIZE"));
+    ASSERT_THAT(Codes(), ElementsAre("E-LIMIT-SIZE"));
+    EXPECT_EQ(DataUtil::FormatFinding(Check()[0]),
+              "1:1: E-LIMIT-SIZE: the document has more than the 1048576 bytes that are allowed");
 }
 
 TEST_F(AFaceDocument, refuses_elements_nested_too_deeply)

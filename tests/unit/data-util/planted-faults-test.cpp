@@ -62,7 +62,7 @@ const WholeFault kWholeFaults[] = {
     {"E-SYNTAX",         [](std::string text) { return Instead(std::move(text), "Noon<", "N<oon<"); },          7},
     {"E-DOCTYPE",        [](std::string text) { return Instead(std::move(text), "<!--", "<!DOCTYPE a><!--"); }, 2},
     {"E-ENCODING",       [](std::string text) { return Instead(std::move(text), "UTF-8", "latin1"); },          1},
-    {"E-LIMIT-SIZE",     [](std::string text) { return text.append(DataUtil::kMostBytes, ' '); },               0},
+    {"E-LIMIT-SIZE",     [](std::string text) { return text.append(DataUtil::kMostBytes, ' '); },               1},
     {"E-LIMIT-DEPTH",
      [](std::string text) { return Instead(std::move(text), "Noon<", Times(14, "<a>") + "<"); },                7},
     {"E-LIMIT-COUNT",
