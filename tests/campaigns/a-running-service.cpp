@@ -46,7 +46,7 @@ RunningService::RunningService(const std::string& prefix)
 
 std::string RunningService::ResultXml() const
 {
-    const std::string face = "com.corvane.watchface-mirel-c1";
+    const std::string face = kClassicFace;
     return TestSupport::ReadFile(mShippedFaces + face + "/" + face + "_result.xml");
 }
 

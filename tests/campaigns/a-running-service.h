@@ -33,6 +33,11 @@ inline constexpr Identity kBackupAgent{"com.corvane.watch-utils.service", "watch
 inline constexpr Identity kViewer{"com.corvane.watchface", ""};
 inline constexpr Identity kWorldClockMap{"com.corvane.worldclock-map", ""};
 
+// Of those that ship.
+inline constexpr char kClassicFace[] = "com.corvane.watchface-mirel-c1";
+inline constexpr char kDigitalFace[] = "com.corvane.watchface-mirel-e1";
+inline constexpr char kGalleryFace[] = "com.corvane.watchface-mirel-u1";
+
 class RunningService {
 public:
     // `prefix` is a build tree or an installed prefix.

@@ -136,8 +136,4 @@ Answer SaveHeldBackgrounds(TriedWatch& watch);
 // An application that is none of the service's peers.
 inline constexpr Identity kEvaluator{"com.example.evaluation", "answers"};
 
-inline constexpr char kClassicFace[] = "com.corvane.watchface-mirel-c1";
-inline constexpr char kDigitalFace[] = "com.corvane.watchface-mirel-e1";
-inline constexpr char kGalleryFace[] = "com.corvane.watchface-mirel-u1";
-
 }  // namespace Campaign

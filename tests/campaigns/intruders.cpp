@@ -33,8 +33,8 @@ constexpr std::size_t kPipelined = 64;  // calls on their way at a time
 Values IdleChange()
 {
     return {
-        {"type",  "watch-idle-changed"            },
-        {"pkgid", "com.corvane.watchface-mirel-c1"},
+        {"type",  "watch-idle-changed"},
+        {"pkgid", kClassicFace        },
     };
 }
 

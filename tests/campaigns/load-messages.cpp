@@ -1,5 +1,7 @@
 #include "load-messages.h"
 
+#include <stdexcept>
+
 #include "bundle-wire-sdbus.h"
 #include "bus-names.h"
 
@@ -292,6 +294,15 @@ constexpr MessageKind kKinds[] = {
 std::span<const MessageKind> MessageKinds()
 {
     return kKinds;
+}
+
+std::string MessageOf(const std::string& name, const Sender& sender, const std::string& marker,
+                      std::size_t bytes)
+{
+    for (const MessageKind& kind : MessageKinds()) {
+        if (kind.name == name) return kind.layout(sender, marker, bytes);
+    }
+    throw std::logic_error("no such kind of message");
 }
 
 std::string_view MarkerOf(const RawBus::Message& message)

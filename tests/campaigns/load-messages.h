@@ -46,6 +46,10 @@ struct MessageKind {
 
 std::span<const MessageKind> MessageKinds();
 
+// One of the kind with that name. Throws std::logic_error when there is none.
+std::string MessageOf(const std::string& name, const Sender& sender, const std::string& marker,
+                      std::size_t bytes);
+
 // The marker that a message to a port has; empty when it has none.
 std::string_view MarkerOf(const RawBus::Message& message);
 

@@ -5,31 +5,25 @@
 //
 // 8 peers and 12 users of the open port send N messages, malformed ones among them. What may not happen ends
 // the campaign as failed: a message whose call was answered without an error and that nobody hears of, a
-// malformed one that is taken, memory beyond the bounds below, and, with --timed, an answer later than 50 ms
+// malformed one that is taken, memory beyond its bounds, and, with --timed, an answer later than 50 ms
 // for more than one question of a hundred while four others flood.
-
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <random>
 #include <stdexcept>
 #include <unordered_map>
 
 #include "bundle-wire-sdbus.h"
+#include "flooder.h"
+#include "load-measures.h"
 #include "load-messages.h"
 #include "message-port-sdbus.h"
-#include "unique-fd.h"
+#include "stopped-reader.h"
 
 namespace {
 
@@ -41,33 +35,7 @@ constexpr std::size_t kPipelined = 16;      // calls of a sender on their way at
 constexpr std::chrono::seconds kQuiet{20};  // after which nothing comes any more
 constexpr int kMostQuestions = 100'000;
 constexpr double kMostMilliseconds = 50;          // of 99 questions of a hundred
-constexpr long kMostGrowth = 160L << 10;          // KiB of the service's memory, at any time
 constexpr long kMostGrowthAfterwards = 8L << 10;  // KiB, when all is over
-#ifdef WATCH_SANITIZED
-constexpr bool kKeepsFreedMemory = true;  // a sanitizer, to notice its use
-#else
-constexpr bool kKeepsFreedMemory = false;
-#endif
-
-std::string MessageOf(const std::string& name, const Sender& sender, const std::string& marker,
-                      std::size_t bytes)
-{
-    for (const MessageKind& kind : MessageKinds()) {
-        if (kind.name == name) return kind.layout(sender, marker, bytes);
-    }
-    throw std::logic_error("no such kind of message");
-}
-
-// The service's memory in KiB.
-struct Memory {
-    explicit Memory(const RunningService& service)
-        : now(service.Process().ProcValue("smaps_rollup", "Pss:")),
-          most(service.Process().ProcValue("status", "VmHWM:"))
-    {
-    }
-    long now;   // its share of what is shared
-    long most;  // so far, with all that is shared
-};
 
 // A message on its way: whose effect must be seen unless it is refused.
 struct Sent {
@@ -273,14 +241,6 @@ bool RunTraffic(const RunningService& service, int messages)
     return totals.lost == 0 && totals.accepted == 0 && totals.refused == 0 && totals.taken > 0 && isInstalled;
 }
 
-// What four peers send, over and over, as fast as it goes. Calls go on when one is answered; what expects no
-// reply is taken by the bus as fast as it can.
-struct Flood {
-    const char* name;
-    const char* kind;  // of the table
-    std::size_t bytes;
-    bool isAnswered;
-};
 constexpr Flood kFloods[] = {
     {"small messages",   "unknown type",   100,     true },
     {"large messages",   "unknown type",   100'000, true },
@@ -293,72 +253,6 @@ constexpr Flood kFloods[] = {
     {"unanswered ones",  "unknown type",   100,     false},
 #endif
 };
-
-// A peer that floods, in a process of its own. What it has sent is worked off when the object goes.
-class Flooder {
-public:
-    Flooder(const RunningService& service, const Identity& peer, const Flood& flood, int calls)
-    {
-        int ready[2], stop[2];
-        if (pipe2(ready, O_CLOEXEC) != 0 || pipe2(stop, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-        mStop = Platform::UniqueFd(stop[1]);
-        Platform::UniqueFd isReady(ready[0]), sayReady(ready[1]), isStopped(stop[0]);
-        mPid = fork();
-        if (mPid == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            try {
-                Run(service, peer, flood, calls, sayReady.Get(), isStopped.Get());
-            } catch (const std::exception&) {
-                _exit(EXIT_FAILURE);
-            }
-            _exit(EXIT_SUCCESS);
-        }
-        sayReady.Reset();
-        char byte = 0;
-        if (read(isReady.Get(), &byte, 1) != 1) throw std::runtime_error("a peer cannot send");
-    }
-    ~Flooder()
-    {
-        if (write(mStop.Get(), "", 1) != 1) kill(mPid, SIGKILL);
-        waitpid(mPid, nullptr, 0);
-    }
-    Flooder(const Flooder&) = delete;
-    Flooder& operator=(const Flooder&) = delete;
-
-private:
-    static void Run(const RunningService& service, const Identity& peer, const Flood& flood, int calls,
-                    int ready, int stop)
-    {
-        const auto bus = service.Connect(peer);
-        const Sender sender{peer.app, peer.port, kPhone, service.ResultXml()};
-        const std::string message = MessageOf(flood.kind, sender, "flood", flood.bytes);
-        pollfd stopped{stop, POLLIN, 0};
-        for (int sent = 0; poll(&stopped, 1, 0) == 0; ++sent) {
-            if (sent == calls && write(ready, "", 1) != 1) return;
-            if (!flood.isAnswered)
-                bus->Send(message);
-            else if (bus->Call(message), sent >= calls)
-                while (bus->Next().type == Header::kCall) continue;
-        }
-        bus->ReplyTo(bus->Call(message));  // the last of what it sent
-    }
-
-    Platform::UniqueFd mStop;
-    pid_t mPid = -1;
-};
-
-// The milliseconds until a question of the phone-side manager is answered; nobody else asks the same.
-double AnswerTime(RawBus& manager)
-{
-    static int number = 0;
-    const std::string marker = std::string(kMarkerBegin) + "question" + std::to_string(++number) + "-";
-    const std::string question = MessageOf("date", {kManager.app, kManager.port, kPhone, ""}, marker, 0);
-    const double microseconds = TestSupport::TimeOf([&] {
-        manager.Send(question);
-        while (MarkerOf(manager.Next()) != marker) continue;
-    });
-    return microseconds / 1e3;
-}
 
 double Quantile(std::vector<double>& values, double part)
 {
@@ -377,7 +271,7 @@ bool RunFlood(const RunningService& service, const Flood& flood, int calls, int 
         flooders.push_back(std::make_unique<Flooder>(service, peer, flood, calls));
     std::vector<double> milliseconds;
     milliseconds.reserve(static_cast<std::size_t>(questions));
-    for (int i = 0; i < questions; ++i) milliseconds.push_back(AnswerTime(*manager));
+    for (int i = 0; i < questions; ++i) milliseconds.push_back(MillisecondsUntilAnswered(*manager));
     const double p99 = Quantile(milliseconds, 0.99);
     std::printf("flood of %-16s %d questions answered: median %6.2f, p99 %6.2f, longest %6.2f ms; %ld KiB\n",
                 flood.name, questions, Quantile(milliseconds, 0.5), p99, milliseconds.back(),
@@ -410,72 +304,12 @@ bool RunPauses(const RunningService& service, int faces)
         requests += capture->Next().Text(0) == kCapture.port;
     // One for the missing preview, one because it is the phone's face.
     const int waited = 2 * faces;
-    const double next = AnswerTime(*manager);
+    const double next = MillisecondsUntilAnswered(*manager);
     std::printf(
         "pauses: %d of 200 ms before %d requests for previews took %.0f ms; the next answer %.2f ms\n",
         waited, requests, pause, next);
     return requests == waited + 2;
 }
-
-// A peer that no longer reads what it is sent: others are answered, and the memory has a bound.
-class StoppedReader {
-public:
-    StoppedReader(const RunningService& service, int megabytes)
-        : mService(service),
-          mMegabytes(megabytes),
-          mHome(service.Connect(kHome)),
-          mUser(service.Connect(kUser, false)),
-          mManager(service.Connect(kManager))
-    {
-    }
-
-    bool Run()
-    {
-        const bool isBounded = Fill();
-        // It reads again ...
-        while (mManager->HasNext(std::chrono::milliseconds(200))) mManager->Next();
-        const double again = AnswerTime(*mManager);
-        // ... or leaves.
-        const bool isBoundedAgain = Fill();
-        mManager = nullptr;
-        mManager = mService.Connect(kManager);
-        const double anew = AnswerTime(*mManager);
-        std::printf(
-            "stopped reader: 2 x %d MiB unread; others waited %.2f ms at most; at most %ld KiB; "
-            "reads again: %.2f ms, left and came anew: %.2f ms\n",
-            mMegabytes, mLongest, mMost, again, anew);
-        return isBounded && isBoundedAgain;
-    }
-
-private:
-    static constexpr Identity kUser{"com.example.user", "answers"};
-
-    // Each picture is told to the one that does not read.
-    bool Fill()
-    {
-        const Sender home{kHome.app, kHome.port, kAnsweredPeer, ""};
-        const std::string picture = MessageOf("picture in place", home, "unread", std::size_t{1} << 20);
-        const Sender user{kUser.app, kUser.port, kEvaluationUser, ""};
-        for (int i = 0; i < mMegabytes; ++i) {
-            mHome->ReplyTo(mHome->Call(picture));
-            const std::string marker = std::string(kMarkerBegin) + std::to_string(i) + "-";
-            const double milliseconds = TestSupport::TimeOf([&] {
-                                            mUser->Send(MessageOf("duration loaded", user, marker, 100));
-                                            while (MarkerOf(mUser->Next()) != marker) continue;
-                                        }) /
-                                        1e3;
-            mLongest = std::max(mLongest, milliseconds);
-            mMost = std::max(mMost, Memory(mService).now);
-        }
-        return kKeepsFreedMemory || mMost <= kMostGrowth;
-    }
-
-    const RunningService& mService;
-    const int mMegabytes;
-    std::unique_ptr<RawBus> mHome, mUser, mManager;
-    double mLongest = 0;
-    long mMost = 0;
-};
 
 }  // namespace
 
