@@ -2,10 +2,13 @@
 
 #include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <utility>
 
 #include "area-copy.h"
 #include "areas.h"
@@ -13,7 +16,9 @@
 #include "documents.h"
 #include "event-loop-sdevent.h"
 #include "exit-status.h"
+#include "face-document.h"
 #include "file-times.h"
+#include "flat-origin.h"
 #include "private-watch.h"
 #include "shell-command.h"
 
@@ -23,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Which picture lies at a path: changes with every replacement.
+// Which file lies at a path: changes with every replacement.
 struct FileMark {
     ino_t inode = 0;
     timespec changed{};
@@ -40,7 +45,7 @@ FileMark MarkOfFile(const std::string& path)
     return stat(path.c_str(), &info) == 0 ? FileMark{info.st_ino, info.st_ctim} : FileMark{};
 }
 
-// What the service and the data library wrote into the watch's log from here on.
+// What the watch's programs wrote into its log from here on.
 class LogTail {
 public:
     LogTail() : mPath(WatchPaths{Platform::CurrentAreas().root}.Log())
@@ -52,20 +57,71 @@ public:
     // The lines that say why a document was refused; empty when there is no such log.
     std::string Reasons() const
     {
-        std::ifstream log(mPath, std::ios::binary);
-        log.seekg(static_cast<std::streamoff>(mStart));
-        std::string reasons;
-        for (std::string line; std::getline(log, line);) {
+        return Lines([](const std::string& line) {
             const bool isRefusal =
                 line.find("W/platform(") != std::string::npos && line.find(" refused") != std::string::npos;
-            if (isRefusal || line.find("/data-util(") != std::string::npos) reasons += "\n  " + line;
-        }
-        return reasons;
+            return isRefusal || line.find("/data-util(") != std::string::npos;
+        });
+    }
+    // The lines that say why a file of the face could not be written; empty also on a disk that is too full
+    // for them.
+    std::string FaultsOf(const std::string& name) const
+    {
+        return Lines([&](const std::string& line) {
+            return line.find("E/platform(") != std::string::npos &&
+                   line.find("/" + name + "/") != std::string::npos;
+        });
     }
 
 private:
+    std::string Lines(const std::function<bool(const std::string&)>& isWanted) const
+    {
+        std::ifstream log(mPath, std::ios::binary);
+        log.seekg(static_cast<std::streamoff>(mStart));
+        std::string lines;
+        for (std::string line; std::getline(log, line);)
+            if (isWanted(line)) lines += "\n  " + line;
+        return lines;
+    }
+
     const std::string mPath;
     std::uintmax_t mStart = 0;
+};
+
+// The service answers that the document was good, whether or not it could write the files.
+class Written {
+public:
+    explicit Written(Face face) : mFace(std::move(face)) {}
+
+    // The file that is still without the document; empty where there is none. Whoever replaced one meanwhile
+    // has an update of their own.
+    std::string Missing(const std::string& xml) const
+    {
+        if (IsAsBefore(mFace.ResultXml(), mResultXml) && BytesOf(mFace.ResultXml()) != xml)
+            return mFace.ResultXml();
+        const bool isOld =
+            IsAsBefore(mFace.WatchfaceXml(), mWatchfaceXml) &&
+            !DataUtil::IsMadeFrom(BytesOf(mFace.WatchfaceXml()), *DataUtil::ParseFace(xml).document);
+        return isOld ? mFace.WatchfaceXml() : "";
+    }
+
+private:
+    static bool IsAsBefore(const std::string& path, const FileMark& before)
+    {
+        const bool isHidden = access(path.c_str(), R_OK) != 0 && errno == EACCES;
+        return !isHidden && MarkOfFile(path) == before;
+    }
+
+    // Nothing where it is no file.
+    static std::string BytesOf(const std::string& path)
+    {
+        std::error_code error;
+        return fs::is_regular_file(path, error) ? ReadNamedFile(path) : "";
+    }
+
+    const Face mFace;
+    const FileMark mResultXml = MarkOfFile(mFace.ResultXml());
+    const FileMark mWatchfaceXml = MarkOfFile(mFace.WatchfaceXml());
 };
 
 Platform::BundlePtr NewMessage(const FaceUpdate& update, const std::string& icon)
@@ -104,6 +160,25 @@ bool AwaitPreview(Connection& connection, const Face& face, const FileMark& befo
             (reasons.empty() ? "look for data-util in " + LogPlace("data-util") : "its log says:" + reasons));
 }
 
+[[noreturn]] void NotWritten(const std::string& path, const FaceUpdate& update, const LogTail& log)
+{
+    const std::string faults = log.FaultsOf(update.name);
+    throw Stop(Exit::kError, "the service could not write [" + path + "]; " +
+                                 (faults.empty() ? "make room on its disk; the platform's lines in " +
+                                                       LogPlace("platform") + " may say more"
+                                                 : "its log says:" + faults));
+}
+
+[[noreturn]] void NotDrawn(const Face& face, const LogTail& log)
+{
+    const std::string faults = log.FaultsOf(face.name);
+    throw Stop(
+        Exit::kNoAnswer,
+        "[" + face.name + "] is stored, but no new preview came to [" + face.Preview() + "] in time; " +
+            (faults.empty() ? "`" + WatchCommand("status") + "` says whether the capture application runs"
+                            : "the log says:" + faults));
+}
+
 }  // namespace
 
 bool IsNotOlder(const std::string& path, const std::string& than)
@@ -137,7 +212,8 @@ FaceUpdater::FaceUpdater(Connection& connection, const std::string& as)
 void FaceUpdater::Store(const FaceUpdate& update, const std::function<void(const Json&)>& onReply)
 {
     const Face face = WritableFace(update.name);
-    const FileMark before = MarkOfFile(face.Preview());
+    const FileMark preview = MarkOfFile(face.Preview());
+    const Written written(face);
     std::optional<AreaCopy> icon;
     if (!update.icon.empty()) {
         if (KindOfPicture(update.icon) != PictureKind::kPng)
@@ -146,12 +222,12 @@ void FaceUpdater::Store(const FaceUpdate& update, const std::function<void(const
     }
     const LogTail log;
     const Json reply = mPeer.Ask(*NewMessage(update, icon ? icon->Path() : ""), update.timeout);
+    const std::string missing = IsSuccess(reply) ? written.Missing(update.xml) : "";
+    if (!missing.empty()) NotWritten(missing, update, log);
     if (onReply) onReply(reply);
     if (!IsSuccess(reply)) Refused(update, log);
-    if (!update.awaitsPreview || AwaitPreview(mConnection, face, before, update.timeout)) return;
-    throw Stop(Exit::kNoAnswer, "[" + update.name + "] is stored, but no new preview came to [" +
-                                    face.Preview() + "] in time; `" + WatchCommand("status") +
-                                    "` says whether the capture application runs");
+    if (!update.awaitsPreview || AwaitPreview(mConnection, face, preview, update.timeout)) return;
+    NotDrawn(face, log);
 }
 
 }  // namespace Wfctl

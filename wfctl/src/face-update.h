@@ -40,7 +40,8 @@ public:
 
     // Sends, and waits until the service has answered and another picture lies at the face's preview path.
     // `onReply`, which may be empty, gets the answer at once. Stops with Exit::kError and the reasons when
-    // the service refuses, and with Exit::kNoAnswer when the time is over.
+    // the service refuses, or, before `onReply`, when it could not write what it took, and with
+    // Exit::kNoAnswer when the time is over.
     void Store(const FaceUpdate& update, const std::function<void(const Json&)>& onReply = {});
 
 private:
