@@ -73,8 +73,9 @@ void Restoring::Run()
         SetCurrent();
     } catch (const Stop& stop) {
         const bool isInterrupted = stop.Status() == Exit::kInterrupted;
+        const auto held = std::ranges::count_if(mItems, [&](const BackupItem& item) { return Has(item); });
         throw Stop(stop.Status(), (isInterrupted ? "interrupted" : stop.what()) + std::string("; ") +
-                                      std::to_string(mGiven) + " of " + std::to_string(mItems.size()) +
+                                      std::to_string(held) + " of " + std::to_string(mItems.size()) +
                                       (mItems.size() == 1 ? " item is" : " items are") +
                                       " on the watch, each of them whole; restore once more for all");
     }
@@ -84,11 +85,11 @@ void Restoring::GiveAll()
 {
     BackupAgent agent(mConnection);
     BackupAgent::UntilTheEnd([&] {
-        mGiven = 0;
+        std::size_t given = 0;
         agent.BeginRestore();
         for (const BackupItem& item : mItems) {
             if (!GiveItem(agent, mBackup, item)) return false;
-            mProgress.Show(++mGiven);
+            mProgress.Show(++given);
         }
         const std::string& current = mBackup.Manifest().current;
         // Also without a face to show: whatever comes behind the face of the pictures makes room for them.
@@ -134,9 +135,14 @@ std::vector<std::string> Restoring::Missing() const
 {
     std::vector<std::string> missing;
     for (const BackupItem& item : mItems)
-        if (!(item.IsFace() ? HasFace(item) : HasPicture(item))) missing.push_back(item.Title());
+        if (!Has(item)) missing.push_back(item.Title());
     if (!HasCurrent()) missing.push_back("the current face " + QuotedName(mBackup.Manifest().current));
     return missing;
+}
+
+bool Restoring::Has(const BackupItem& item) const
+{
+    return item.IsFace() ? HasFace(item) : HasPicture(item);
 }
 
 // Under its own name, or under that of the face that takes its place in this watch's family.

@@ -38,6 +38,8 @@ private:
     void SetCurrent();
     void DrawAgain();
     FaceUpdater& AsEditor();
+    // Whether the watch holds just that.
+    bool Has(const BackupItem& item) const;
     bool HasFace(const BackupItem& item) const;
     bool HasPicture(const BackupItem& item) const;
     bool HasCurrent() const;
@@ -47,7 +49,6 @@ private:
     const Backup& mBackup;
     std::vector<BackupItem> mItems;  // in the order in which they are given
     const Progress mProgress;
-    std::size_t mGiven = 0;
     std::vector<std::string> mStale;
     std::unique_ptr<FaceUpdater> mUpdater;
 };

@@ -385,6 +385,17 @@ TEST_F(AnotherWatch, says_how_far_an_interrupted_restore_got)
                                             "each of them whole; .*"));
 }
 
+TEST_F(AnotherWatch, counts_what_it_holds_when_a_restore_ends_early)
+{
+    // The one is not taken, and pictures cannot be given.
+    fs::create_directories(mSecondRoot + kWatchlist);
+    std::ofstream(mSecondRoot + kWatchlist + kClassic) << "in its place";
+    std::ofstream(mSecondRoot + "/apps/com.corvane.watch-utils.service") << "in its place";
+    const Result ended = OnSecond({"restore", "--yes", Folder()});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.err, HasSubstr("; 1 of 32 items are on the watch, each of them whole; "));
+}
+
 TEST_F(AnotherWatch, gets_nothing_by_a_check)
 {
     OnSecond({"down"});
