@@ -1,7 +1,9 @@
 #include "connection.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "application-table.h"
@@ -14,7 +16,8 @@ namespace Wfctl {
 namespace {
 
 constexpr uint64_t kDriverTimeoutUsec = 5'000'000;
-constexpr char kHowToStart[] = "type: wfctl up --root DIR && . DIR/watch.env";
+// From the end of a watch's programs to that of its bus.
+constexpr Seconds kGoingDown{2};
 
 using Clock = std::chrono::steady_clock;
 
@@ -28,6 +31,20 @@ Seconds Bounded(Seconds time)
 uint64_t Microseconds(Seconds time)
 {
     return static_cast<uint64_t>(Bounded(time).count() * 1e6);
+}
+
+// Of a connection whose bus has ended.
+bool IsGone(int code)
+{
+    return code == -ENOTCONN || code == -ECONNRESET || code == -EPIPE;
+}
+
+// As opposed to one who takes too long.
+bool HasReceiverEnded(const Answer& answer)
+{
+    const char* sender = sd_bus_message_get_sender(answer.message.get());
+    return answer.errorName == SD_BUS_ERROR_NO_REPLY && sender &&
+           std::string_view(sender) == Platform::kDriver;
 }
 
 }  // namespace
@@ -76,7 +93,7 @@ bool Connection::RunUntil(const std::function<bool()>& done, Seconds most)
             throw Stop(Exit::kError, std::string("the loop ended: ") + std::strerror(-code));
         }
         if (mInterrupted) throw Stop(Exit::kInterrupted, "");
-        if (mLost) throw Stop(Exit::kNoWatch, "the bus at [" + mAddress + "] is gone; " + kHowToStart);
+        if (mLost) throw Stop(Exit::kNoWatch, WhyBusGone(mAddress));
     }
     return true;
 }
@@ -94,9 +111,12 @@ Answer Connection::Call(sd_bus_message* call, Seconds most)
     };
     const uint64_t timeout = most.count() < 0 ? UINT64_MAX : Microseconds(most);
     const auto slot = Platform::CallAsync(Get(), call, timeout, take, &code);
+    if (!slot && IsGone(code)) throw Stop(Exit::kNoWatch, WhyBusGone(mAddress));
     if (!slot)
         throw Stop(Exit::kError, std::string("the message could not be sent: ") + std::strerror(-code));
     RunUntil([&answer] { return answer.message != nullptr; }, most);
+    // The programs of a watch that goes down end first.
+    if (answer.message && HasReceiverEnded(answer)) RunUntil([] { return false; }, kGoingDown);
     return answer;
 }
 
@@ -153,7 +173,7 @@ void RequireService(Connection& connection)
     const std::string id(Platform::kServiceId);
     if (connection.ProcessBehind(id) || connection.CanBeStarted(id)) return;
     throw Stop(Exit::kNoWatch, "no watch is running: the bus at [" + connection.Address() + "] knows no " +
-                                   id + "; " + kHowToStart);
+                                   id + "; " + HowToStart());
 }
 
 }  // namespace Wfctl

@@ -189,8 +189,7 @@ std::string RequiredWatch()
     const std::string& root = Platform::CurrentAreas().root;
     std::error_code error;
     if (std::filesystem::is_directory(root, error)) return root;
-    throw Stop(Exit::kNoWatch,
-               "there is no watch at [" + root + "]; type: wfctl up --root DIR && . DIR/watch.env");
+    throw Stop(Exit::kNoWatch, "there is no watch at [" + root + "]; " + HowToStart());
 }
 
 Exit Doctor(const Options& options, const DoctorArguments& arguments)

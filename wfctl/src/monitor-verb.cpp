@@ -21,7 +21,6 @@
 #include "hint.h"
 #include "json-text.h"
 #include "private-watch.h"
-#include "shell-command.h"
 #include "systemd-handles.h"
 #include "unique-fd.h"
 #include "verb-table.h"
@@ -58,10 +57,11 @@ public:
     {
         // Says what to type when no bus answers.
         const Connection connection;
+        mAddress = connection.Address();
         sd_bus* raw = nullptr;
         Check(sd_bus_new(&raw), "make a connection");
         mBus.reset(raw);
-        Check(sd_bus_set_address(raw, connection.Address().c_str()), "take the bus's address");
+        Check(sd_bus_set_address(raw, mAddress.c_str()), "take the bus's address");
         Check(sd_bus_set_bus_client(raw, 1), "be a client of the bus");
         Check(sd_bus_set_monitor(raw, 1), "be a monitor");
         Check(sd_bus_start(raw), "connect");
@@ -79,13 +79,12 @@ public:
         for (;;) {
             sd_bus_message* raw = nullptr;
             const int code = sd_bus_process(mBus.get(), &raw);
-            if (code < 0) throw Stop(Exit::kNoWatch, std::string("the bus is gone: ") + std::strerror(-code));
             Platform::MessagePtr message(raw);
-            if (message) {
-                if (sd_bus_message_is_signal(raw, "org.freedesktop.DBus.Local", "Disconnected") > 0)
-                    throw Stop(Exit::kNoWatch, "the bus is gone; type: " + WatchCommand("status"));
-                return message;
-            }
+            const bool isGone =
+                code < 0 ||
+                (message && sd_bus_message_is_signal(raw, "org.freedesktop.DBus.Local", "Disconnected") > 0);
+            if (isGone) throw Stop(Exit::kNoWatch, WhyBusGone(mAddress));
+            if (message) return message;
             if (code == 0 && !Wait(deadline)) return nullptr;
         }
     }
@@ -133,6 +132,7 @@ private:
         return true;
     }
 
+    std::string mAddress;
     Platform::BusPtr mBus;
     Platform::UniqueFd mSignals;
 };

@@ -59,7 +59,7 @@ constexpr ErrorMeaning kMeanings[] = {
     {"ServiceUnknown", Exit::kNotFound,     "is not running and cannot be started on this bus", ApplicationHint},
     {"NameHasNoOwner", Exit::kNotFound,     "is not running",                                   ApplicationHint},
     {"AccessDenied",   Exit::kNotPermitted, "may not be spoken to by this user",                NoHint         },
-    {"NoReply",        Exit::kNoAnswer,     "did not answer in time",                           NoHint         },
+    {"NoReply",        Exit::kNoAnswer,     "did not answer",                                   NoHint         },
     {"Timeout",        Exit::kNoAnswer,     "did not answer in time",                           NoHint         },
     {"TimedOut",       Exit::kNoAnswer,     "did not start in time",                            NoHint         },
     {"UnknownMethod",  Exit::kNotFound,     "takes no messages",                                NoHint         },

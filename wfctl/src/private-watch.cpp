@@ -31,6 +31,7 @@ constexpr char kRunFolderName[] = "/watch-XXXXXX";
 constexpr std::size_t kLongestRunBase = 80;
 // Of a watch that is down: no file can be below it, so no bus ever answers there.
 constexpr char kNoRunFolder[] = "/dev/null";
+constexpr char kHowToStartAny[] = "wfctl up --root DIR && . DIR/watch.env";
 
 std::string gNamedRoot;
 
@@ -220,10 +221,9 @@ std::optional<WatchState> ReadState(const WatchPaths& paths)
 
 void WriteState(const WatchPaths& paths, const WatchState& state)
 {
-    WriteFile(paths.State(),
-              Exports(state) + "RUN_FOLDER=" + ShellQuoted(state.runFolder) +
-                  "\nSUPERVISOR=" + ShellQuoted(ProcessText(state.supervisor)) +
-                  "\nBUS=" + ShellQuoted(ProcessText(state.bus)) + "\n");
+    WriteFile(paths.State(), Exports(state) + "RUN_FOLDER=" + ShellQuoted(state.runFolder) +
+                                 "\nSUPERVISOR=" + ShellQuoted(ProcessText(state.supervisor)) +
+                                 "\nBUS=" + ShellQuoted(ProcessText(state.bus)) + "\n");
     WriteFile(paths.Resources(), state.resources);
 }
 
@@ -380,16 +380,26 @@ std::string WhyOtherWatch(const std::string& address)
            "; " + HowToSource({root});
 }
 
+std::string HowToStart()
+{
+    if (!NamedRoot().empty()) return HowToComeUp(NamedRoot());
+    if (!IsPrivateWatch()) return std::string("type: ") + kHowToStartAny;
+    const WatchPaths paths{Platform::CurrentAreas().root};
+    return HowToComeUp(paths.root) + " && . " + ShellQuoted(paths.Env());
+}
+
+std::string WhyBusGone(const std::string& address)
+{
+    return "the bus at [" + address + "] is gone; " + HowToStart();
+}
+
 std::string WhyNoWatch(const std::string& error)
 {
     const WatchPaths paths{Platform::CurrentAreas().root};
     const auto state = ReadState(paths);
     const bool isUp = state && OpenProcess(state->supervisor);
-    if (IsPrivateWatch() && !isUp)
-        return "no watch is up at [" + paths.root + "]; " + HowToComeUp(paths.root) + " && . " +
-               ShellQuoted(paths.Env());
-    return "no watch is running: no bus answers at " + error +
-           "; type: wfctl up --root DIR && . DIR/watch.env";
+    if (IsPrivateWatch() && !isUp) return "no watch is up at [" + paths.root + "]; " + HowToStart();
+    return "no watch is running: no bus answers at " + error + "; type: " + kHowToStartAny;
 }
 
 }  // namespace Wfctl

@@ -88,6 +88,12 @@ const std::string& NamedRoot();
 // environment has a part of a private watch only, or an old one. Empty where nothing speaks against it.
 std::string WhyOtherWatch(const std::string& address);
 
+// What to type to have the selected watch up, or one where none is selected.
+std::string HowToStart();
+
+// Of the selected watch, whose bus at `address` has ended: what is wrong, and what to type.
+std::string WhyBusGone(const std::string& address);
+
 // Of the selected watch, whose bus does not answer: what is wrong, and what to type. `error` has the bus's
 // address and the reason.
 std::string WhyNoWatch(const std::string& error);

@@ -23,6 +23,22 @@ pid_t ServiceOf(const Result& status)
     return service["service"]["pid"].get<pid_t>();
 }
 
+// A service that is to answer and does not, until something ends it.
+class ASilentService : public AWatch {
+protected:
+    ASilentService()
+    {
+        EXPECT_EQ(kill(mService, SIGSTOP), 0);
+        const auto monitor = Start({"monitor", "--count", "1", kService});
+        EXPECT_EQ(monitor->NextErrorLine(), "monitoring");
+        mAsking = Start({"preview", "request", kClassic});
+        EXPECT_TRUE(monitor->NextLine());
+    }
+
+    const pid_t mService = ServiceOf(Run({"status", "--json"}));
+    std::unique_ptr<Program> mAsking;
+};
+
 }  // namespace
 
 TEST_F(AWatch, comes_up_in_a_folder_with_a_long_and_awkward_name)
@@ -109,6 +125,28 @@ TEST_F(AWatch, that_goes_down_leaves_its_data_and_no_process)
 
     EXPECT_EQ(Wfctl({"up", "--root", mRoot}).status, 0);
     EXPECT_EQ(Wfctl({"key", "get", "a/b", "--root", mRoot}).out, "kept\n");
+}
+
+TEST_F(ASilentService, is_gone_in_the_same_words_for_all_when_the_watch_goes_down)
+{
+    const auto listener = Listen({"--as", kManager});
+    const auto monitor = Start({"monitor"});
+    ASSERT_EQ(monitor->NextErrorLine(), "monitoring");
+    const std::string bus = "unix:path=" + State("RUN_FOLDER") + "/bus";
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    for (Program* program : {mAsking.get(), listener.get(), monitor.get()}) {
+        EXPECT_EQ(program->AwaitEnd(), 8);
+        const std::string said = program->NextErrorLine().value_or("");
+        EXPECT_THAT(said, StartsWith("wfctl: the bus at [" + bus + "] is gone; type: wfctl up --root '"));
+        EXPECT_THAT(said, testing::EndsWith("/watch.env'")) << "for the environment has its bus";
+    }
+}
+
+TEST_F(ASilentService, has_not_answered_when_it_alone_ends)
+{
+    ASSERT_EQ(kill(mService, SIGKILL), 0);
+    EXPECT_EQ(mAsking->AwaitEnd(), 3);
+    EXPECT_THAT(mAsking->NextErrorLine().value_or(""), HasSubstr("did not answer (as "));
 }
 
 TEST_F(AWatch, gets_its_bus_back_at_the_same_address)
