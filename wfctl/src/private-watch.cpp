@@ -323,7 +323,10 @@ Platform::UniqueFd LockWatch(const WatchPaths& paths)
 
 void RequireOwnWatch(const WatchPaths& paths)
 {
-    if (access(paths.State().c_str(), R_OK) == 0 || errno != EACCES) return;
+    struct stat info {};
+    // The lock is there also while the watch is down.
+    const bool isSeen = stat(paths.Lock().c_str(), &info) == 0;
+    if (isSeen ? info.st_uid == geteuid() : errno != EACCES) return;
     throw Stop(Exit::kNotPermitted,
                "the watch at [" + paths.root + "] is another user's; speak to it as that user");
 }
@@ -356,6 +359,7 @@ void SelectWatch(const std::string& dir)
         unsetenv("DBUS_STARTER_ADDRESS");
     }
     Platform::SetAreasFromEnvironment();
+    if (dir.empty() && IsSet("WATCH_ROOT")) RequireOwnWatch({Platform::CurrentAreas().root});
 }
 
 const std::string& NamedRoot()

@@ -68,7 +68,8 @@ void RemoveRunFiles(const WatchPaths& paths, const WatchState& state);
 // Held while the watch is brought up or taken down.
 Platform::UniqueFd LockWatch(const WatchPaths& paths);
 
-// Stops with Exit::kNotPermitted when the watch is another user's.
+// Stops with Exit::kNotPermitted when the watch is another user's: root, too, would leave files in it that
+// its programs cannot change.
 void RequireOwnWatch(const WatchPaths& paths);
 
 // Where this process's watch logs: the file's name, or how to read the journal's lines with that tag.
@@ -78,7 +79,8 @@ std::string LogPlace(const std::string& tag);
 bool IsPrivateWatch();
 
 // Takes the watch below DIR for this process; without DIR it is that of the environment. One that is down has
-// its files, and an address at which no bus answers. Stops with Exit::kNoWatch when there is none below DIR.
+// its files, and an address at which no bus answers. Stops with Exit::kNoWatch when there is none below DIR,
+// and with Exit::kNotPermitted when it is another user's.
 void SelectWatch(const std::string& dir);
 
 // DIR of the selected watch as the user gave it; empty where the environment decided.

@@ -2,10 +2,12 @@
 
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <regex>
+#include <utility>
 
 #include "a-watch.h"
 
@@ -22,6 +24,27 @@ pid_t ServiceOf(const Result& status)
     if (service.is_discarded() || !service["service"]["running"].get<bool>()) return 0;
     return service["service"]["pid"].get<pid_t>();
 }
+
+// The watch at `root`, as long as it lives; also for root, whom no permission keeps out.
+class OwnedByAnother {
+public:
+    explicit OwnedByAnother(std::string root) : mRoot(std::move(root)) { Set(kNobody, 0); }
+    ~OwnedByAnother() { Set(0, 0700); }
+    OwnedByAnother(const OwnedByAnother&) = delete;
+    OwnedByAnother& operator=(const OwnedByAnother&) = delete;
+
+private:
+    static constexpr uid_t kNobody = 65534;
+
+    void Set(uid_t owner, mode_t mode) const
+    {
+        EXPECT_EQ(geteuid() == 0 ? chown((mRoot + "/watch.lock").c_str(), owner, static_cast<gid_t>(-1))
+                                 : chmod(mRoot.c_str(), mode),
+                  0);
+    }
+
+    const std::string mRoot;
+};
 
 // A service that is to answer and does not, until something ends it.
 class ASilentService : public AWatch {
@@ -147,6 +170,36 @@ TEST_F(ASilentService, has_not_answered_when_it_alone_ends)
     ASSERT_EQ(kill(mService, SIGKILL), 0);
     EXPECT_EQ(mAsking->AwaitEnd(), 3);
     EXPECT_THAT(mAsking->NextErrorLine().value_or(""), HasSubstr("did not answer (as "));
+}
+
+TEST_F(AWatch, of_another_user_is_told_from_one_that_is_down)
+{
+    const OwnedByAnother another(mRoot);
+    for (const Arguments& verb : std::vector<Arguments>{
+             {"doctor"    },
+             {        "doctor",     "--fix"},
+             {        "list"           },
+             { "survey",            "list"},
+             {            "status"       },
+             {  "key",        "list"},
+             {       "set", kDigital}
+    }) {
+        Arguments named = verb;
+        named.insert(named.begin(), {"--root", mRoot});
+        for (const Result& done : {Run(verb), Wfctl(named)}) {
+            EXPECT_EQ(done.status, 4) << verb[0];
+            EXPECT_EQ(done.out, "") << verb[0];
+            EXPECT_THAT(done.err, StartsWith("wfctl: the watch at [")) << verb[0];
+            EXPECT_THAT(done.err, testing::EndsWith("] is another user's; speak to it as that user\n"));
+        }
+    }
+}
+
+TEST_F(AWatch, that_is_down_may_be_another_users_too)
+{
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    const OwnedByAnother another(mRoot);
+    for (const char* verb : {"doctor", "list", "current"}) EXPECT_EQ(Run({verb}).status, 4) << verb;
 }
 
 TEST_F(AWatch, gets_its_bus_back_at_the_same_address)
