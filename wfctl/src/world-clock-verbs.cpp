@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 #include "application-table.h"
@@ -113,6 +114,16 @@ Exit Show(const Options& options, const WorldClockArguments& arguments)
                                          (isKnown ? "" : known) + "type: wfctl world-clock update --help"));
 }
 
+// The face that the next update is for: the one that was current when the service was told that it comes.
+std::string PreparedFace()
+{
+    const std::string path = Platform::PreferencesPath(std::string(Platform::kServiceId));
+    std::error_code error;
+    if (!std::filesystem::exists(path, error)) return {};
+    Platform::ValueStore preferences(path, 0600);
+    return Platform::GetAs<std::string>(preferences, kWorldClockTargetPref).value_or("");
+}
+
 bundle Preparation()
 {
     bundle message;
@@ -126,7 +137,12 @@ Exit Prepare(const Options& options, const WorldClockArguments& arguments)
     Connection connection;
     RequireService(connection);
     const Current current = CurrentFace();
+    if (current.face.empty())
+        throw Stop(Exit::kNotFound, "no face is current yet; type: " + WatchCommand("set FACE"));
     ServicePeer(connection, arguments.as).Tell(Preparation());
+    if (PreparedFace() != current.face)
+        throw Stop(Exit::kError, "the service did not keep that the next update is for [" + current.face +
+                                     "]; look for watchface-service in " + LogPlace("watchface-service"));
     if (options.json) {
         PrintLine(JsonLine(Json::object({
             {"face", BytesToJson(current.face)}
@@ -139,12 +155,7 @@ Exit Update(const Options& options, const WorldClockArguments& arguments)
 {
     SelectWatch(options.root);
     Connection connection;
-    // The service changes the face that was current when it was told that an update comes.
-    const std::string target =
-        Platform::GetAs<std::string>(*std::make_unique<Platform::ValueStore>(
-                                         Platform::PreferencesPath(std::string(Platform::kServiceId)), 0600),
-                                     kWorldClockTargetPref)
-            .value_or("");
+    const std::string target = PreparedFace();
     if (target.empty())
         throw Stop(Exit::kNothingToDo, "no update was prepared; type: " + WatchCommand("set FACE") +
                                            ", then: " + WatchCommand("world-clock prepare"));

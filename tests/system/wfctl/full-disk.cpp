@@ -85,3 +85,14 @@ TEST_F(AFullWatch, says_why_a_preview_did_not_come)
     EXPECT_THAT(installed.err, HasSubstr("is stored, but no new preview came"));
     EXPECT_THAT(installed.err, HasSubstr("in time; the log says:\n"));
 }
+
+TEST_F(AFullWatch, has_prepared_no_world_clock)
+{
+    ASSERT_EQ(Run({"set", "c4"}).status, 0);
+    LimitFiles(1);
+    const Result prepared = Run({"world-clock", "prepare", "--json"});
+    EXPECT_EQ(prepared.status, 1);
+    EXPECT_EQ(prepared.out, "");
+    EXPECT_THAT(prepared.err, HasSubstr("the service did not keep that the next update is for "
+                                        "[com.corvane.watchface-mirel-c4]; look for watchface-service"));
+}

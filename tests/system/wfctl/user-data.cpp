@@ -115,6 +115,13 @@ TEST_F(AWatchOfSomebody, sets_the_world_clock_of_the_face_that_was_prepared)
               "updatedMode: 1\n");
 }
 
+TEST_F(AWatchOfSomebody, prepares_no_world_clock_without_a_current_face)
+{
+    const Result prepared = Run({"world-clock", "prepare"});
+    EXPECT_EQ(prepared.status, 10);
+    EXPECT_EQ(prepared.err, "wfctl: no face is current yet; type: wfctl set FACE\n");
+}
+
 TEST_F(AWatchOfSomebody, sets_no_world_clock_without_a_preparation)
 {
     EXPECT_EQ(Run({"world-clock", "update", "city", "Asia/Seoul"}).status, 9);
