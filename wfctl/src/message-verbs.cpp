@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "application-table.h"
 #include "connection.h"
 #include "exit-status.h"
 #include "hint.h"
@@ -40,10 +41,21 @@ struct LaunchArguments {
     double wait = kLaunchPatience;
 };
 
+// Where messages are waited for, there is somewhere for them to come to.
+PeerAddress ParseListener(const std::string& as, bool trusted)
+{
+    const PeerAddress self = ParsePeer(as, trusted);
+    if (!self.port.empty()) return self;
+    throw Stop(Exit::kUsage,
+               "which port of [" + self.app + "]? say --as APP:PORT" + OrMeant(self.app, ApplicationIds()));
+}
+
 Exit Send(const Options& options, const SendArguments& arguments)
 {
     const bool trusted = !arguments.untrusted;
-    const PeerAddress self = ParsePeer(arguments.as, trusted);
+    const bool isWaiting = arguments.wait > 0;
+    const PeerAddress self =
+        isWaiting ? ParseListener(arguments.as, trusted) : ParsePeer(arguments.as, trusted);
     const PeerAddress to = ParsePeer(arguments.to, trusted);
     const Platform::BundlePtr message = ParseBundle(arguments.assignments);
     SelectWatch(options.root);
@@ -52,7 +64,7 @@ Exit Send(const Options& options, const SendArguments& arguments)
     WarnOfMessageSlips(to.app, *message);
     unsigned replies = 0;
     Peer::Callback print;
-    if (arguments.wait > 0) {
+    if (isWaiting) {
         print = [&](const std::string& app, const std::string& port, const bundle& reply) {
             if (arguments.count > 0 && replies >= arguments.count) return;
             ++replies;
@@ -61,21 +73,21 @@ Exit Send(const Options& options, const SendArguments& arguments)
     }
     Peer peer(connection, self, trusted, print);
     peer.Send(to, trusted, *message);
-    if (arguments.wait <= 0) return Exit::kDone;
+    if (!isWaiting) return Exit::kDone;
     connection.RunUntil([&] { return arguments.count > 0 && replies >= arguments.count; },
                         Seconds(arguments.wait));
     if (replies > 0) return Exit::kDone;
-    throw Stop(Exit::kNoAnswer, "nothing came back to [" + self.app + ":" + self.port + "] in time");
+    const std::string why = to.app == Platform::kServiceId
+                                ? "; the service answers its peers alone: look for watchface-service in " +
+                                      LogPlace("watchface-service")
+                                : "";
+    throw Stop(Exit::kNoAnswer, "nothing came back to [" + self.app + ":" + self.port + "] in time" + why);
 }
 
 Exit Listen(const Options& options, const ListenArguments& arguments)
 {
     const bool trusted = !arguments.untrusted;
-    const PeerAddress self = ParsePeer(arguments.as, trusted);
-    if (self.port.empty()) {
-        throw Stop(Exit::kUsage, "which port of [" + self.app + "]? say --as APP:PORT" +
-                                     OrMeant(self.app, ApplicationIds()));
-    }
+    const PeerAddress self = ParseListener(arguments.as, trusted);
     WarnOfPeerSlips(self);
     SelectWatch(options.root);
     Connection connection;

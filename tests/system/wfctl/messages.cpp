@@ -222,3 +222,19 @@ TEST_F(AWatch, answers_launch_requests)
     EXPECT_EQ(Run({"launch", "com.example.nobody"}).status, 10);
     EXPECT_EQ(Run({"launch", "nobody"}).status, 2);
 }
+
+TEST_F(AWatch, waits_for_nothing_where_nothing_can_come_to)
+{
+    const Result sent =
+        Run({"send", "--as", "com.corvane.worldclock-map", kService, "type=x", "--wait", "30"});
+    EXPECT_EQ(sent.status, 2);
+    EXPECT_THAT(sent.err, HasSubstr("which port of [com.corvane.worldclock-map]? say --as APP:PORT"));
+}
+
+TEST_F(AWatch, says_where_to_look_when_the_service_does_not_answer)
+{
+    const Result sent = Run({"send", "--as", "com.example.app:port", kService, "type=x", "--wait", "0.1"});
+    EXPECT_EQ(sent.status, 3);
+    EXPECT_THAT(sent.err, HasSubstr("nothing came back to [com.example.app:port] in time"));
+    EXPECT_THAT(sent.err, HasSubstr("look for watchface-service in [" + mRoot + "/watch.log]"));
+}
