@@ -118,12 +118,12 @@ private:
 
     std::string RedrawCommand(const Face& face) const
     {
-        return WatchCommand("preview request " + ShellWord(face.name));
+        return RunningWatchCommand("preview request " + ShellWord(face.name));
     }
 
     std::string DeleteCommand(const Face& face) const
     {
-        return WatchCommand("delete " + ShellWord(face.name)) +
+        return RunningWatchCommand("delete " + ShellWord(face.name)) +
                (face.shipped ? "  # what was changed of it is lost" : "  # the face is lost");
     }
 
@@ -147,10 +147,10 @@ private:
     void AddBadDocument(const Face& face, const std::string& path)
     {
         const std::string quoted = ShellQuoted(path);
-        Add("bad-document", path, face.name, "is not accepted",
-            face.writable && face.shipped ? DeleteCommand(face)
-                                          : WatchCommand("validate " + quoted) +
-                                                ", mend it, then: " + WatchCommand("install " + quoted));
+        const std::string mend = face.writable && face.shipped
+                                     ? ", mend it, or: " + DeleteCommand(face)
+                                     : ", mend it, then: " + RunningWatchCommand("install " + quoted);
+        Add("bad-document", path, face.name, "is not accepted", WatchCommand("validate " + quoted) + mend);
     }
 
     void LookAtPhotos(const Face& face)
@@ -166,7 +166,8 @@ private:
             if (problem.empty()) continue;
             Add(isThere ? "photo-damaged" : "photo-missing", path, face.name,
                 problem + ", and is chosen for [" + photos.id + "] of [" + face.name + "]",
-                WatchCommand("edit " + ShellWord(face.name) + " --photo " + ShellQuoted(photos.id + "=")) +
+                RunningWatchCommand("edit " + ShellWord(face.name) + " --photo " +
+                                    ShellQuoted(photos.id + "=")) +
                     ", or: " + AddCommand(photos, chosen->second));
         }
     }
@@ -261,7 +262,7 @@ private:
         const Current current = CurrentFace();
         if (current.app == Platform::kFacesId && !current.face.empty() && !FindFace(current.face))
             Add("no-current-face", "", current.face, "is the current face and does not exist",
-                WatchCommand("list") + ", then: " + WatchCommand("set NAME"));
+                WatchCommand("list") + ", then: " + RunningWatchCommand("set NAME"));
         const std::string service(Platform::kServiceId);
         const std::string path = Platform::PreferencesPath(service);
         if (!Exists(path)) return;
@@ -269,7 +270,7 @@ private:
         const auto target = Platform::GetAs<std::string>(preferences, kWorldClockTargetPref).value_or("");
         if (!target.empty() && !FindFace(target))
             Add("stale-preference", "", target, "is named by [" + std::string(kWorldClockTargetPref) + "]",
-                WatchCommand("pref unset " + service + " " + kWorldClockTargetPref));
+                RunningWatchCommand("pref unset " + service + " " + kWorldClockTargetPref));
         LookAtWorldClocks(preferences);
     }
 
@@ -283,7 +284,7 @@ private:
         }
         for (const auto& [clock, all] : keys) {
             Add("stale-preference", "", clock, "is a face and a group that a world clock is kept for",
-                WatchCommand("pref unset " + std::string(Platform::kServiceId) + all));
+                RunningWatchCommand("pref unset " + std::string(Platform::kServiceId) + all));
         }
     }
 

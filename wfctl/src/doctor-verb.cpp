@@ -57,6 +57,8 @@ public:
         }
     }
 
+    bool IsThere() const { return mConnection != nullptr; }
+
     // Files that have not changed since are in nobody's hands.
     timespec Beginning() const
     {
@@ -142,14 +144,22 @@ std::string FixWithoutService()
     return WatchCommand("doctor --fix") + ", once " + std::string(Platform::kServiceId) + " has ended";
 }
 
-void Print(const Ailment& ailment, const std::string& done, bool isHeld)
+// Why nothing is done about it; empty where nothing keeps --fix from it, or it is not asked for.
+std::string WhyNotDone(const Ailment& ailment, bool isHeld, bool isFix, const Service& service)
+{
+    if (isHeld) return "it changed after the service began, which may hold it, so it stays until that ends";
+    if (isFix && ailment.kind->remedy == Remedy::kPreview && !service.IsThere())
+        return "the service draws it, and does not run";
+    return {};
+}
+
+void Print(const Ailment& ailment, const std::string& done, const std::string& whyNot)
 {
     const std::string& subject = ailment.path.empty() ? ailment.face : ailment.path;
     PrintLine(std::string(ailment.kind->code) + ": [" + subject + "] " + ailment.what);
     PrintLine("    " + std::string(ailment.kind->why));
     if (!done.empty()) return PrintLine("    " + done);
-    if (isHeld)
-        PrintLine("    it changed after the service began, which may hold it, so it stays until that ends");
+    if (!whyNot.empty()) PrintLine("    " + whyNot);
     PrintLine("    type: " + ailment.advice);
 }
 
@@ -210,7 +220,7 @@ Exit Doctor(const Options& options, const DoctorArguments& arguments)
         if (isHeld) ailment.advice = FixWithoutService();
         if (done.empty()) ++left;
         findings.push_back(ToJson(ailment, done));
-        if (!options.json) Print(ailment, done, isHeld);
+        if (!options.json) Print(ailment, done, WhyNotDone(ailment, isHeld, arguments.isFix, service));
     }
     if (options.json) {
         PrintLine(JsonLine(Json::object({

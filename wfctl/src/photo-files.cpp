@@ -112,7 +112,7 @@ std::string PhotoProblem(const std::string& path)
 
 std::string AddCommand(const DataUtil::Photos& photos, const std::string& file)
 {
-    return WatchCommand("bg add --type " + KindOf(photos) + " " + ShellQuoted(file));
+    return RunningWatchCommand("bg add --type " + KindOf(photos) + " " + ShellQuoted(file));
 }
 
 }  // namespace Wfctl

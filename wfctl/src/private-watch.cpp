@@ -342,6 +342,13 @@ bool IsPrivateWatch()
     return access(WatchPaths{Platform::CurrentAreas().root}.Lock().c_str(), F_OK) == 0;
 }
 
+bool IsDown()
+{
+    if (!IsPrivateWatch()) return false;
+    const auto state = ReadState({Platform::CurrentAreas().root});
+    return !state || !OpenProcess(state->supervisor);
+}
+
 void SelectWatch(const std::string& dir)
 {
     gNamedRoot = dir;
@@ -399,10 +406,7 @@ std::string WhyBusGone(const std::string& address)
 
 std::string WhyNoWatch(const std::string& error)
 {
-    const WatchPaths paths{Platform::CurrentAreas().root};
-    const auto state = ReadState(paths);
-    const bool isUp = state && OpenProcess(state->supervisor);
-    if (IsPrivateWatch() && !isUp) return "no watch is up at [" + paths.root + "]; " + HowToStart();
+    if (IsDown()) return "no watch is up at [" + Platform::CurrentAreas().root + "]; " + HowToStart();
     return "no watch is running: no bus answers at " + error + "; type: " + kHowToStartAny;
 }
 

@@ -78,6 +78,9 @@ std::string LogPlace(const std::string& tag);
 // Whether the selected watch is one that `up` made.
 bool IsPrivateWatch();
 
+// Whether it is one, and is down.
+bool IsDown();
+
 // Takes the watch below DIR for this process; without DIR it is that of the environment. One that is down has
 // its files, and an address at which no bus answers. Stops with Exit::kNoWatch when there is none below DIR,
 // and with Exit::kNotPermitted when it is another user's.

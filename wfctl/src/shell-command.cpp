@@ -1,5 +1,6 @@
 #include "shell-command.h"
 
+#include "areas.h"
 #include "private-watch.h"
 
 namespace Wfctl {
@@ -20,6 +21,14 @@ std::string WatchCommand(const std::string& words)
 {
     const std::string& root = NamedRoot();
     return root.empty() ? "wfctl " + words : CommandOn(root, words);
+}
+
+std::string RunningWatchCommand(const std::string& words)
+{
+    if (!IsDown()) return WatchCommand(words);
+    // Also without --root, since the environment's bus is gone then.
+    const std::string& root = Platform::CurrentAreas().root;
+    return CommandOn(root, "up") + " && " + CommandOn(root, words);
 }
 
 }  // namespace Wfctl

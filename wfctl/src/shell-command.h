@@ -16,4 +16,7 @@ std::string CommandOn(const std::string& root, const std::string& words);
 // The same about the selected watch: with --root where the user named it so, else "wfctl list".
 std::string WatchCommand(const std::string& words);
 
+// The same for what only a running watch does: one that is down comes up first.
+std::string RunningWatchCommand(const std::string& words);
+
 }  // namespace Wfctl

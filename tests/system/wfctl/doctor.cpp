@@ -313,7 +313,23 @@ TEST_F(ADoctor, says_how_to_have_a_shipped_face_back_whose_document_is_not_accep
     ASSERT_THAT(Codes(report), ElementsAre("bad-document"));
     EXPECT_EQ(Run({"doctor", "--fix"}).status, 1);
     EXPECT_EQ(ContentsOf(path), "<face-result/>");
-    EXPECT_EQ(Typed(report["findings"][0]["type"]).status, 0);
+    const std::string type = report["findings"][0]["type"];
+    const std::string wholly = ", mend it, or: ";
+    ASSERT_THAT(type, HasSubstr(wholly));
+    EXPECT_THAT(Typed(type.substr(0, type.find(wholly))).out, HasSubstr("E-")) << type;
+    EXPECT_EQ(Typed(type.substr(type.find(wholly) + wholly.size())).status, 0) << type;
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
+TEST_F(ADoctor, says_how_a_watch_that_is_down_comes_to_draw_again)
+{
+    fs::remove(ReadWriteFace(kClassic) + kClassic + ".png");
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    const Result fixed = Run({"doctor", "--fix"});
+    EXPECT_EQ(fixed.status, 1);
+    EXPECT_THAT(fixed.out, HasSubstr("    the service draws it, and does not run\n    type: wfctl --root "));
+    const std::string type = Findings()["findings"][0]["type"];
+    EXPECT_EQ(Typed(type).status, 0) << type;
     EXPECT_THAT(Codes(Findings()), IsEmpty());
 }
 
