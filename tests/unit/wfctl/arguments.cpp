@@ -150,6 +150,16 @@ TEST_F(AFile, that_is_a_folder_is_an_error)
     EXPECT_EQ(StatusOf([&] { ParseAssignment("k=@" + mFolder); }), Exit::kError);
 }
 
+TEST_F(AFile, that_does_not_end_is_read_until_it_is_too_large_for_everybody)
+{
+    EXPECT_EQ(ReadNamedFile("/dev/zero").size(), (std::size_t{32} << 20) + 1);
+}
+
+TEST_F(AFile, that_fails_while_it_is_read_is_an_error)
+{
+    EXPECT_EQ(StatusOf([] { ReadNamedFile("/proc/self/mem"); }), Exit::kError);
+}
+
 TEST(ABundle, holds_texts_and_lists)
 {
     const auto message = ParseBundle({"type=watch-bg-del", "bg_list=[a,b]"});
