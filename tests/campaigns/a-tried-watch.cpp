@@ -29,8 +29,7 @@ using TestSupport::Header;
 
 constexpr auto kPatience = 60s;  // longer than every wait of the service's own, one behind the other
 constexpr auto kLookAgain = 1ms;
-constexpr auto kReplyIsLost = 200ms;  // when the service rests and says nothing
-constexpr auto kWordIsLost = 1s;      // that it is ready
+constexpr auto kWordIsLost = 1s;  // that it is ready
 constexpr const char* kAreas[] = {
     "apps/com.corvane.watchface/shared/data",
     "apps/com.corvane.watchface/shared/trusted",
@@ -109,8 +108,9 @@ Answer AnswerIn(const RawBus::Message& message)
 
 }  // namespace
 
-TriedWatch::TriedWatch(const std::string& prefix)
-    : mFolder("/dev/shm"),
+TriedWatch::TriedWatch(const std::string& prefix, std::chrono::milliseconds replyIsLost)
+    : mReplyIsLost(replyIsLost),
+      mFolder("/dev/shm"),
       mRoot(mFolder.Path() + "/watch"),
       mPrefix(prefix),
       mShippedFaces(prefix + "/share/watch/com.corvane.watchface/shared/res/watchlist/")
@@ -191,14 +191,16 @@ Answer TriedWatch::Ask(const Identity& peer, const Values& values)
     Answer answer = Answer::kNone;
     const uint32_t call = bus.Call(MessageOf(peer, values));
     const auto deadline = Clock::now() + kPatience;
-    auto lastWord = Clock::now();
+    auto lastSign = Clock::now();  // of the service
     while (Clock::now() < deadline) {
         if (!bus.HasNext(kLookAgain)) {
+            if (HasEnded()) return answer;
+            if (!mService->IsIdle()) lastSign = Clock::now();
             // Its answer may have been lost to a fault of the bus.
-            if (HasEnded() || (mService->IsIdle() && Clock::now() - lastWord > kReplyIsLost)) return answer;
+            if (Clock::now() - lastSign > mReplyIsLost) return answer;
             continue;
         }
-        lastWord = Clock::now();
+        lastSign = Clock::now();
         const RawBus::Message message = bus.Next();
         if (message.type == Header::kCall) {
             if (const Answer said = AnswerIn(message); said != Answer::kNone) answer = said;
@@ -214,11 +216,13 @@ void TriedWatch::Ping()
         TestSupport::Layout({Header::kCall, kService, "/", "org.freedesktop.DBus.Peer", "Ping", ""}, {});
     RawBus& bus = *mPeers.at(kManager.app);
     const uint32_t call = bus.Call(ping);
-    const auto begin = Clock::now();
+    const auto deadline = Clock::now() + kPatience;
+    auto lastSign = Clock::now();
     bool isAnswered = false;
-    while (!HasEnded() && Clock::now() < begin + kPatience) {
+    while (!HasEnded() && Clock::now() < deadline) {
+        if (!mService->IsIdle()) lastSign = Clock::now();
         // Its answer may have been lost to a fault of the bus, too.
-        const bool isOver = isAnswered || Clock::now() > begin + kReplyIsLost;
+        const bool isOver = isAnswered || Clock::now() - lastSign > mReplyIsLost;
         if (isOver && mService->IsIdle()) return;
         if (!isAnswered && bus.HasNext(kLookAgain)) isAnswered = bus.Next().replyTo == call;
     }

@@ -30,7 +30,10 @@ enum class Answer { kNone, kSuccess, kFailure };
 
 class TriedWatch {
 public:
-    explicit TriedWatch(const std::string& prefix);
+    // A reply is lost that has not come so long after the service came to rest. With no fault of the bus none
+    // is lost, but on a busy machine it may be late.
+    explicit TriedWatch(const std::string& prefix,
+                        std::chrono::milliseconds replyIsLost = std::chrono::seconds(20));
 
     const std::string& Root() const { return mRoot; }
     std::string Address() const { return mBus.Address(); }
@@ -91,6 +94,7 @@ private:
     void Draw(const std::string& face) const;
     void BringValueBack(const std::string& name, const std::string& value) const;
 
+    const std::chrono::milliseconds mReplyIsLost;
     TestSupport::PrivateBus mBus;
     TestSupport::TemporaryFolder mFolder;
     const std::string mRoot, mPrefix, mShippedFaces;

@@ -31,6 +31,7 @@ namespace {
 using namespace Campaign;
 
 constexpr double kLongest = 10;  // seconds until a fault is dealt with, ten times what it takes in quiet
+constexpr std::chrono::milliseconds kReplyIsLost{200};
 constexpr int kRehearsals = 5;
 constexpr int kMostTries = 5;  // until a fault meets a call
 
@@ -52,7 +53,7 @@ struct Tally {
 
 class Campaigner {
 public:
-    explicit Campaigner(const std::string& prefix) : mWatch(prefix)
+    explicit Campaigner(const std::string& prefix) : mWatch(prefix, kReplyIsLost)
     {
         if (!mWatch.Start()) throw std::runtime_error("the service does not start");
         mFormer = FormerState(mWatch);
