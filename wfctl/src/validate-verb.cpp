@@ -1,8 +1,10 @@
 // All that is wrong with face documents: validate.
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 #include "arguments.h"
 #include "asset-checks.h"
@@ -26,13 +28,13 @@ struct ValidateArguments {
     std::vector<std::string> what;
 };
 
-// A document, and where the assets that it names are looked up.
+// What was found in a document, or why nobody can look at it.
 struct Checked {
     std::string file;
-    std::vector<std::string> folders;
     std::string root;
     std::vector<DataUtil::Finding> findings;
-    bool isGood = false;
+    Exit status = Exit::kDone;
+    std::string obstacle;
 };
 
 // Beside the document, and in the folder of the watch's face that it is an edited copy of.
@@ -45,22 +47,27 @@ std::vector<std::string> FoldersOfFile(const std::string& file, const std::strin
     return folders;
 }
 
+bool IsRefused(const std::vector<DataUtil::Finding>& findings)
+{
+    return std::ranges::any_of(findings, [](const DataUtil::Finding& finding) {
+        return finding.severity == DataUtil::Severity::kError;
+    });
+}
+
 Checked Check(const std::string& file)
 {
     const std::string text = ReadNamedFile(file);
     const DocumentFacts facts = FactsOf(text);
-    Checked checked{file, {}, facts.root, {}};
+    std::vector<DataUtil::Finding> findings;
     if (facts.root == kFlatRoot) {
-        checked.findings = DataUtil::CheckFlat(text);
+        findings = DataUtil::CheckFlat(text);
     } else {
         const auto assets = DataUtil::CheckAssets(text, FoldersOfFile(file, facts.id));
-        checked.findings = Merged(DataUtil::ParseFace(text).findings, assets);
+        findings = Merged(DataUtil::ParseFace(text).findings, assets);
     }
-    checked.findings = WithUnknownLocales(text, std::move(checked.findings));
-    checked.isGood =
-        std::none_of(checked.findings.begin(), checked.findings.end(),
-                     [](const DataUtil::Finding& one) { return one.severity == DataUtil::Severity::kError; });
-    return checked;
+    findings = WithUnknownLocales(text, std::move(findings));
+    const Exit status = IsRefused(findings) ? Exit::kError : Exit::kDone;
+    return {file, facts.root, std::move(findings), status, ""};
 }
 
 // The files that `what` names: itself, or the documents of a face of the watch.
@@ -79,31 +86,85 @@ std::vector<std::string> FilesOf(const std::string& what)
 void Print(const Checked& checked)
 {
     for (const DataUtil::Finding& finding : checked.findings) PrintLine(FindingLine(checked.file, finding));
-    if (checked.findings.empty()) PrintLine(checked.file + ": good");
+    if (checked.status == Exit::kDone && checked.findings.empty()) PrintLine(checked.file + ": good");
 }
+
+Json ToJson(const Checked& checked)
+{
+    const bool isGood = checked.status == Exit::kDone;
+    const Json findings = FindingsJson(checked.file, checked.findings);
+    Json one = Json::object({
+        {"file",     BytesToJson(checked.file)},
+        {"kind",     BytesToJson(checked.root)},
+        {"good",     isGood                   },
+        {"findings", findings                 }
+    });
+    if (!checked.obstacle.empty()) one["obstacle"] = BytesToJson(checked.obstacle);
+    return one;
+}
+
+// Looks at all that was named, whatever of it cannot be looked at.
+class Validation {
+public:
+    explicit Validation(bool isJson) : mIsJson(isJson) {}
+
+    void LookAt(const std::string& what)
+    {
+        try {
+            for (const std::string& file : FilesOf(what)) LookAtFile(file);
+        } catch (const Stop& stop) {
+            TakeObstacle(what, stop);
+        }
+    }
+
+    // The worst status of all.
+    Exit Finish() const
+    {
+        if (mIsJson) PrintLine(JsonLine(mAll));
+        return mWorst;
+    }
+
+private:
+    void LookAtFile(const std::string& file)
+    {
+        try {
+            Take(Check(file));
+        } catch (const Stop& stop) {
+            TakeObstacle(file, stop);
+        }
+    }
+
+    void TakeObstacle(const std::string& name, const Stop& stop)
+    {
+        Checked checked;
+        checked.file = name;
+        checked.status = stop.Status();
+        checked.obstacle = stop.what();
+        std::fprintf(stderr, "wfctl: %s\n", stop.what());
+        Take(checked);
+    }
+
+    void Take(const Checked& checked)
+    {
+        mWorst = std::max(mWorst, checked.status);
+        if (mIsJson)
+            mAll.push_back(ToJson(checked));
+        else
+            Print(checked);
+    }
+
+    const bool mIsJson;
+    Json mAll = Json::array();
+    Exit mWorst = Exit::kDone;
+};
 
 Exit Validate(const Options& options, const ValidateArguments& arguments)
 {
     // A watch that is not running has faces and assets too.
     SelectWatch(options.root);
-    Json all = Json::array();
-    std::size_t bad = 0;
-    for (const std::string& what : arguments.what) {
-        for (const std::string& file : FilesOf(what)) {
-            const Checked checked = Check(file);
-            if (!checked.isGood) ++bad;
-            const Json findings = FindingsJson(file, checked.findings);
-            all.push_back(Json::object({
-                {"file",     BytesToJson(file)        },
-                {"kind",     BytesToJson(checked.root)},
-                {"good",     checked.isGood           },
-                {"findings", findings                 }
-            }));
-            if (!options.json) Print(checked);
-        }
-    }
-    if (options.json) PrintLine(JsonLine(all));
-    return bad == 0 ? Exit::kDone : Exit::kError;
+    Validation validation(options.json);
+    for (const std::string& what : arguments.what) validation.LookAt(what);
+    return validation.Finish();
 }
 
 }  // namespace
