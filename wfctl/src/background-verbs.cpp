@@ -67,6 +67,9 @@ Exit Add(const Options& options, const BackgroundArguments& arguments)
     for (const std::string& file : arguments.names) {
         const std::string name = fs::path(file).filename();
         const AreaCopy copy(file, peer.Application(), name);
+        if (const std::string problem = PhotoProblem(copy.Path()); !problem.empty())
+            Warn("[" + file + "] " + problem +
+                 "; a face for which it is chosen shows its own picture instead");
         bundle message = NewMessage("watch-bg-add", arguments);
         message.Set("bg_list", copy.Path());
         Ask(peer, message, options, arguments, "add [" + file + "]");

@@ -51,6 +51,22 @@ TEST_F(AWatchOfSomebody, keeps_pictures_of_the_theme_apart)
     EXPECT_EQ(Run({"bg", "list", "--type", "digital"}).out, "a.png\n");
 }
 
+TEST_F(AWatchOfSomebody, takes_a_damaged_picture_with_a_warning)
+{
+    EXPECT_EQ(Run({"bg", "add", Picture("whole.png")}).err, "");
+    const std::string whole = ContentsOf(Picture("whole.png"));
+    const std::pair<std::string, std::string> damaged[] = {
+        {Holding("cut.png", whole.substr(0, whole.size() / 2)),                   "is a damaged PNG"},
+        {Holding("cut.jpg",                 "\xff\xd8\xff \xff\xda and so on"),               "is a JPEG that is cut short"},
+    };
+    for (const auto& [file, problem] : damaged) {
+        const Result added = Run({"bg", "add", file});
+        EXPECT_EQ(added.status, 0) << file;
+        EXPECT_THAT(added.err, StartsWith("wfctl: warning: [" + file + "] " + problem)) << file;
+    }
+    EXPECT_EQ(Run({"bg", "list"}).out, "cut.jpg\ncut.png\nwhole.png\n");
+}
+
 TEST_F(AWatchOfSomebody, takes_back_what_is_pending)
 {
     ASSERT_EQ(Run({"bg", "add", Picture("old.png")}).status, 0);
