@@ -16,6 +16,7 @@
 #include "flat-checks.h"
 #include "flat-origin.h"
 #include "folder-entries.h"
+#include "missing-assets.h"
 #include "photo-files.h"
 #include "preview-state.h"
 #include "private-watch.h"
@@ -41,6 +42,7 @@ constexpr AilmentKind kKinds[] = {
     {"no-document",         "the service sees no face there, and nobody ever looks at it",   Remedy::kMove   },
     {"bad-document",        "the face cannot be edited or drawn",                            Remedy::kAdvice },
     {"bad-flat-document",   "the face cannot be drawn",                                      Remedy::kPreview},
+    {"asset-missing",       "the face is shown without it",                                  Remedy::kAdvice },
     {"photo-missing",       "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
     {"photo-damaged",       "the face shows its own picture instead, once it is drawn anew", Remedy::kAdvice },
     {"left-over",           "a program was killed while it wrote, and nobody reads it",      Remedy::kMove   },
@@ -92,7 +94,7 @@ private:
         if (!isBad && IsStale(face))
             Add("stale-flat-document", face.WatchfaceXml(), face.name,
                 "is not what the face's result XML gives", redraw);
-        LookAtPhotos(face);
+        LookAtImages(face);
         if (isBad) return;
         const PreviewReport preview = CheckPreview(face);
         if (preview.state == PreviewState::kGood) return;
@@ -153,13 +155,29 @@ private:
         Add("bad-document", path, face.name, "is not accepted", WatchCommand("validate " + quoted) + mend);
     }
 
-    void LookAtPhotos(const Face& face)
+    void LookAtImages(const Face& face)
     {
         const auto document = DocumentOf(face);
         if (!document) return;
-        for (const DataUtil::Photos& photos : document->photos) {
-            const auto chosen = document->selection.photos.find(photos.id);
-            if (chosen == document->selection.photos.end()) continue;
+        LookAtAssets(face, *document);
+        LookAtPhotos(face, *document);
+    }
+
+    void LookAtAssets(const Face& face, const DataUtil::FaceDocument& document)
+    {
+        for (const std::string& asset : MissingAssets(face, DataUtil::AssetPaths(document))) {
+            const std::string path = face.folder + asset;
+            Add("asset-missing", path, face.name, "is not there, and [" + face.name + "] names it",
+                "install -D -m 644 " + ShellQuoted(fs::path(asset).filename()) + " " + ShellQuoted(path) +
+                    ", then: " + RedrawCommand(face));
+        }
+    }
+
+    void LookAtPhotos(const Face& face, const DataUtil::FaceDocument& document)
+    {
+        for (const DataUtil::Photos& photos : document.photos) {
+            const auto chosen = document.selection.photos.find(photos.id);
+            if (chosen == document.selection.photos.end()) continue;
             const std::string path = PhotoPath(photos, chosen->second);
             const bool isThere = Exists(path);
             const std::string problem = isThere ? PhotoProblem(path) : "is gone";

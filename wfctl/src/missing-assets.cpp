@@ -2,22 +2,27 @@
 
 #include <filesystem>
 
-#include "faces.h"
 #include "json-text.h"
 #include "shell-command.h"
 
 namespace Wfctl {
 
-void WarnOfMissingAssets(const std::string& face, const std::set<std::string>& assets)
+std::set<std::string> MissingAssets(const Face& face, std::set<std::string> assets)
 {
-    const std::string folder = WritableFace(face).folder;
-    for (const std::string& asset : assets) {
+    std::erase_if(assets, [&](const std::string& asset) {
         std::error_code error;
-        if (std::filesystem::exists(folder + asset, error) ||
-            std::filesystem::exists(ShippedFaces() + face + "/" + asset, error))
-            continue;
-        Warn("[" + asset + "] is not on the watch, so the face is shown without it; put it at [" + folder +
-             asset + "], then: " + WatchCommand("preview request " + ShellWord(face)));
+        return std::filesystem::exists(face.folder + asset, error) ||
+               std::filesystem::exists(ShippedFaces() + face.name + "/" + asset, error);
+    });
+    return assets;
+}
+
+void WarnOfMissingAssets(const std::string& name, const std::set<std::string>& assets)
+{
+    const Face face = WritableFace(name);
+    for (const std::string& asset : MissingAssets(face, assets)) {
+        Warn("[" + asset + "] is not on the watch, so the face is shown without it; put it at [" +
+             face.folder + asset + "], then: " + WatchCommand("preview request " + ShellWord(name)));
     }
 }
 

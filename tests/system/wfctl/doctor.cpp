@@ -119,6 +119,28 @@ TEST_F(ADoctor, leaves_the_images_that_a_face_names)
     EXPECT_THAT(Codes(Findings()), IsEmpty());
 }
 
+TEST_F(ADoctor, finds_images_that_a_face_names_and_that_are_not_there)
+{
+    const std::string face =
+        R"(<face-result format="1" id="com.example.nest" version="1" width="64" height="64"
+ shape="round" default-language="en" preview-time="10:08:36" title-key="t">
+<strings language="en"><string key="t">T</string></strings>
+<scene><image src="a tree/nest.png" x="0" y="0" width="64" height="64"/></scene></face-result>)";
+    ASSERT_EQ(Run({"install", Holding("nest_result.xml", face)}).status, 0);
+    const Json report = Findings();
+    ASSERT_THAT(Codes(report), ElementsAre("asset-missing"));
+    const std::string path = ReadWriteFace("com.example.nest") + "a tree/nest.png";
+    EXPECT_EQ(report["findings"][0]["path"], path);
+    Holding("nest.png", ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png"));
+    const std::string type = report["findings"][0]["type"];
+    const auto then = type.find(", then: ");
+    ASSERT_NE(then, std::string::npos) << type;
+    EXPECT_EQ(Typed("cd '" + mFolder + "' && " + type.substr(0, then)).status, 0) << type;
+    EXPECT_TRUE(fs::exists(path)) << type;
+    EXPECT_EQ(Typed(type.substr(then + 8)).status, 0) << type;
+    EXPECT_THAT(Codes(Findings()), IsEmpty());
+}
+
 TEST_F(ADoctor, leaves_files_of_a_face_whose_document_cannot_say_what_it_names)
 {
     Plant(ReadWriteFace(kClassic) + kClassic + "_result.xml", "<face-result/>");
