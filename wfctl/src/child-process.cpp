@@ -20,6 +20,10 @@ extern "C" {
 #include <iterator>
 #include <map>
 #include <sstream>
+#include <utility>
+
+#include "exit-status.h"
+#include "interruptions.h"
 
 extern char** environ;
 
@@ -67,10 +71,94 @@ pid_t Spawn(const Command& command)
                                          O_WRONLY | O_CREAT | O_APPEND, 0600);
     }
     pid_t pid = -1;
-    const int code = posix_spawn(&pid, name.c_str(), &actions, nullptr, words.data(), environ);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    // What we hold back is not held back there.
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    const int code = posix_spawn(&pid, name.c_str(), &actions, &attributes, words.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
     return code == 0 ? pid : -1;
 }
+
+sigset_t WithChildren(sigset_t set)
+{
+    sigaddset(&set, SIGCHLD);
+    return set;
+}
+
+// Programs that are run; those that have not ended at the end of the scope are ended.
+class Children {
+public:
+    explicit Children(const std::vector<Command>& commands)
+        : mCommands(commands), mStatuses(commands.size(), -1)
+    {
+        // Who began us may have had it ignored; then the ends of programs would not be told.
+        std::signal(SIGCHLD, SIG_DFL);
+    }
+    ~Children()
+    {
+        for (const auto& [pid, number] : mRunning) kill(pid, SIGTERM);
+        for (const auto& [pid, number] : mRunning) {
+            EndProcess(OpenProcess(MarkOf(pid)), kPatience);
+            waitpid(pid, nullptr, WNOHANG);
+        }
+    }
+    Children(const Children&) = delete;
+    Children& operator=(const Children&) = delete;
+
+    std::vector<int> Run(unsigned atOnce, const std::function<void(std::size_t)>& onEnd)
+    {
+        const auto areLeft = [this] { return mNext < mCommands.size(); };
+        while (areLeft() || !mRunning.empty()) {
+            while (areLeft() && mRunning.size() < std::max(atOnce, 1U)) StartNext();
+            if (!mRunning.empty()) Await();
+            while (!mRunning.empty() && Reap()) {
+                if (onEnd) onEnd(mNext - mRunning.size());
+            }
+        }
+        return std::move(mStatuses);
+    }
+
+private:
+    static constexpr Milliseconds kPatience{2000};
+
+    void StartNext()
+    {
+        if (const pid_t pid = Spawn(mCommands[mNext]); pid > 0) mRunning[pid] = mNext;
+        ++mNext;
+    }
+
+    // Until one of them may have ended.
+    void Await() const
+    {
+        const int number = sigwaitinfo(&mAwaited, nullptr);
+        if (number > 0 && number != SIGCHLD) throw Stop(Exit::kInterrupted, "");
+    }
+
+    // Whether one had ended.
+    bool Reap()
+    {
+        int status = 0;
+        const pid_t pid = waitpid(-1, &status, WNOHANG);
+        if (pid < 0 && errno == ECHILD) mRunning.clear();
+        const auto one = mRunning.find(pid);
+        if (one == mRunning.end()) return pid > 0;
+        if (WIFEXITED(status)) mStatuses[one->second] = WEXITSTATUS(status);
+        mRunning.erase(one);
+        return true;
+    }
+
+    const std::vector<Command>& mCommands;
+    std::vector<int> mStatuses;
+    std::map<pid_t, std::size_t> mRunning;
+    std::size_t mNext = 0;
+    const sigset_t mAwaited = WithChildren(Interruptions());
+    const HeldSignals mHeld{mAwaited};
+};
 
 }  // namespace
 
@@ -162,29 +250,7 @@ std::string FindProgram(const std::string& name)
 std::vector<int> RunPrograms(const std::vector<Command>& commands, unsigned atOnce,
                              const std::function<void(std::size_t)>& onEnd)
 {
-    std::vector<int> statuses(commands.size(), -1);
-    std::map<pid_t, std::size_t> running;
-    std::size_t next = 0, ended = 0;
-    while (ended < commands.size()) {
-        while (next < commands.size() && running.size() < std::max(atOnce, 1U)) {
-            if (const pid_t pid = Spawn(commands[next]); pid > 0)
-                running[pid] = next;
-            else
-                ++ended;
-            ++next;
-        }
-        if (running.empty()) continue;
-        int status = 0;
-        const pid_t pid = waitpid(-1, &status, 0);
-        if (pid < 0 && errno != EINTR) break;
-        const auto one = running.find(pid);
-        if (one == running.end()) continue;
-        if (WIFEXITED(status)) statuses[one->second] = WEXITSTATUS(status);
-        running.erase(one);
-        ++ended;
-        if (onEnd) onEnd(ended);
-    }
-    return statuses;
+    return Children(commands).Run(atOnce, onEnd);
 }
 
 int RunProgram(const std::string& program, std::vector<std::string> arguments)

@@ -51,7 +51,7 @@ struct Command {
 
 // Runs the programs with our stdin and stdout, at most `atOnce` (0 counts as 1) at a time, and waits for all:
 // their exit statuses, or -1 for each that could not be run or was killed. `onEnd`, which may be empty, is
-// told how many have ended. This process has no other children meanwhile.
+// told how many have ended. We have no other children meanwhile. An interruption ends them all, and stops.
 std::vector<int> RunPrograms(const std::vector<Command>& commands, unsigned atOnce,
                              const std::function<void(std::size_t)>& onEnd = {});
 

@@ -15,7 +15,6 @@
 #include "locales-icu.h"
 #include "picture-output.h"
 #include "private-watch.h"
-#include "temporary-folder.h"
 #include "verb-table.h"
 
 namespace Wfctl {
@@ -82,8 +81,7 @@ Exit Render(const Options& options, const RenderArguments& arguments)
 {
     // Without a running watch the environment's areas are looked at, and only read.
     SelectWatch(options.root);
-    const TemporaryFolder scratch;
-    const Drawable drawable = FindDrawable(arguments.what, scratch.Path());
+    const Drawable drawable = FindDrawable(arguments.what);
     const std::string out = arguments.out.empty() ? NewPicture(drawable) : arguments.out;
     if (!Draw({
             {drawable, ChosenLook(arguments), out}

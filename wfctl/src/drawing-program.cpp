@@ -31,27 +31,27 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kDrawingProgram[] = "watchface-capture";
+constexpr std::size_t kDocumentWord = 1;  // of its words
 
 // A result XML that the user named. Its assets lie beside it, and those that do not in the folder of the
 // watch's face that it is a copy of.
-Drawable FlattenedInto(const std::string& scratch, const std::string& file, const std::string& text)
+Drawable Flattened(const std::string& file, const std::string& text)
 {
     const DataUtil::ParseResult parsed = DataUtil::ParseFace(text);
     PrintFindings(file, WithUnknownLocales(text, parsed.findings));
     if (!parsed.document) throw Stop(Exit::kError, "[" + file + "] is refused, so there is nothing to draw");
     const std::string& id = parsed.document->id;
-    WriteFile(scratch + "/watchface.xml", DataUtil::Flatten(*parsed.document));
     std::vector<std::string> assets = {fs::absolute(file).parent_path()};
     if (const auto face = FindFace(id)) assets.push_back(face->folder);
     const DocumentFacts facts = FactsOf(text);
-    return {scratch + "/watchface.xml",
+    return {"",
             ShippedFaces(),
             id,
             facts.title,
             facts.isRound,
             file,
             std::move(assets),
-            true};
+            DataUtil::Flatten(*parsed.document)};
 }
 
 std::string SettingText(std::string_view name)
@@ -63,10 +63,10 @@ std::string SettingText(std::string_view name)
     return ValueText(SettingValue(keys, setting));
 }
 
-std::vector<std::string> WordsFor(const Picture& picture)
+std::vector<std::string> WordsFor(const Picture& picture, const std::string& document)
 {
     std::vector<std::string> words = {"--draw",
-                                      picture.what.document,
+                                      document,
                                       picture.out,
                                       "--language",
                                       picture.look.language,
@@ -92,27 +92,27 @@ std::string Program()
 
 // "watchface.xml:41:3: warning: …", with the document's name as the user knows it, and without a place that
 // the user's document does not have.
-std::string AsKnown(std::string line, const Drawable& about)
+std::string AsKnown(std::string line, const std::string& document, const Drawable& about)
 {
-    if (!line.starts_with(about.document + ":")) return line;
-    line.erase(0, about.document.size());
-    if (about.isMade) line.erase(0, std::min(line.find_first_not_of(":0123456789"), line.size()));
-    return about.shownAs + (about.isMade ? ":" : "") + line;
+    if (!line.starts_with(document + ":")) return line;
+    line.erase(0, document.size());
+    if (about.made.empty()) return about.shownAs + line;
+    return about.shownAs + ":" + line.substr(std::min(line.find_first_not_of(":0123456789"), line.size()));
 }
 
 // Passes on what was said about a picture.
-void PrintComplaints(const std::string& file, const Drawable& about, std::set<std::string>& printed)
+void PrintComplaints(const Command& command, const Drawable& about, std::set<std::string>& printed)
 {
-    std::ifstream lines(file);
+    std::ifstream lines(command.errors);
     for (std::string line; std::getline(lines, line);) {
-        line = AsKnown(std::move(line), about);
+        line = AsKnown(std::move(line), command.arguments[kDocumentWord], about);
         if (printed.insert(line).second) std::fprintf(stderr, "%s\n", line.c_str());
     }
 }
 
 }  // namespace
 
-Drawable FindDrawable(const std::string& what, const std::string& scratch)
+Drawable FindDrawable(const std::string& what)
 {
     if (!IsFileName(what)) {
         const Face face = RequireFace(what, Beside::kFiles);
@@ -122,7 +122,7 @@ Drawable FindDrawable(const std::string& what, const std::string& scratch)
     }
     const std::string text = ReadNamedFile(what);
     const DocumentFacts facts = FactsOf(text);
-    if (facts.root == kResultRoot) return FlattenedInto(scratch, what, text);
+    if (facts.root == kResultRoot) return Flattened(what, text);
     return {what, "", fs::absolute(what).stem().string(), facts.title, facts.isRound, what};
 }
 
@@ -134,18 +134,20 @@ Look WatchLook()
 std::vector<bool> Draw(const std::vector<Picture>& pictures, const std::function<void(std::size_t)>& onDrawn)
 {
     const std::string program = Program();
-    const TemporaryFolder complaints;
+    const TemporaryFolder scratch;
     std::vector<Command> commands;
     commands.reserve(pictures.size());
     for (const Picture& picture : pictures) {
-        commands.push_back(
-            {program, WordsFor(picture), complaints.Path() + "/" + std::to_string(commands.size())});
+        const std::string own = scratch.Path() + "/" + std::to_string(commands.size());
+        if (!picture.what.made.empty()) WriteFile(own + ".xml", picture.what.made);
+        const std::string document = picture.what.made.empty() ? picture.what.document : own + ".xml";
+        commands.push_back({program, WordsFor(picture, document), own});
     }
     const std::vector<int> statuses = RunPrograms(commands, std::thread::hardware_concurrency(), onDrawn);
     std::set<std::string> printed;
     std::vector<bool> drawn;
     for (std::size_t i = 0; i < pictures.size(); ++i) {
-        PrintComplaints(commands[i].errors, pictures[i].what, printed);
+        PrintComplaints(commands[i], pictures[i].what, printed);
         drawn.push_back(statuses[i] == 0);
     }
     return drawn;

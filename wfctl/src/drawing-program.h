@@ -10,20 +10,19 @@ namespace Wfctl {
 
 // A face that can be drawn.
 struct Drawable {
-    std::string document;  // the file of its flat document
+    std::string document;  // the file of its flat document; empty where it is `made`
     std::string faces;     // a folder of faces where more assets are looked up; may be empty
     std::string name;
     std::string title;  // may be empty
     bool isRound = true;
     std::string shownAs;                   // how messages name the document
     std::vector<std::string> assets = {};  // folders where they are looked up first
-    bool isMade = false;                   // from shownAs, in which nothing has the document's lines
+    std::string made = {};                 // from shownAs, in which nothing has this flat document's lines
 };
 
 // What `what` names: a result XML, a flat document, or a watch face of the selected watch. A result XML is
-// flattened into the folder `scratch`, which outlives the drawable, and its findings go to stderr. Stops when
-// there is no such thing or it is refused.
-Drawable FindDrawable(const std::string& what, const std::string& scratch);
+// flattened, and its findings go to stderr. Stops when there is no such thing or it is refused.
+Drawable FindDrawable(const std::string& what);
 
 // As what a face is drawn.
 struct Look {

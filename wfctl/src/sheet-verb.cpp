@@ -107,13 +107,11 @@ std::vector<std::string> NamesOrAll(const std::vector<std::string>& names)
     return all;
 }
 
-std::vector<SheetFace> FindAll(const SheetArguments& arguments, const std::string& scratch)
+std::vector<SheetFace> FindAll(const SheetArguments& arguments)
 {
     std::vector<SheetFace> faces;
     for (const std::string& name : NamesOrAll(arguments.faces)) {
-        const std::string own = scratch + "/" + std::to_string(faces.size());
-        fs::create_directory(own);
-        Drawable face = FindDrawable(name, own);
+        Drawable face = FindDrawable(name);
         // Several files may be of one face.
         const std::string what = IsFileName(name) ? fs::path(name).filename().string() : face.name;
         SheetLabel label = face.title.empty() ? SheetLabel{what, ""} : SheetLabel{face.title, what};
@@ -276,12 +274,12 @@ Json SheetJson(const std::string& out, const SheetSize& size, const std::vector<
 Exit Sheet(const Options& options, const SheetArguments& arguments)
 {
     SelectWatch(options.root);
-    const TemporaryFolder scratch;
     const Looks looks = ChosenLooks(arguments);
-    const std::vector<SheetFace> faces = FindAll(arguments, scratch.Path());
+    const std::vector<SheetFace> faces = FindAll(arguments);
     const bool isMatrix = looks.languages.size() * looks.hours24.size() > 1;
     Plan plan = isMatrix ? Matrix(faces, arguments, looks) : Gallery(faces, arguments, looks);
     const int side = ChosenSide(plan, arguments);
+    const TemporaryFolder scratch;  // only now: documents may come from a terminal, which is waited for
     const std::vector<bool> good = MakePictures(options, plan.cells, scratch.Path(), side);
     std::size_t cell = 0;
     for (SheetBlock& block : plan.blocks) {

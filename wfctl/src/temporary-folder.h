@@ -1,4 +1,4 @@
-// A folder that goes with its scope.
+// A folder that goes with its scope, also when the program is interrupted.
 
 #pragma once
 
@@ -9,9 +9,12 @@
 #include <string>
 
 #include "exit-status.h"
+#include "interruptions.h"
 
 namespace Wfctl {
 
+// Interruptions are held back while it is there: nothing waits meanwhile but for programs, as RunPrograms()
+// does, which an interruption ends.
 class TemporaryFolder {
 public:
     TemporaryFolder()
@@ -31,6 +34,7 @@ public:
     const std::string& Path() const { return mPath; }
 
 private:
+    const HeldSignals mHeld{Interruptions()};  // first, so that the folder is gone when they take effect
     std::string mPath;
 };
 
