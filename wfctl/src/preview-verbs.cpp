@@ -52,8 +52,9 @@ Exit Request(const Options& options, const PreviewArguments& arguments)
             {"face",    BytesToJson(update.name)},
             {"preview", BytesToJson(preview)    }
         }));
-        progress.Show(previews.size());
+        progress.Clear();
         if (!options.json) PrintLine(preview);
+        progress.Show(previews.size());
     }
     if (options.json) PrintLine(JsonLine(previews));
     return Exit::kDone;
