@@ -168,6 +168,8 @@ Backup::Backup(std::string folder, const std::function<void(std::size_t, std::si
 {
     const UniqueFd file(
         open((mFolder + kManifestName).c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    if (!file && errno != ENOENT && errno != ENOTDIR)
+        Refuse("[" + mFolder + kManifestName + "] cannot be read: " + Reason());
     if (!file)
         throw Stop(Exit::kNotFound,
                    "[" + mFolder + "] is no backup: it has no manifest.json" + OrMeantFile(mFolder));

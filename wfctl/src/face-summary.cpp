@@ -257,6 +257,16 @@ constexpr Section kSections[] = {
     {"complications", "Complications", "",                    PrintSlots  },
 };
 
+// Empty for a face that is on no watch.
+std::string AreaText(const Json& summary)
+{
+    std::string text = TextIn(summary, "area");
+    for (const char* also : {"shipped", "current"}) {
+        if (summary.value(also, false)) text += std::string(", ") + also;
+    }
+    return text;
+}
+
 }  // namespace
 
 Json SummaryOfResult(const std::string& file, const std::string& xml, const std::string& language)
@@ -309,7 +319,7 @@ void PrintSummary(const Json& summary)
     PrintLine(TextIn(summary, "title"));
     PrintFact("id", TextIn(summary, "id"));
     PrintFact("version", TextIn(summary, "version"));
-    PrintFact("area", TextIn(summary, "area"));
+    PrintFact("area", AreaText(summary));
     PrintFact("canvas", TextIn(summary, "canvas") + ", " + TextIn(summary, "shape"));
     PrintFact("languages", Joined(summary["languages"]));
     if (summary.contains("preview"))

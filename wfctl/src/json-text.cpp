@@ -113,7 +113,13 @@ void PrintLine(const std::string& line)
 {
     std::fwrite(line.data(), 1, line.size(), stdout);
     std::fputc('\n', stdout);
-    if (std::fflush(stdout) != 0) throw Stop(Exit::kError, "stdout cannot be written");
+    FlushOutput();
+}
+
+void FlushOutput()
+{
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        throw Stop(Exit::kError, "stdout cannot be written");
 }
 
 void Warn(const std::string& text)

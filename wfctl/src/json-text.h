@@ -36,6 +36,9 @@ std::string Counted(std::size_t count, const std::string& what);
 // Prints a line and flushes it.
 void PrintLine(const std::string& line);
 
+// Stops with Exit::kError when stdout did not take all that was printed.
+void FlushOutput();
+
 // A line on stderr, none for an empty text.
 void Warn(const std::string& text);
 

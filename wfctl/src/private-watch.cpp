@@ -203,6 +203,16 @@ WatchPaths PathsOf(const std::string& dir)
     return {root.string()};
 }
 
+std::map<std::string, std::string> LocaleOfEnvironment()
+{
+    std::map<std::string, std::string> locale;
+    for (const char* name : kLocaleVariables) {
+        const char* value = std::getenv(name);
+        locale[name] = value == nullptr ? "" : value;
+    }
+    return locale;
+}
+
 std::optional<WatchState> ReadState(const WatchPaths& paths)
 {
     std::ifstream file(paths.State(), std::ios::binary);
@@ -213,6 +223,9 @@ std::optional<WatchState> ReadState(const WatchPaths& paths)
     state.root = paths.root;  // the folder may have been moved
     state.resources = values["WATCH_RESOURCES"];
     state.runFolder = values["RUN_FOLDER"];
+    for (const char* name : kLocaleVariables) {
+        if (const auto at = values.find(name); at != values.end()) state.locale.insert(*at);
+    }
     state.supervisor = ParseProcess(values["SUPERVISOR"]);
     state.bus = ParseProcess(values["BUS"]);
     if (state.runFolder.empty()) return std::nullopt;
@@ -221,7 +234,9 @@ std::optional<WatchState> ReadState(const WatchPaths& paths)
 
 void WriteState(const WatchPaths& paths, const WatchState& state)
 {
-    WriteFile(paths.State(), Exports(state) + "RUN_FOLDER=" + ShellQuoted(state.runFolder) +
+    std::string locale;
+    for (const auto& [name, value] : state.locale) locale += name + "=" + ShellQuoted(value) + "\n";
+    WriteFile(paths.State(), Exports(state) + locale + "RUN_FOLDER=" + ShellQuoted(state.runFolder) +
                                  "\nSUPERVISOR=" + ShellQuoted(ProcessText(state.supervisor)) +
                                  "\nBUS=" + ShellQuoted(ProcessText(state.bus)) + "\n");
     WriteFile(paths.Resources(), state.resources);

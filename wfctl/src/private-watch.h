@@ -26,10 +26,14 @@ struct WatchPaths {
     std::string Resources() const { return root + "/watch.resources"; }
 };
 
+// What settings that nobody has set are taken from.
+inline constexpr const char* kLocaleVariables[] = {"LC_ALL", "LC_TIME", "LANG", "TZ"};
+
 struct WatchState {
     std::string root;
     std::string resources;
     std::string runFolder;
+    std::map<std::string, std::string> locale;  // kLocaleVariables as its programs have them; empty: unset
     ProcessMark supervisor;
     ProcessMark bus;
 
@@ -48,6 +52,9 @@ std::map<std::string, std::string> ParseShellAssignments(const std::string& text
 
 // The watch below DIR, which exists.
 WatchPaths PathsOf(const std::string& dir);
+
+// The variables of this process.
+std::map<std::string, std::string> LocaleOfEnvironment();
 
 std::optional<WatchState> ReadState(const WatchPaths& paths);
 void WriteState(const WatchPaths& paths, const WatchState& state);

@@ -5,8 +5,8 @@
 #include "hint.h"
 #include "locales-icu.h"
 #include "private-watch.h"
-#include "shell-command.h"
 #include "settings.h"
+#include "shell-command.h"
 #include "stored-values.h"
 #include "verb-table.h"
 

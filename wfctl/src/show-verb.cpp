@@ -38,8 +38,8 @@ void AddWatchFacts(const Face& face, Json& summary)
     const bool isCurrent = current.app == Platform::kFacesId && current.face == face.name;
     const PreviewReport preview = CheckPreview(face);
     summary["name"] = BytesToJson(face.name);
-    summary["area"] = std::string(face.writable ? "read-write" : "read-only") +
-                      (face.shipped ? ", shipped" : "") + (isCurrent ? ", current" : "");
+    summary["area"] = face.writable ? "read-write" : "read-only";
+    summary["shipped"] = face.shipped;
     summary["current"] = isCurrent;
     summary["preview"] = Json::object({
         {"state", std::string(NameOf(preview.state))},

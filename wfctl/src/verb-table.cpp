@@ -8,6 +8,7 @@
 
 #include "help-text.h"
 #include "hint.h"
+#include "json-text.h"
 #include "nearest-name.h"
 
 namespace Wfctl {
@@ -272,7 +273,12 @@ int UnknownOption(const std::string& word)
 int Printed(const std::string& text)
 {
     std::fputs(text.c_str(), stdout);
-    return static_cast<int>(Exit::kDone);
+    try {
+        FlushOutput();
+        return static_cast<int>(Exit::kDone);
+    } catch (const Stop& stop) {
+        return Complain(stop.Status(), stop.what());
+    }
 }
 
 int UnknownVerb(const std::vector<std::string>& arguments)
@@ -360,7 +366,9 @@ int RunCommandLine(std::vector<std::string> arguments)
         std::vector<std::string> words(arguments.rbegin(),
                                        arguments.rend() - static_cast<std::ptrdiff_t>(length));
         parser.parse(words);
-        return static_cast<int>(action(options));
+        const Exit exit = action(options);
+        FlushOutput();
+        return static_cast<int>(exit);
     } catch (const CLI::CallForHelp&) {
         return Printed(HelpText(*verb));
     } catch (const CLI::ParseError& error) {

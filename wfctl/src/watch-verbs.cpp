@@ -48,7 +48,9 @@ struct UpArguments {
 std::string RequiredRoot(const Options& options, const char* verb)
 {
     if (!options.root.empty()) return options.root;
-    throw Stop(Exit::kUsage, std::string("which watch? type: wfctl ") + verb + " --root DIR");
+    const char* selected = std::getenv("WATCH_ROOT");
+    throw Stop(Exit::kUsage, std::string("which watch? type: wfctl ") + verb + " --root " +
+                                 (selected && *selected ? ShellQuoted(selected) : "DIR"));
 }
 
 WatchPaths MakeRoot(const std::string& dir)
@@ -195,6 +197,7 @@ Exit Up(const Options& options, const UpArguments& arguments)
     }
     state.root = paths.root;
     state.runFolder = MakeRunFolder();
+    state.locale = LocaleOfEnvironment();
     WriteState(paths, state);
     WriteBusFiles(state, programs);
     const std::string line = AwaitReady(SpawnSupervisor(paths));

@@ -169,6 +169,16 @@ TEST_F(ACompletion, offers_no_key_that_the_line_has)
     EXPECT_THAT(Offered({"key", "unset", "my/own-key", "my/"}), testing::IsEmpty());
 }
 
+TEST_F(AFolder, has_no_success_of_a_command_whose_words_nobody_takes)
+{
+    for (const char* verb : {"completion bash", "manual", "list --help"}) {
+        const Result printed =
+            RunProgram({"sh", "-c", std::string("\"$0\" ") + verb + " >/dev/full", WFCTL}, {});
+        EXPECT_EQ(printed.status, 1) << verb;
+        EXPECT_THAT(printed.err, testing::HasSubstr("stdout cannot be written")) << verb;
+    }
+}
+
 TEST_F(AFolder, is_empty_behind_a_completion)
 {
     const std::string pref = std::string("pref get ") + kService;

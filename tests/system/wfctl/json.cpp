@@ -33,7 +33,7 @@ struct Case {
 const Case kCases[] = {
     {"status",              {}, Form::kValue, {"service", "capture", "bus", "trust", "root", "resources", "faces", "current"}},
     {"list",                {}, Form::kValue, {"name", "title", "area", "shipped", "current", "preview"}},
-    {"show",                {"c1"}, Form::kValue, {"name", "area", "current", "preview", "file"}},
+    {"show",                {"c1"}, Form::kValue, {"name", "area", "shipped", "current", "preview", "file"}},
     {"set",                 {"c4"}, Form::kValue, {"current"}},
     {"current",             {}, Form::kValue, {"app", "face"}},
     {"install",             {"%/my-face_result.xml"}, Form::kValue, {"from", "port", "bundle"}},

@@ -68,7 +68,8 @@ TEST_F(AWatch, shows_what_a_face_offers)
     ASSERT_EQ(shown.status, 0) << shown.err;
     const Json face = shown.AsJson();
     EXPECT_EQ(face["title"], "Mirel Classic");
-    EXPECT_EQ(face["area"], "read-only, shipped");
+    EXPECT_EQ(face["area"], "read-only");
+    EXPECT_EQ(face["shipped"], true);
     EXPECT_EQ(face["preview"]["state"], "good");
     EXPECT_EQ(face["languages"][0], "en");
     const Json roman = ById(ById(face["groups"], "dial")["options"], "roman");
@@ -134,7 +135,8 @@ TEST_F(AWatch, changes_what_a_face_shows)
               "dial: index -> roman\naccent: copper -> azure\nright: pedometer -> water\n" + preview + "\n");
     EXPECT_NE(ContentsOf(preview), ContentsOf(ReadOnlyFace(kClassic) + kClassic + ".png"));
     const Json face = Run({"show", kClassic, "--json"}).AsJson();
-    EXPECT_EQ(face["area"], "read-write, shipped");
+    EXPECT_EQ(face["area"], "read-write");
+    EXPECT_THAT(Run({"show", kClassic}).out, HasSubstr(" read-write, shipped\n"));
     EXPECT_EQ(ById(ById(face["groups"], "dial")["options"], "roman")["picked"], true);
     EXPECT_EQ(ById(face["slots"], "right")["source"], "water");
 }

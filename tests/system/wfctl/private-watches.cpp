@@ -176,13 +176,13 @@ TEST_F(AWatch, of_another_user_is_told_from_one_that_is_down)
 {
     const OwnedByAnother another(mRoot);
     for (const Arguments& verb : std::vector<Arguments>{
-             {"doctor"    },
-             {        "doctor",     "--fix"},
-             {        "list"           },
-             { "survey",            "list"},
-             {            "status"       },
-             {  "key",        "list"},
-             {       "set", kDigital}
+             {"doctor"},
+             {              "doctor", "--fix"},
+             {              "list"       },
+             {       "survey",        "list"},
+             {              "status"   },
+             {        "key",    "list"},
+             { "set",         kDigital}
     }) {
         Arguments named = verb;
         named.insert(named.begin(), {"--root", mRoot});

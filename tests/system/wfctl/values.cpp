@@ -246,11 +246,17 @@ TEST_F(AWatch, keeps_preferences_for_each_application)
     EXPECT_EQ(Run({"pref", "get", "../../keys", "k"}).status, 2);
 }
 
-TEST_F(AWatch, follows_the_environment_in_what_nobody_set)
+TEST_F(AWatch, takes_what_nobody_set_from_the_environment_that_it_was_brought_up_in)
 {
-    mEnvironment["LC_ALL"] = "de_DE.UTF-8";
-    mEnvironment["TZ"] = "Europe/Berlin";
-    EXPECT_EQ(Run({"setting", "list"}).out,
+    ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
+    ASSERT_EQ(RunProgram(
+                  {
+                      WFCTL, "up", "--root", mRoot
+    },
+                  {{"LC_ALL", "de_DE.UTF-8"}, {"TZ", "Europe/Berlin"}})
+                  .status,
+              0);
+    EXPECT_EQ(Wfctl({"setting", "list", "--root", mRoot}).out,
               "language=de_DE\ncountry=de_DE\n24-hour=true\ntimezone=Europe/Berlin\n");
 }
 

@@ -318,6 +318,13 @@ TEST_F(ABackup, whose_manifest_leads_out_of_it_is_refused)
     }
 }
 
+TEST_F(AWrittenBackup, with_a_link_in_the_place_of_its_manifest_is_refused)
+{
+    fs::rename(File("manifest.json"), mFolder.Path() + "/elsewhere");
+    fs::create_symlink(mFolder.Path() + "/elsewhere", File("manifest.json"));
+    EXPECT_THAT(Check().text, HasSubstr("manifest.json] cannot be read: Too many levels"));
+}
+
 TEST_F(ABackup, whose_manifest_names_what_no_watch_can_hold_is_refused)
 {
     for (const char* name : {"\"\"", "\".\"", "\"..\"", "\"../x\"", "\"a/b\"", "\"a\\u0000b\""}) {
