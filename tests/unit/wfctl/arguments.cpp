@@ -13,7 +13,6 @@
 
 using namespace Wfctl;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
