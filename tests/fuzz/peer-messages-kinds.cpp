@@ -168,7 +168,7 @@ Expected Model::WorldClock()
     // A face that is found nowhere, as far as a name of one component tells.
     const bool isFound = HasFile(mBefore, FaceFile(face, face + "_result.xml"));
     if (!isFound) expected.outcomes.push_back({false});
-    if (face.empty()) expected.outcomes = {{false}};
+    if (face.empty()) expected.outcomes = {isFound ? Replied(WithoutXml(false), false) : Outcome{false}};
     expected.change = {{Relative(FaceFile(face, ""))}, true, !isFound};
     expected.effect = [this, face](bool isDone) {
         if (isDone && IsPlain(face))
