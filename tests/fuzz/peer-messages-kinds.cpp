@@ -201,6 +201,11 @@ Expected Model::Addition()
         effect
     };
     if (source.empty()) expected.outcomes = {Replied(Whole(false), false)};
+    expected.wasDone = [this, source, place] {
+        const auto bytes = [this](const std::string& path) { return mAfter.at(Relative(path)); };
+        return HasNewFiles() || (source.starts_with(mFolder + "/") && HasFile(mAfter, source) &&
+                                 HasFile(mAfter, place) && bytes(place) == bytes(source));
+    };
     return expected;
 }
 

@@ -226,7 +226,11 @@ void Model::Check(const Expected& expected)
         Broken("it tells or stores" + shown + "\nand not" + wanted);
     }
     CheckChanges(expected.change, shown);
-    if (expected.effect && fitting.size() == 1) expected.effect(fitting.front()->success);
+    if (!expected.effect) return;
+    if (fitting.size() == 1)
+        expected.effect(fitting.front()->success);
+    else if (expected.wasDone)
+        expected.effect(expected.wasDone());
 }
 
 void Model::CheckChanges(const Change& change, const std::string& told) const

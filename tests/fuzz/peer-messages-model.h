@@ -47,6 +47,7 @@ struct Expected {
     Change change = {};
     std::function<void(bool success)> effect = {};  // where the answer tells how it went
     bool inAnyOrder = false;
+    std::function<bool()> wasDone = {};  // where it tells nobody; without it there is no effect then
 };
 
 inline constexpr char kViewer[] = "com.corvane.watchface";
