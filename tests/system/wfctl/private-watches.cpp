@@ -6,7 +6,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <regex>
+#include <sstream>
 #include <utility>
 
 #include "a-watch.h"
@@ -175,21 +177,16 @@ TEST_F(ASilentService, has_not_answered_when_it_alone_ends)
 TEST_F(AWatch, of_another_user_is_told_from_one_that_is_down)
 {
     const OwnedByAnother another(mRoot);
-    for (const Arguments& verb : std::vector<Arguments>{
-             {"doctor"},
-             {              "doctor", "--fix"},
-             {              "list"       },
-             {       "survey",        "list"},
-             {              "status"   },
-             {        "key",    "list"},
-             { "set",         kDigital}
-    }) {
+    for (const char* typed :
+         {"doctor", "doctor --fix", "list", "survey list", "status", "key list", "set c1"}) {
+        std::istringstream words(typed);
+        const Arguments verb{std::istream_iterator<std::string>(words), {}};
         Arguments named = verb;
         named.insert(named.begin(), {"--root", mRoot});
         for (const Result& done : {Run(verb), Wfctl(named)}) {
-            EXPECT_EQ(done.status, 4) << verb[0];
-            EXPECT_EQ(done.out, "") << verb[0];
-            EXPECT_THAT(done.err, StartsWith("wfctl: the watch at [")) << verb[0];
+            EXPECT_EQ(done.status, 4) << typed;
+            EXPECT_EQ(done.out, "") << typed;
+            EXPECT_THAT(done.err, StartsWith("wfctl: the watch at [")) << typed;
             EXPECT_THAT(done.err, testing::EndsWith("] is another user's; speak to it as that user\n"));
         }
     }
