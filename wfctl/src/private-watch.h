@@ -1,10 +1,10 @@
 // A private watch: a folder DIR with the watch's data, and a bus of its own.
 //
-// What lies in DIR: watch.env (for people: sourced by a shell), watch.state (for wfctl: the same and the
-// processes), watch.log (every program's log), watch.lock (held while `up` or `down` works), watch.resources
-// (where the shipped faces are), and the data. The first two are there while the watch is up. The bus's
-// socket and its generated files lie in a *run folder* with a short name, because a socket's path may have
-// 107 bytes only; a note in it says which DIR it is of.
+// What lies in DIR: watch.env (for people: sourced by a shell), watch.state (for wfctl: the same, what
+// unset settings are taken from, and the processes), watch.log (every program's log), watch.lock (held while
+// `up` or `down` works), watch.resources (where the shipped faces are), and the data. The first two are there
+// while the watch is up. The bus's socket and its generated files lie in a *run folder* with a short name,
+// because a socket's path may have 107 bytes only; a note in it says which DIR it is of.
 
 #pragma once
 
