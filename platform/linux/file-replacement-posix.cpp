@@ -33,7 +33,7 @@ std::string RandomName()
 
 std::optional<FileReplacement> FileReplacement::Begin(const std::string& path, const char* operation)
 {
-    auto target = OpenWritable(path, PathRule::kPlain, operation);
+    auto target = OpenWritable(path, PathRule::kFile, operation);
     if (!target) return std::nullopt;
     FileReplacement replacement(std::move(*target), path);
     if (!replacement.OpenUnfinished()) return std::nullopt;

@@ -8,7 +8,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "file-replacement-posix.h"
@@ -30,6 +33,11 @@ struct DirCloser {
 };
 using DirPtr = std::unique_ptr<DIR, DirCloser>;
 
+struct TextFreer {
+    void operator()(char* text) const { free(text); }
+};
+using TextPtr = std::unique_ptr<char, TextFreer>;
+
 bool IsDots(const char* name)
 {
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
@@ -43,44 +51,47 @@ void LogUnlessMissing(const char* operation, const char* path)
 }
 
 // What could be read of them; errno says why that is not all, else 0.
-std::vector<std::string> NamesIn(DIR* dir)
+std::vector<TextPtr> NamesIn(DIR* dir)
 {
-    std::vector<std::string> names;
+    std::vector<TextPtr> names;
     errno = 0;
     while (const dirent* entry = readdir(dir)) {
-        if (!IsDots(entry->d_name)) names.emplace_back(entry->d_name);
+        if (IsDots(entry->d_name)) continue;
+        TextPtr name(strdup(entry->d_name));
+        if (!name) break;
+        names.push_back(std::move(name));
         errno = 0;
     }
     return names;
 }
 
-bool RemoveTree(int parent, const std::string& name, int depth);
+bool RemoveTree(int parent, const char* name, int depth);
 
 // Removes what `dir` holds. What is gone by the time it comes to it counts as removed.
 bool RemoveEntries(DIR* dir, int depth)
 {
     bool all = true;
     rewinddir(dir);
-    for (const std::string& entry : NamesIn(dir)) {
-        all = (RemoveTree(dirfd(dir), entry, depth) || errno == ENOENT) && all;
+    for (const TextPtr& name : NamesIn(dir)) {
+        all = (RemoveTree(dirfd(dir), name.get(), depth) || errno == ENOENT) && all;
     }
     return all;
 }
 
 // Removes `name` below `parent` with all it holds; links are removed, never followed. On failure errno says
 // why.
-bool RemoveTree(int parent, const std::string& name, int depth)
+bool RemoveTree(int parent, const char* name, int depth)
 {
-    if (unlinkat(parent, name.c_str(), 0) == 0) return true;
+    if (unlinkat(parent, name, 0) == 0) return true;
     if (errno != EISDIR && errno != EPERM) return false;
-    UniqueFd fd(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    UniqueFd fd(openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!fd || depth == 0) return false;
     const DirPtr dir(fdopendir(fd.Get()));
     if (!dir) return false;
     fd.Release();  // now the DIR's
     for (int pass = 0; pass < kMostRemovalPasses; ++pass) {
         const bool all = RemoveEntries(dir.get(), depth - 1);
-        if (unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0) return true;
+        if (unlinkat(parent, name, AT_REMOVEDIR) == 0) return true;
         // Not empty although everything went: another program has put something in meanwhile.
         if (!all || errno != ENOTEMPTY) return false;
     }
@@ -139,7 +150,7 @@ Eina_Bool ecore_file_mkpath(const char* path)
 {
     const TraceSpan span("file", "make folder", {"path", Shown(path)});
     const auto split =
-        Platform::SplitWritable(path ? path : "", Platform::PathRule::kPlain, "making a folder");
+        Platform::SplitWritable(path ? path : "", Platform::PathRule::kFolder, "making a folder");
     if (!split) return 0;
     UniqueFd at = Platform::MakeArea(*split);
     for (const std::string& part : split->components) {
@@ -160,7 +171,7 @@ Eina_Bool ecore_file_recursive_rm(const char* path)
     const auto target =
         Platform::OpenWritable(path ? path : "", Platform::PathRule::kRecursive, "recursive removal");
     if (!target) return 0;
-    if (RemoveTree(target->parent.Get(), target->name, kDeepestRemoval)) return 1;
+    if (RemoveTree(target->parent.Get(), target->name.c_str(), kDeepestRemoval)) return 1;
     LogUnlessMissing("remove", path);
     return 0;
 }
@@ -168,7 +179,7 @@ Eina_Bool ecore_file_recursive_rm(const char* path)
 Eina_Bool ecore_file_remove(const char* path)
 {
     const TraceSpan span("file", "remove", {"path", Shown(path)});
-    const auto target = Platform::OpenWritable(path ? path : "", Platform::PathRule::kPlain, "removal");
+    const auto target = Platform::OpenWritable(path ? path : "", Platform::PathRule::kFile, "removal");
     if (!target) return 0;
     if (unlinkat(target->parent.Get(), target->name.c_str(), 0) == 0) return 1;
     LogUnlessMissing("remove", path);
@@ -194,22 +205,20 @@ Eina_List* ecore_file_ls(const char* directory)
     const TraceSpan span("file", "list", {"path", Shown(directory)});
     if (!directory) return nullptr;
     const DirPtr dir(opendir(directory));
-    std::vector<std::string> names;
+    std::vector<TextPtr> names;
     if (dir) names = NamesIn(dir.get());
     if (!dir || errno != 0) LogUnlessMissing("list", directory);
-    std::erase_if(names,
-                  [](const std::string& name) { return name.starts_with(Platform::kUnfinishedPrefix); });
-    std::sort(names.begin(), names.end(), std::greater<>());
+    std::erase_if(names, [](const TextPtr& name) {
+        return std::string_view(name.get()).starts_with(Platform::kUnfinishedPrefix);
+    });
+    std::sort(names.begin(), names.end(),
+              [](const TextPtr& a, const TextPtr& b) { return std::strcmp(a.get(), b.get()) > 0; });
     Eina_List* list = nullptr;  // built from the back, so that the greatest name is the first to be put in
-    for (const std::string& name : names) {
+    for (TextPtr& name : names) {
         auto* node = static_cast<Eina_List*>(malloc(sizeof(Eina_List)));
         if (!node) break;
-        *node = {strdup(name.c_str()), list};
+        *node = {name.release(), list};
         list = node;
-        if (!node->data) {
-            list = eina_list_remove_list(node, node);
-            break;
-        }
     }
     return list;
 }

@@ -114,7 +114,8 @@ std::optional<AreaPath> SplitWritable(const std::string& path, PathRule rule, co
     const std::size_t length = AreaLength(path);
     if (length == 0) return Refuse(operation, path, "it is outside the writable areas");
     std::string below = path.substr(length);
-    if (!below.empty() && below.back() == '/') below.pop_back();
+    const bool isFolder = below.ends_with('/');
+    if (isFolder) below.pop_back();
 
     AreaPath split;
     split.area = path.substr(0, length);
@@ -127,6 +128,7 @@ std::optional<AreaPath> SplitWritable(const std::string& path, PathRule rule, co
     }
     const bool isArea = below.empty();
     if (isArea && rule == PathRule::kRecursive) return Refuse(operation, path, "it is the root of an area");
+    if (isFolder && rule == PathRule::kFile) return Refuse(operation, path, "it names no file");
     if (isArea) split.components.clear();
     if (const char* reason = Forbidden(split.components, rule)) return Refuse(operation, path, reason);
     std::erase(split.components, std::string());

@@ -19,8 +19,9 @@ namespace Platform {
 inline constexpr char kUnfinishedPrefix[] = ".watch-new-";
 
 enum class PathRule {
-    kPlain,      // no "." and ".." components, below a writable area
-    kRecursive,  // also no empty components, and not the root of an area
+    kFolder,     // no "." and ".." components, below a writable area
+    kFile,       // also with a name behind the last "/"
+    kRecursive,  // as a folder, but no empty components, and not the root of an area
 };
 
 struct WritableTarget {

@@ -267,6 +267,19 @@ TEST_F(AFile, below_a_link_out_of_the_area_is_not_touched)
     EXPECT_EQ(Everything(), before);
 }
 
+TEST_F(AFile, is_not_what_a_path_with_a_slash_at_its_end_names)
+{
+    fs::create_directory_symlink(Outside(""), InArea("link"));
+    fs::create_directory(InArea("folder"));
+    const auto before = Everything();
+    for (const std::string path : {"link/", "folder/", "watchlist/a/a.png/", "new/"}) {
+        EXPECT_FALSE(ecore_file_remove(InArea(path).c_str())) << path;
+        EXPECT_FALSE(CommonUtilFile::Copy(InArea("watchlist/a/a.png"), InArea(path))) << path;
+        FileOutputStream(InArea(path)).Write("new");
+        EXPECT_EQ(Everything(), before) << path;
+    }
+}
+
 TEST_F(AFile, in_an_area_that_is_a_link_is_not_touched)
 {
     const std::string trusted = Platform::CurrentAreas().TrustedOf(kFaces);
