@@ -1,25 +1,17 @@
 #include "arguments.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <iostream>
 
 #include "application-table.h"
 #include "exit-status.h"
 #include "hint.h"
+#include "reading-files.h"
 
 namespace Wfctl {
 
 namespace {
-
-constexpr std::size_t kMostFileBytes = std::size_t{32} << 20;  // of a picture, the largest
 
 [[noreturn]] void Misused(const std::string& text)
 {
@@ -79,26 +71,6 @@ std::optional<Platform::StoredValue> ParseAs(std::string_view type, const std::s
     return number;
 }
 
-// With the reason from errno.
-std::string CannotRead(const std::string& path)
-{
-    return "the file [" + path + "] cannot be read: " + std::strerror(errno ? errno : EIO);
-}
-
-// As many as anybody takes, and one more, so that whoever takes fewer refuses what does not end.
-std::string ReadBytes(std::istream& stream, const std::string& path)
-{
-    std::string bytes;
-    std::array<char, 65536> block;
-    while (stream && bytes.size() <= kMostFileBytes) {
-        const std::size_t wanted = std::min(block.size(), kMostFileBytes + 1 - bytes.size());
-        stream.read(block.data(), static_cast<std::streamsize>(wanted));
-        bytes.append(block.data(), static_cast<std::size_t>(stream.gcount()));
-    }
-    if (stream.bad()) throw Stop(Exit::kError, CannotRead(path));
-    return bytes;
-}
-
 }  // namespace
 
 std::string CheckedAppId(const std::string& text)
@@ -127,23 +99,6 @@ std::string SecondsProblem(const std::string& text)
     const double seconds = std::strtod(text.c_str(), &end);
     const bool isTime = end != text.c_str() && *end == '\0' && seconds >= 0;
     return isTime ? "" : "the time is a number of seconds, 0 or more, not [" + text + "]";
-}
-
-std::string ReadNamedFile(const std::string& path)
-{
-    if (path == "-") return ReadBytes(std::cin, path);
-    struct stat info {};
-    errno = stat(path.c_str(), &info) != 0 ? errno : S_ISDIR(info.st_mode) ? EISDIR : 0;
-    std::ifstream file;
-    if (errno == 0) file.open(path, std::ios::binary);
-    if (errno == EISDIR) throw Stop(Exit::kError, "[" + path + "] is a folder; name a file in it");
-    if (!file.is_open()) {
-        const bool isMissing = errno == ENOENT || errno == ENOTDIR;
-        const std::string why = CannotRead(path);
-        if (isMissing) throw Stop(Exit::kNotFound, why + OrMeantFile(path));
-        throw Stop(Exit::kError, why);
-    }
-    return ReadBytes(file, path);
 }
 
 Assignment ParseAssignment(const std::string& text)

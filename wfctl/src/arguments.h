@@ -43,7 +43,4 @@ Platform::StoredValue ParseValue(const std::string& text, const std::string& typ
 // A check of options that take a time: empty, or what is wrong with it.
 std::string SecondsProblem(const std::string& text);
 
-// The bytes of a file that the user named. Of more than 32 MiB one byte more is read, and nobody takes that.
-std::string ReadNamedFile(const std::string& path);
-
 }  // namespace Wfctl

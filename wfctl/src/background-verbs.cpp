@@ -111,6 +111,7 @@ Exit EndPending(const Options& options, const BackgroundArguments& arguments, co
 Exit List(const Options& options, const BackgroundArguments& arguments)
 {
     SelectWatch(options.root);
+    RequireRoot();
     const std::vector<std::string> names = PicturesIn(PicturesFolder(arguments.kind));
     if (options.json) {
         Json list = Json::array();

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "arguments.h"
 #include "backup-contents.h"
+#include "reading-files.h"
 #include "service-peer.h"
 
 namespace Wfctl {

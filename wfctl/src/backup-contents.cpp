@@ -5,13 +5,13 @@
 #include <memory>
 #include <string_view>
 
-#include "arguments.h"
 #include "asset-checks.h"
 #include "backup-report.h"
 #include "data-util.h"
 #include "face-document.h"
 #include "folder-entries.h"
 #include "photo-files.h"
+#include "reading-files.h"
 
 namespace Wfctl {
 

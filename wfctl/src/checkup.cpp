@@ -8,7 +8,6 @@
 
 #include "application-table.h"
 #include "areas.h"
-#include "arguments.h"
 #include "asset-checks.h"
 #include "exit-status.h"
 #include "face-document.h"
@@ -20,6 +19,7 @@
 #include "photo-files.h"
 #include "preview-state.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "shell-command.h"
 #include "world-clock-fields.h"
 #include "writable-path-posix.h"

@@ -16,14 +16,13 @@ extern "C" {
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <sstream>
 #include <utility>
 
 #include "exit-status.h"
 #include "interruptions.h"
+#include "reading-files.h"
 
 extern char** environ;
 
@@ -39,8 +38,7 @@ struct ProcStat {
 // /proc/PID/stat; nothing when the process is gone.
 ProcStat ReadProcStat(pid_t pid)
 {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string text = ReadableBytes("/proc/" + std::to_string(pid) + "/stat");
     // The name in parentheses may hold anything; the fields are counted from its end.
     const auto close = text.rfind(')');
     if (close == std::string::npos) return {};

@@ -16,6 +16,7 @@
 #include "locales-icu.h"
 #include "lost-and-found.h"
 #include "photo-files.h"
+#include "reading-files.h"
 #include "service-words.h"
 #include "system-setting-table.h"
 #include "value-store-sqlite.h"

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <ctime>
-#include <filesystem>
 #include <memory>
 #include <set>
 
@@ -193,19 +192,10 @@ Exit Undo(const Options& options, const std::string& time)
     return result.kept == 0 ? Exit::kDone : Exit::kError;
 }
 
-// The root of the watch that is looked at.
-std::string RequiredWatch()
-{
-    const std::string& root = Platform::CurrentAreas().root;
-    std::error_code error;
-    if (std::filesystem::is_directory(root, error)) return root;
-    throw Stop(Exit::kNoWatch, "there is no watch at [" + root + "]; " + HowToStart());
-}
-
 Exit Doctor(const Options& options, const DoctorArguments& arguments)
 {
     SelectWatch(options.root);
-    const std::string root = RequiredWatch();
+    const std::string& root = RequireRoot();
     if (!arguments.undo.empty()) return Undo(options, arguments.undo);
     std::vector<Ailment> ailments = Examine();
     Service service;

@@ -5,7 +5,6 @@
 #include <memory>
 #include <vector>
 
-#include "arguments.h"
 #include "documents.h"
 #include "drawing-program.h"
 #include "exit-status.h"
@@ -15,6 +14,7 @@
 #include "locales-icu.h"
 #include "picture-output.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "verb-table.h"
 
 namespace Wfctl {

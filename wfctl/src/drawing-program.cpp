@@ -11,7 +11,6 @@
 
 #include "application-table.h"
 #include "areas.h"
-#include "arguments.h"
 #include "child-process.h"
 #include "documents.h"
 #include "exit-status.h"
@@ -20,6 +19,7 @@
 #include "json-text.h"
 #include "locale-findings.h"
 #include "process.h"
+#include "reading-files.h"
 #include "settings.h"
 #include "temporary-folder.h"
 #include "value-store-sqlite.h"

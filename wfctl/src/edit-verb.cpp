@@ -17,6 +17,7 @@
 #include "photo-files.h"
 #include "picture-output.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "selection-edit.h"
 #include "shell-command.h"
 #include "verb-table.h"

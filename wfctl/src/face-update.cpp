@@ -6,27 +6,25 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <utility>
 
 #include "area-copy.h"
 #include "areas.h"
-#include "arguments.h"
 #include "documents.h"
 #include "event-loop-sdevent.h"
 #include "exit-status.h"
 #include "face-document.h"
 #include "file-times.h"
 #include "flat-origin.h"
+#include "log-tail.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "shell-command.h"
 
 namespace Wfctl {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // Which file lies at a path: changes with every replacement.
 struct FileMark {
@@ -45,49 +43,6 @@ FileMark MarkOfFile(const std::string& path)
     return stat(path.c_str(), &info) == 0 ? FileMark{info.st_ino, info.st_ctim} : FileMark{};
 }
 
-// What the watch's programs wrote into its log from here on.
-class LogTail {
-public:
-    LogTail() : mPath(WatchPaths{Platform::CurrentAreas().root}.Log())
-    {
-        std::error_code error;
-        const auto size = fs::file_size(mPath, error);
-        mStart = error ? 0 : size;
-    }
-    // The lines that say why a document was refused; empty when there is no such log.
-    std::string Reasons() const
-    {
-        return Lines([](const std::string& line) {
-            const bool isRefusal =
-                line.find("W/platform(") != std::string::npos && line.find(" refused") != std::string::npos;
-            return isRefusal || line.find("/data-util(") != std::string::npos;
-        });
-    }
-    // The lines that say why a file of the face could not be written; empty also on a disk that is too full
-    // for them.
-    std::string FaultsOf(const std::string& name) const
-    {
-        return Lines([&](const std::string& line) {
-            return line.find("E/platform(") != std::string::npos &&
-                   line.find("/" + name + "/") != std::string::npos;
-        });
-    }
-
-private:
-    std::string Lines(const std::function<bool(const std::string&)>& isWanted) const
-    {
-        std::ifstream log(mPath, std::ios::binary);
-        log.seekg(static_cast<std::streamoff>(mStart));
-        std::string lines;
-        for (std::string line; std::getline(log, line);)
-            if (isWanted(line)) lines += "\n  " + line;
-        return lines;
-    }
-
-    const std::string mPath;
-    std::uintmax_t mStart = 0;
-};
-
 // The service answers that the document was good, whether or not it could write the files.
 class Written {
 public:
@@ -97,11 +52,11 @@ public:
     // has an update of their own.
     std::string Missing(const std::string& xml) const
     {
-        if (IsAsBefore(mFace.ResultXml(), mResultXml) && BytesOf(mFace.ResultXml()) != xml)
+        if (IsAsBefore(mFace.ResultXml(), mResultXml) && BytesOfFile(mFace.ResultXml()) != xml)
             return mFace.ResultXml();
         const bool isOld =
             IsAsBefore(mFace.WatchfaceXml(), mWatchfaceXml) &&
-            !DataUtil::IsMadeFrom(BytesOf(mFace.WatchfaceXml()), *DataUtil::ParseFace(xml).document);
+            !DataUtil::IsMadeFrom(BytesOfFile(mFace.WatchfaceXml()), *DataUtil::ParseFace(xml).document);
         return isOld ? mFace.WatchfaceXml() : "";
     }
 
@@ -110,13 +65,6 @@ private:
     {
         const bool isHidden = access(path.c_str(), R_OK) != 0 && errno == EACCES;
         return !isHidden && MarkOfFile(path) == before;
-    }
-
-    // Nothing where it is no file.
-    static std::string BytesOf(const std::string& path)
-    {
-        std::error_code error;
-        return fs::is_regular_file(path, error) ? ReadNamedFile(path) : "";
     }
 
     const Face mFace;
@@ -158,15 +106,6 @@ bool AwaitPreview(Connection& connection, const Face& face, const FileMark& befo
         Exit::kError,
         "the service refused [" + update.name + "]; type: wfctl validate " + ShellQuoted(update.file) + "; " +
             (reasons.empty() ? "look for data-util in " + LogPlace("data-util") : "its log says:" + reasons));
-}
-
-[[noreturn]] void NotWritten(const std::string& path, const FaceUpdate& update, const LogTail& log)
-{
-    const std::string faults = log.FaultsOf(update.name);
-    throw Stop(Exit::kError, "the service could not write [" + path + "]; " +
-                                 (faults.empty() ? "make room on its disk; the platform's lines in " +
-                                                       LogPlace("platform") + " may say more"
-                                                 : "its log says:" + faults));
 }
 
 [[noreturn]] void NotDrawn(const Face& face, const LogTail& log)
@@ -223,7 +162,7 @@ void FaceUpdater::Store(const FaceUpdate& update, const std::function<void(const
     const LogTail log;
     const Json reply = mPeer.Ask(*NewMessage(update, icon ? icon->Path() : ""), update.timeout);
     const std::string missing = IsSuccess(reply) ? written.Missing(update.xml) : "";
-    if (!missing.empty()) NotWritten(missing, update, log);
+    if (!missing.empty()) NotWritten(missing, update.name, log);
     if (onReply) onReply(reply);
     if (!IsSuccess(reply)) Refused(update, log);
     if (!update.awaitsPreview || AwaitPreview(mConnection, face, preview, update.timeout)) return;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 
 #include "application-table.h"
@@ -13,6 +11,7 @@
 #include "exit-status.h"
 #include "folder-entries.h"
 #include "hint.h"
+#include "reading-files.h"
 #include "shell-command.h"
 
 namespace Wfctl {
@@ -160,9 +159,7 @@ Face RequireFace(const std::string& name, Beside beside)
 
 std::string TitleOf(const std::string& resultXml)
 {
-    std::ifstream file(resultXml, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    return FactsOf(text).title;
+    return FactsOf(ReadableBytes(resultXml)).title;
 }
 
 Current CurrentFace(Platform::ValueStore& keys)

@@ -15,6 +15,7 @@
 #include "missing-assets.h"
 #include "picture-output.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "shell-command.h"
 #include "verb-table.h"
 

@@ -13,7 +13,6 @@
 #include <optional>
 
 #include "areas.h"
-#include "arguments.h"
 #include "digest.h"
 #include "documents.h"
 #include "exit-status.h"
@@ -22,6 +21,7 @@
 #include "folder-entries.h"
 #include "hint.h"
 #include "json-text.h"
+#include "reading-files.h"
 #include "unique-fd.h"
 #include "utc-time.h"
 

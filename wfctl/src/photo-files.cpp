@@ -12,11 +12,11 @@
 #include "application-table.h"
 #include "area-copy.h"
 #include "areas.h"
-#include "arguments.h"
 #include "exit-status.h"
 #include "folder-entries.h"
 #include "png-file.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "shell-command.h"
 #include "unique-fd.h"
 

@@ -10,8 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "application-table.h"
 #include "areas.h"
@@ -19,6 +17,7 @@
 #include "exit-status.h"
 #include "hint.h"
 #include "process.h"
+#include "reading-files.h"
 
 namespace Wfctl {
 
@@ -106,10 +105,9 @@ std::string XmlEscaped(const std::string& text)
 std::optional<WatchState> ReadStateOfDown(const WatchPaths& paths)
 {
     if (access(paths.Lock().c_str(), F_OK) != 0) return std::nullopt;
-    std::ifstream file(paths.Resources(), std::ios::binary);
     WatchState state;
     state.root = paths.root;
-    state.resources = {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    state.resources = ReadableBytes(paths.Resources());
     state.runFolder = kNoRunFolder;
     return state;
 }
@@ -145,8 +143,7 @@ std::string RootOfBus(const std::string& address)
     WatchState state;
     state.runFolder = fs::path(socket).parent_path().string();
     if (socket != state.Socket() || !IsOwnFolder(state.runFolder)) return {};
-    std::ifstream note(state.RootNote(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(note), std::istreambuf_iterator<char>()};
+    return ReadableBytes(state.RootNote());
 }
 
 }  // namespace
@@ -215,9 +212,8 @@ std::map<std::string, std::string> LocaleOfEnvironment()
 
 std::optional<WatchState> ReadState(const WatchPaths& paths)
 {
-    std::ifstream file(paths.State(), std::ios::binary);
-    if (!file) return std::nullopt;
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string text = ReadableBytes(paths.State());
+    if (text.empty()) return std::nullopt;
     auto values = ParseShellAssignments(text);
     WatchState state;
     state.root = paths.root;  // the folder may have been moved
@@ -382,6 +378,14 @@ void SelectWatch(const std::string& dir)
     }
     Platform::SetAreasFromEnvironment();
     if (dir.empty() && IsSet("WATCH_ROOT")) RequireOwnWatch({Platform::CurrentAreas().root});
+}
+
+const std::string& RequireRoot()
+{
+    const std::string& root = Platform::CurrentAreas().root;
+    std::error_code error;
+    if (fs::is_directory(root, error)) return root;
+    throw Stop(Exit::kNoWatch, "there is no watch at [" + root + "]; " + HowToStart());
 }
 
 const std::string& NamedRoot()

@@ -93,6 +93,10 @@ bool IsDown();
 // and with Exit::kNotPermitted when it is another user's.
 void SelectWatch(const std::string& dir);
 
+// Where the selected watch's data lie, be it up or down. Stops with Exit::kNoWatch when there is no such
+// folder.
+const std::string& RequireRoot();
+
 // DIR of the selected watch as the user gave it; empty where the environment decided.
 const std::string& NamedRoot();
 

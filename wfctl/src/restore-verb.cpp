@@ -8,7 +8,6 @@
 #include <memory>
 #include <optional>
 
-#include "arguments.h"
 #include "backup-contents.h"
 #include "backup-folder.h"
 #include "backup-report.h"
@@ -16,6 +15,7 @@
 #include "exit-status.h"
 #include "json-text.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "restoring.h"
 #include "shell-command.h"
 #include "verb-table.h"

@@ -13,6 +13,7 @@
 #include "json-text.h"
 #include "missing-assets.h"
 #include "photo-files.h"
+#include "reading-files.h"
 
 namespace Wfctl {
 

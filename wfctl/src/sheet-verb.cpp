@@ -5,7 +5,6 @@
 #include <memory>
 #include <sstream>
 
-#include "arguments.h"
 #include "documents.h"
 #include "drawing-program.h"
 #include "exit-status.h"
@@ -16,6 +15,7 @@
 #include "png-file.h"
 #include "private-watch.h"
 #include "progress.h"
+#include "reading-files.h"
 #include "sheet-document.h"
 #include "shell-command.h"
 #include "temporary-folder.h"

@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "application-table.h"
-#include "arguments.h"
 #include "documents.h"
 #include "drawing-program.h"
 #include "exit-status.h"
@@ -15,6 +14,7 @@
 #include "picture-output.h"
 #include "preview-state.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "verb-table.h"
 
 namespace Wfctl {

@@ -75,6 +75,7 @@ std::vector<SurveyRecord> RecordsBehind(int64_t id)
 Exit List(const Options& options)
 {
     SelectWatch(options.root);
+    RequireRoot();
     Print(options, RecordsBehind(0));
     return Exit::kDone;
 }

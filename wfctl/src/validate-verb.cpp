@@ -6,7 +6,6 @@
 #include <memory>
 #include <utility>
 
-#include "arguments.h"
 #include "asset-checks.h"
 #include "documents.h"
 #include "exit-status.h"
@@ -16,6 +15,7 @@
 #include "json-text.h"
 #include "locale-findings.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "verb-table.h"
 
 namespace Wfctl {

@@ -186,6 +186,7 @@ Exit Up(const Options& options, const UpArguments& arguments)
     const std::string programs = ProgramFolder();
     if (FindProgram("dbus-daemon").empty()) throw Stop(Exit::kNotFound, kNoDbusDaemon);
     const WatchPaths paths = MakeRoot(dir);
+    RequireOwnWatch(paths);
     const UniqueFd lock = LockWatch(paths);
     if (const auto old = ReadState(paths)) {
         if (OpenProcess(old->supervisor)) {

@@ -13,12 +13,15 @@
 #include "face-document.h"
 #include "faces.h"
 #include "hint.h"
+#include "log-tail.h"
 #include "private-watch.h"
+#include "reading-files.h"
 #include "selection-edit.h"
 #include "service-peer.h"
 #include "shell-command.h"
 #include "verb-table.h"
 #include "world-clock-fields.h"
+#include "world-clock.h"
 
 namespace Wfctl {
 
@@ -151,6 +154,33 @@ Exit Prepare(const Options& options, const WorldClockArguments& arguments)
     return Exit::kDone;
 }
 
+bundle NewClock(const Face& face, const DataUtil::Slot& slot, const DataUtil::WorldClock& clock)
+{
+    bundle message;
+    message.Set("type", std::string("watch-setting-update-world-clock"));
+    message.Set("pkgid", face.name);
+    message.Set("data/worldclock/complication_name", slot.name);
+    message.Set("data/worldclock/timezone", clock.timezone);
+    message.Set("data/worldclock/timezone_path", clock.timezonePath);
+    message.Set("data/worldclock/cityname", clock.city);
+    message.Set("data/worldclock/country", clock.country);
+    return message;
+}
+
+// The service answers that a clock could be changed, whether or not it could write the flat document.
+bool IsUnwritten(const std::string& now, const std::string& before, DataUtil::FaceDocument document,
+                 const DataUtil::Slot& slot, const DataUtil::WorldClock& clock)
+{
+    if (now.empty()) return true;
+    if (now != before) return false;
+    std::string problem;
+    DataUtil::UpdateWorldClock(
+        document, slot.name.c_str(),
+        {clock.city.c_str(), clock.country.c_str(), clock.timezone.c_str(), clock.timezonePath.c_str()},
+        problem);
+    return now != DataUtil::Flatten(document);
+}
+
 Exit Update(const Options& options, const WorldClockArguments& arguments)
 {
     SelectWatch(options.root);
@@ -166,22 +196,19 @@ Exit Update(const Options& options, const WorldClockArguments& arguments)
     RequireService(connection);
     ServicePeer peer(connection, arguments.as);
     peer.RequireAnswers();
-    KeepInPreferences(face.name, slot.group, clock);
-    bundle message;
-    message.Set("type", std::string("watch-setting-update-world-clock"));
-    message.Set("pkgid", face.name);
-    message.Set("data/worldclock/complication_name", slot.name);
-    message.Set("data/worldclock/timezone", clock.timezone);
-    message.Set("data/worldclock/timezone_path", clock.timezonePath);
-    message.Set("data/worldclock/cityname", clock.city);
-    message.Set("data/worldclock/country", clock.country);
-    const Json reply = peer.Ask(message, Seconds(arguments.timeout));
+    const std::string before = BytesOfFile(face.WatchfaceXml());
+    const LogTail log;
+    const Json reply = peer.Ask(NewClock(face, slot, clock), Seconds(arguments.timeout));
+    const Face written = WritableFace(face.name);
+    if (IsSuccess(reply) && IsUnwritten(BytesOfFile(written.WatchfaceXml()), before, document, slot, clock))
+        NotWritten(written.WatchfaceXml(), face.name, log);
     if (options.json) PrintLine(JsonLine(reply));
     if (!IsSuccess(reply)) {
         throw Stop(Exit::kError,
                    "the service could not change the world clock; look for watchface-service in " +
                        LogPlace("watchface-service"));
     }
+    KeepInPreferences(face.name, slot.group, clock);
     if (!options.json)
         PrintLine(slot.name + " of " + face.name + ": " + clock.city + " (" + clock.timezonePath + ")");
     return Exit::kDone;

@@ -96,12 +96,19 @@ TEST_F(ADoctor, finds_nothing_on_a_healthy_watch)
     EXPECT_EQ(Findings()["root"], mRoot);
 }
 
-TEST_F(AFolder, without_a_watch_has_nothing_for_a_doctor)
+TEST_F(AFolder, without_a_watch_has_nothing_to_look_at)
 {
-    const Result done = Wfctl({"doctor"});
-    EXPECT_EQ(done.status, 8);
-    EXPECT_EQ(done.out, "");
-    EXPECT_THAT(done.err, HasSubstr("there is no watch at [/nonexistent/watch]; type: wfctl up --root DIR"));
+    for (const Arguments& verb : {
+             Arguments{"doctor"},
+             { "survey",  "list"},
+             { "bg",  "list"}
+    }) {
+        const Result done = Wfctl(verb);
+        EXPECT_EQ(done.status, 8);
+        EXPECT_EQ(done.out, "");
+        EXPECT_THAT(done.err,
+                    HasSubstr("there is no watch at [/nonexistent/watch]; type: wfctl up --root DIR"));
+    }
 }
 
 TEST_F(ADoctor, moves_unknown_files_away_and_puts_them_back)

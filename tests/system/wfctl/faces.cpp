@@ -42,6 +42,15 @@ TEST_F(AWatch, lists_its_faces)
     EXPECT_THAT(Run({"list"}).out, HasSubstr("Mirel Classic"));
 }
 
+TEST_F(AWatch, lists_a_face_with_a_folder_in_the_place_of_its_document)
+{
+    fs::create_directories(ReadWriteFace("org.example.folder") + "org.example.folder_result.xml");
+    const Result listed = Run({"list"});
+    EXPECT_EQ(listed.status, 0) << listed.err;
+    EXPECT_THAT(listed.out, HasSubstr("org.example.folder  "));
+    EXPECT_THAT(listed.out, HasSubstr("Mirel Classic"));
+}
+
 TEST_F(AWatch, has_no_current_face_at_first)
 {
     EXPECT_EQ(Run({"current"}).status, 10);

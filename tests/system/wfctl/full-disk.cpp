@@ -14,6 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr char kWithWorldClock[] = "com.corvane.watchface-mirel-c4";
+
 // A write past the limit on files then fails, as on a full disk, in all programs that a test starts.
 struct FilesMayBeLimited {
     FilesMayBeLimited() { std::signal(SIGXFSZ, SIG_IGN); }
@@ -93,6 +95,28 @@ TEST_F(AFullWatch, has_prepared_no_world_clock)
     const Result prepared = Run({"world-clock", "prepare", "--json"});
     EXPECT_EQ(prepared.status, 1);
     EXPECT_EQ(prepared.out, "");
-    EXPECT_THAT(prepared.err, HasSubstr("the service did not keep that the next update is for "
-                                        "[com.corvane.watchface-mirel-c4]; look for watchface-service"));
+    EXPECT_THAT(prepared.err, HasSubstr("the service did not keep that the next update is for [" +
+                                        std::string(kWithWorldClock) + "]; look for watchface-service"));
+}
+
+TEST_F(AFullWatch, has_updated_no_world_clock)
+{
+    ASSERT_EQ(Run({"set", "c4"}).status, 0);
+    ASSERT_EQ(Run({"world-clock", "prepare"}).status, 0);
+    ASSERT_EQ(Run({"world-clock", "update", "city", "Asia/Seoul"}).status, 0);
+    const std::string flat = ReadWriteFace(kWithWorldClock) + "watchface.xml";
+    const std::string before = ContentsOf(flat);
+    LimitFiles(before.size() / 2);
+    for (const Arguments& form : {Arguments{}, Arguments{"--json"}}) {
+        Arguments update{"world-clock", "update", "city", "Europe/Paris"};
+        update.insert(update.end(), form.begin(), form.end());
+        const Result updated = Run(update);
+        EXPECT_EQ(updated.status, 1);
+        EXPECT_EQ(updated.out, "");
+        EXPECT_THAT(updated.err, HasSubstr("the service could not write [" + flat + "]; "));
+    }
+    EXPECT_EQ(ContentsOf(flat), before);
+    EXPECT_THAT(Run({"world-clock", "show", "c4", "zone"}).out, HasSubstr("timezonePath: Asia/Seoul\n"));
+    // What is so already is stored.
+    EXPECT_EQ(Run({"world-clock", "update", "city", "Asia/Seoul"}).status, 0);
 }

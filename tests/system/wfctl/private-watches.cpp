@@ -197,6 +197,9 @@ TEST_F(AWatch, that_is_down_may_be_another_users_too)
     ASSERT_EQ(Wfctl({"down", "--root", mRoot}).status, 0);
     const OwnedByAnother another(mRoot);
     for (const char* verb : {"doctor", "list", "current"}) EXPECT_EQ(Run({verb}).status, 4) << verb;
+    const Result up = Wfctl({"up", "--root", mRoot});
+    EXPECT_EQ(up.status, 4);
+    EXPECT_THAT(up.err, testing::EndsWith("] is another user's; speak to it as that user\n"));
 }
 
 TEST_F(AWatch, gets_its_bus_back_at_the_same_address)

@@ -3,6 +3,7 @@
 #include "arguments.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +11,7 @@
 
 #include "exit-status.h"
 #include "picture-output.h"
+#include "reading-files.h"
 
 using namespace Wfctl;
 using testing::ElementsAre;
@@ -157,6 +159,15 @@ TEST_F(AFile, that_does_not_end_is_read_until_it_is_too_large_for_everybody)
 TEST_F(AFile, that_fails_while_it_is_read_is_an_error)
 {
     EXPECT_EQ(StatusOf([] { ReadNamedFile("/proc/self/mem"); }), Exit::kError);
+}
+
+TEST_F(AFile, of_the_watch_that_cannot_be_read_is_as_empty)
+{
+    ASSERT_EQ(mkfifo((mFolder + "/pipe").c_str(), 0600), 0);
+    for (const char* name : {"/", "/missing", "/pipe"}) EXPECT_EQ(ReadableBytes(mFolder + name), "") << name;
+    EXPECT_EQ(ReadableBytes("/proc/self/mem"), "");
+    EXPECT_EQ(ReadableBytes(Holding("bytes")), "bytes");
+    EXPECT_NE(ReadableBytes("/proc/self/stat"), "");
 }
 
 TEST(ABundle, holds_texts_and_lists)
