@@ -11,6 +11,8 @@
 #include "exit-status.h"
 #include "utf8.h"
 
+template class nlohmann::basic_json<nlohmann::ordered_map>;
+
 namespace Wfctl {
 
 namespace {

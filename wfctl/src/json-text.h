@@ -9,6 +9,8 @@
 #include "launch-data.h"
 #include "value-store-sqlite.h"
 
+extern template class nlohmann::basic_json<nlohmann::ordered_map>;  // compiled once, for all
+
 namespace Wfctl {
 
 using Json = nlohmann::ordered_json;

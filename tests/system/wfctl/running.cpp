@@ -12,6 +12,8 @@
 #include <sstream>
 #include <thread>
 
+template class nlohmann::basic_json<>;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;

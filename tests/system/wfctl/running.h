@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+extern template class nlohmann::basic_json<>;  // compiled once, for all
+
 using Arguments = std::vector<std::string>;
 using Environment = std::map<std::string, std::string>;
 using Json = nlohmann::json;
